@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+
+namespace qfc {
+
+inline constexpr int kCompressionSucceeded = 1;
+inline constexpr int kCompressionMissing = 1154;
+
+// The compressor as two functions: source length, source, capacity in and length out, destination; 1 on success. They
+// may be called from any thread at once. An entry may be null.
+struct CompressionBinding {
+    int (*compress)(unsigned sourceLength, const void* source, unsigned* destinationLength, void* destination);
+    int (*decompress)(unsigned sourceLength, const void* source, unsigned* destinationLength, void* destination);
+};
+
+// Call the binding in force. 1 on success, kCompressionMissing when it has no such entry, another number otherwise: the
+// output does not fit the capacity, or the input is not what Compress wrote. The length is set only on success.
+int Compress(unsigned sourceLength, const void* source, unsigned* destinationLength, void* destination);
+int Decompress(unsigned sourceLength, const void* source, unsigned* destinationLength, void* destination);
+
+// Replaces the binding (zstd at first) and returns the one before. Calls under way finish with the old one.
+CompressionBinding SetCompressionBinding(CompressionBinding binding);
+
+// The size that compressed bytes claim to unpack to, read from their header alone; empty when they name none. Lets a
+// reader refuse a lying row before it allocates.
+std::optional<std::uint64_t> AnnouncedSize(std::span<const std::byte> compressed);
+
+}  // namespace qfc

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "platform/Export.h"
+#include "platform/framework/Types.h"
+
+#include <string>
+
+// Files as the interface names them. Paths are in the ANSI code page and pass through qfc::NativePath. Every function
+// may be called from any thread. Results are 1 and 0, the reason in GetLastError().
+
+// 1 for files and for folders.
+QFCLIB_API int PathFileExistsA(const char* path);
+
+// The copy appears whole or not at all and is writable even when the source is not. Overwrites unless `failIfExists`;
+// a read-only target is never overwritten.
+QFCLIB_API int CopyFileA(const char* source, const char* target, int failIfExists);
+
+QFCLIB_API int DeleteFileA(const char* path);
+
+// Folder for temporary files with a closing separator. The length without NUL, or the size needed when `size` is too
+// small.
+QFCLIB_API DWORD GetTempPathA(DWORD size, char* buffer);
+
+// Writes "<folder>/<prefix><hex>.tmp" (three characters of the prefix, up to four upper-case digits) to a buffer of
+// MAX_PATH bytes. With `unique` 0 picks a free number and creates the empty file; otherwise only forms the name.
+// The number used, or 0: the folder is missing or longer than MAX_PATH - 14, or nothing is free.
+QFCLIB_API UINT GetTempFileNameA(const char* folder, const char* prefix, UINT unique, char* buffer);
+
+namespace qfc {
+
+// The spelling under which the operating system finds the path, in UTF-8. A path that exists literally is taken as it
+// is; otherwise backslashes separate like slashes, and the components "Orvel.dat" and "orvel.dat" stand for whichever
+// exists.
+QFCLIB_API std::string NativePath(const char* path);
+
+// What follows takes native paths.
+
+// Copies to a temporary name beside the target, syncs, renames, syncs the folder: a crash leaves the old target or the
+// new one. False leaves no trace.
+bool CopyFileDurably(const std::string& source, const std::string& target);
+
+// Renames over `target` and syncs the folder.
+bool RenameDurably(const std::string& from, const std::string& to);
+
+// Makes the folder and those above it that are missing; true when it is there afterwards.
+bool MakeFolders(const std::string& folder);
+
+}  // namespace qfc

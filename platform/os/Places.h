@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/Export.h"
+
+#include <string>
+
+// The two folders everything starts from. The per-user data folder: what the host set, else the environment's
+// QFCLIB_DATA_DIR, else $XDG_DATA_HOME/Orvel/Cinelume/, else ~/.local/share/Orvel/Cinelume/. The host folder: what the
+// host set, else QFCLIB_HOST_DIR, else that of the running executable. Both end with a slash and are in the ANSI code
+// page. Every function may be called from any thread.
+
+// Fills the buffer with the data folder, which is made when it is missing; 1, or 0 when it does not fit or there is no
+// buffer. The last two arguments choose nothing here.
+QFCLIB_API int GetAppDataFolder(char* buffer, int size, int, int);
+
+namespace qfc {
+
+std::string HostFolder();
+
+// Each returns false, and changes nothing, once FreezePlaces was called or for an empty path. A relative path counts
+// from the working folder of this moment.
+QFCLIB_API bool SetDataFolder(const char* path);
+QFCLIB_API bool SetHostFolder(const char* path);
+
+// Called when the path of the library has been answered: from then on it may not move.
+void FreezePlaces();
+
+}  // namespace qfc
