@@ -1,0 +1,88 @@
+#pragma once
+
+#include "db/DBToolsInternal.h"
+
+#include <mutex>
+#include <span>
+#include <thread>
+#include <type_traits>
+#include <vector>
+
+class CQFolder;
+class CQItem;
+
+// The only path to the library database. Every operation takes the object's mutex, without time limit, and is one
+// transaction: true means that its changes are on disk, false that nothing changed. An operation whose BEGIN or END did
+// not take, or whose transaction SQLite rolled back on the way, reports false whatever its statements said.
+// Queries come back detached, standing on their first row: they hold neither the file nor the mutex.
+// Any thread may call any operation; never from inside another one (asserted in debug builds, refused otherwise).
+class QFCLIB_API DBTools : public DBToolsInternal {
+public:
+    // As DBToolsInternal: ok tells whether the file could be opened and has all its tables.
+    DBTools(const CString& path, bool& ok);
+
+    ~DBTools() override;
+    bool InsertGallery(int nGalleryId, int nRootFolder) override;
+    int GetGalleryIdByFolder(int nGalleryId) override;
+    bool QueryFolder(int nFolder, CppSQLite3Query& query) override;
+    bool QueryChildFolders(int nParent, CppSQLite3Query& query) override;
+    bool QueryFolderItems(int nFolder, CppSQLite3Query& query) override;
+    bool QueryItem(const GUID& item, CppSQLite3Query& query) override;
+    bool QueryItemTags(const GUID& item, CppSQLite3Query& query) override;
+    bool QueryItemByName(const CString& name, CppSQLite3Query& query) override;
+    bool QueryCacheData(const GUID& item, int nKind, CppSQLite3Query& query) override;
+    bool QueryCacheDataByType(int nKind, CppSQLite3Query& query) override;
+    bool DeleteCacheData(const GUID& item, int nKind) override;
+    bool DeleteAllCacheData(const GUID& item) override;
+    bool DeleteItemRow(const GUID& item) override;
+    bool DeleteRelation(const GUID& item, int nFolder) override;
+    bool DeleteFolderRow(int nFolder) override;
+    bool ExportDatabase(const CString& targetPath) override;
+    bool ClearDatabase() override;
+    bool IsItemAutoLoaded(const GUID& item, int nFolder) override;
+    bool InsertAutoLoadedItem(const GUID& item, int nFolder) override;
+    bool IsFileAutoLoaded(const CString& path, int nFolder) override;
+    bool InsertAutoLoadedFile(const CString& path, int nFolder) override;
+    // nFolder -1 inserts a row and receives its number; any other number updates that row and stays. On false the
+    // number is as it was.
+    virtual bool InsertOrUpdateFolder(const CString& version, int nPredefinedId, const CString& name, int nAdopt,
+                                      int nTrusty, int nExtra, int nParent, int nExpand, int nOrder, int& nFolder);
+
+    // Writes the item's row, its placement in the folder and its payloads, in the order of kinds 1, 2, 0. A kind
+    // without payload, or with one of size 0, keeps the row it has.
+    bool AddItemDb(const qfc::ItemRow& item, std::span<const qfc::PayloadWrite> payloads, int nFolder, int nIndex);
+    bool UpdateItemDB(const qfc::ItemRow& item, std::span<const qfc::PayloadWrite> payloads);
+    // False, and nothing written, for a kind other than 0, 1 and 2; true, and nothing written, for a size of 0.
+    bool UpdateCacheData(const GUID& item, const qfc::PayloadWrite& payload);
+    // Places the item at the index, replacing the placement it may have in that folder.
+    bool ReOrderItemsDb(const GUID& item, int nFolder, int nIndex);
+
+    // The same on items and folders of the model: their payloads are fetched and compressed before the guard is taken.
+    // 0 is the bitmap cache, 1 the black box, 2 the film.
+    bool AddItemDb(CQItem* item, CQFolder* folder, int nIndex);
+    bool UpdateItemDB(CQItem* item);
+    bool ReOrderItemsDb(CQItem* item, CQFolder* folder, int nIndex);
+    bool UpdateCacheData(CQItem* item, int nKind, int nUnused = 0);
+
+    // Removes the placement and, when no folder holds the item any more, its payloads and its row.
+    bool DeleteItemFromFolder(const GUID& item, int nFolder);
+    // Removes the galleries, all their folders and the placements in them; items stay. False for an unknown gallery,
+    // and then nothing is removed of the others either.
+    bool DeleteFolderTrees(std::span<const int> galleryIds);
+    // Gives the folder table of an old file its order column; 1 also when it has it already, 0 on failure.
+    int AddFolderOrderIndexColumn();
+    // Lists the stored galleries by gallery id. On false the list is as it was.
+    bool QueryGalleries(std::vector<qfc::StoredGallery>& galleries);
+
+private:
+    class Guard;  // db/DBToolsGuard.h
+
+    template <typename Operation, typename Result = std::invoke_result_t<Operation>>
+    Result Guarded(Operation&& operation, Result refused = Result{});
+    template <typename Operation>
+    bool GuardedRows(CppSQLite3Query& query, Operation&& operation);
+
+    std::mutex m_mutex;
+    std::atomic<std::thread::id> m_owner;  // Who holds the mutex; written by its holder only.
+    bool m_bLastResult = false;            // Guarded by m_mutex: the result of the operation under the guard.
+};
