@@ -1,0 +1,50 @@
+#pragma once
+
+#include "platform/Export.h"
+#include "platform/framework/CDocument.h"
+#include "platform/framework/Collections.h"
+
+class CQFolder;
+class CQGallery;
+
+// The process-wide document: owns the open galleries and knows which one is current. Constructing one records it as
+// the document that GetGalleryDoc hands out. int results are 1 and 0.
+//
+// Threads: unguarded; used from one thread at a time.
+class QFCLIB_API CQGalleryDoc : public CDocument {
+    DECLARE_DYNCREATE(CQGalleryDoc)
+
+public:
+    using GalleryList = CTypedPtrList<CObList, CQGallery*>;
+
+    CQGalleryDoc();
+    CQGalleryDoc(const CQGalleryDoc&) = delete;
+    CQGalleryDoc& operator=(const CQGalleryDoc&) = delete;
+    // Destroys the galleries that are still open.
+    ~CQGalleryDoc() override;
+
+    // Takes ownership. Does not change the current gallery. 0 when memory runs out.
+    int AddGallery(CQGallery* pGallery);
+    // Makes the gallery current, listed or not. Always 1.
+    int ChangeGallery(CQGallery* pGallery);
+    // Destroys the gallery with its tree and items. A gallery that is not listed is left alone. Always 1.
+    int CloseGallery(CQGallery* pGallery);
+    CQGallery* GetCurrentGallery() const { return m_pCurrentGallery; }
+    // The current gallery's current folder; null without a current gallery.
+    CQFolder* GetCurrentFolder();
+    // The open galleries, in the order added.
+    const GalleryList& GetGalleryList() const { return m_galleryList; }
+    // Makes an empty temporary file and answers its name; an empty text when that fails.
+    CString GeneratePath();
+
+    // The folder noted when a gallery was made current; borrowed, never read through.
+    void NoteCurrentFolder(CQFolder* pFolder) { m_pCurrentFolder = pFolder; }
+    CQFolder* GetNotedFolder() const { return m_pCurrentFolder; }
+
+    DECLARE_MESSAGE_MAP()
+
+private:
+    GalleryList m_galleryList;
+    CQFolder* m_pCurrentFolder = nullptr;
+    CQGallery* m_pCurrentGallery = nullptr;
+};
