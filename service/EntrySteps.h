@@ -1,0 +1,76 @@
+#pragma once
+
+#include "platform/os/Sync.h"
+#include "service/LibraryOperation.h"
+#include "service/QFCLibraryManager.h"
+
+#include <memory>
+#include <shared_mutex>
+#include <utility>
+
+namespace qfc {
+
+// The steps every entry function takes, written once: choose the database, make the operation, queue it, wait for it,
+// hand it back to be read. Any thread.
+class EntrySteps {
+public:
+    // The operation once the worker has run it; null when it was refused or could not be waited for. The arguments are
+    // those of the operation's constructor.
+    template <typename Operation, typename... Args>
+    static std::shared_ptr<Operation> RunSync(Args&&... args) {
+        const auto pOperation = std::make_shared<Operation>(std::forward<Args>(args)...);
+        return QueueSync(pOperation) && AwaitEvent(*pOperation) ? pOperation : nullptr;
+    }
+
+    // As RunSync, for an operation that takes the service database as its `pDBTools`: `make` gets the database, which
+    // stays open at least until the operation is queued.
+    template <typename Make>
+    static auto RunSyncOnDatabase(DBTools* pChosen, Make&& make) -> decltype(make(pChosen)) {
+        decltype(make(pChosen)) pOperation;
+        {
+            const DatabaseUse database(pChosen);
+            pOperation = make(database.Get());
+            if (pOperation == nullptr || !QueueSync(pOperation)) return nullptr;
+        }
+        return AwaitEvent(*pOperation) ? pOperation : nullptr;
+    }
+
+    // 1 once queued.
+    template <typename Operation, typename... Args>
+    static int RunAsync(int nPriority, Args&&... args) {
+        const auto pOperation = std::make_shared<Operation>(std::forward<Args>(args)...);
+        pOperation->SetAsync();
+        return Manager().fnAddLibraryOperationAsync(pOperation, nPriority);
+    }
+
+    // The database to work on: the chosen one, else the service's, which is not closed as long as this lives. Null when
+    // there is neither.
+    class DatabaseUse {
+    public:
+        explicit DatabaseUse(DBTools* pChosen)
+            : m_lock(Manager().m_databaseGate), m_pDBTools(pChosen != nullptr ? pChosen : Manager().m_pDBTools) {}
+        DBTools* Get() const { return m_pDBTools; }
+
+    private:
+        std::shared_lock<std::shared_mutex> m_lock;
+        DBTools* m_pDBTools;
+    };
+
+    static QFCLibraryManager& Manager() { return QFCLibraryManager::GetInstance(); }
+
+private:
+    // The worker may not wait for itself: a synchronous call from inside a callback is refused.
+    static bool QueueSync(const std::shared_ptr<LibraryOperation>& pOperation) {
+        return !QFCLibraryManager::IsWorkerThread() && Manager().fnAddLibraryOperation(pOperation) != 0;
+    }
+    static bool AwaitEvent(const LibraryOperation& operation) {
+        return WaitForSingleObject(operation.Event(), INFINITE) == WAIT_OBJECT_0;
+    }
+};
+
+// The result of an operation that was waited for; 0 when it was refused.
+inline int ResultOf(const std::shared_ptr<const LibraryOperation>& pOperation) {
+    return pOperation != nullptr ? pOperation->Result() : 0;
+}
+
+}  // namespace qfc

@@ -1,0 +1,169 @@
+#pragma once
+
+#include "db/DbRecords.h"
+#include "platform/Export.h"
+#include "platform/framework/CString.h"
+#include "platform/framework/Guid.h"
+#include "platform/framework/Types.h"
+#include "service/CallbackRegistry.h"
+#include "service/LibItemThumbnailInfo.h"
+#include "service/OperationQueues.h"
+#include "service/QFCLibCallbackParam.h"
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <shared_mutex>
+#include <vector>
+
+class CQFolder;
+class CQItem;
+class DBTools;
+class LibraryOperation;
+
+namespace qfc {
+class EntrySteps;
+class WorkerThread;
+}  // namespace qfc
+
+// The library service: owns the library database and runs every change to it on one worker thread. A synchronous
+// function waits for the worker and answers the result; an asynchronous one returns at once, and every named callback
+// is called on the worker when the operation succeeded. Results are 1 and 0 (handles and pointers: 0 on failure).
+//
+// A gallery or folder handle is the address of the CQGallery or CQFolder. A DBTools pointer of null means the service
+// database; a session handle turned into a pointer runs the function against that library instead.
+//
+// Threads: any thread may call any public function. A synchronous function called while the service is stopped waits
+// until it is started; called from inside a callback, which the worker runs, it fails at once. Items, folders and
+// galleries handed over may not be changed by others until the operation has run.
+class QFCLIB_API QFCLibraryManager {
+public:
+    // Kept: copies are shallow. Database, worker and mutex are shared with the original and still belong to it,
+    // although the mutex is closed by whichever object dies first.
+    QFCLibraryManager(const QFCLibraryManager& other);
+    QFCLibraryManager& operator=(const QFCLibraryManager& other);
+    // Closes the service mutex; neither stops the worker nor closes the database, which is fnStopService's work.
+    ~QFCLibraryManager();
+
+    // --- Service ---------------------------------------------------------------------------------------------------
+    // Opens the database, seeding it from the template of the host folder when it is missing, and starts the worker.
+    // 0 when it runs already, when the data folder does not fit the 260 bytes of the path buffer, when the database
+    // cannot be opened, or while another thread starts or stops the service.
+    static int fnStartService();
+    // Runs the synchronous operations still queued, drops the asynchronous ones (no callback, no signal), closes the
+    // database. 0 when the service does not run, and from inside a callback. Galleries loaded from the service database
+    // are closed before.
+    static int fnStopService();
+    // Replaces the callback of that name. 0, nothing changed, for an empty function. Callbacks run on the worker with
+    // the service locked, in the case-sensitive order of their names; they may register, unregister and queue
+    // asynchronous operations, and must not wait for another thread that does.
+    static int fnRegister_QFCLibCallBack(const CString& strName, std::function<int(QFCLibCallbackParam*)> fn);
+    // 0 when there is no callback of that name. When it returns on another thread, the callback is not running.
+    static int fnUnRegister_QFCLibCallBack(const CString& strName);
+    // The file of the service database. The first answer fixes it for the life of the process; empty, and nothing
+    // fixed, when the data folder cannot be had.
+    static CString GetDatabasePath();
+    // 1 for the service's database while the service runs.
+    static int IsCurrentDBTools(const DBTools* pDBTools);
+    // Opens another library beside the service's; the handle is the address of its DBTools, 0 when the file is missing
+    // or cannot be opened. The caller ends the session, after closing the galleries loaded through it.
+    static ULONGLONG StartDbSession4ImportLib(const CString& strPath);
+    static int EndDbSession4ImportLib(ULONGLONG hSession);
+
+    // --- Galleries and folders -------------------------------------------------------------------------------------
+    // The gallery joins the gallery document, which owns it.
+    static ULONGLONG fnCreateGallery(int nGalleryId, CString strName, DWORD dwAdopt, DWORD dwTrusty, DWORD dwTypeExtra,
+                                     DBTools* pDBTools = nullptr);
+    // Loads a tree of its own at every call. Galleries of the service database join the gallery document; one of a
+    // session belongs to the caller, who ends it with fnCloseSessionGallery.
+    static ULONGLONG fnLoadGallery(int nGalleryId, DBTools* pDBTools = nullptr);
+    // All or nothing: an unknown id among them leaves every gallery in place. Items and payloads stay behind.
+    static int fnDeleteGallery(const std::vector<int> galleryIds);
+    // A folder below the parent (empty path: the gallery itself), as its last child; null when the name is taken. The
+    // gallery owns it.
+    static CQFolder* fnCreateFolder(ULONGLONG hGallery, const CString& strParentPath, const CString& strName,
+                                    DWORD dwFirst, DWORD dwSecond, DWORD dwThird, DWORD dwFolderId);
+    static int fnUpdateFolder(ULONGLONG hFolder, CString strName, DWORD dwAdopt, DWORD dwTrusty, DWORD dwTypeExtra,
+                              DBTools* pDBTools = nullptr);
+    // Removes the folder with everything below it and destroys its object; a folder without a row may not be given.
+    static int fnDeleteFolder(ULONGLONG hFolder);
+
+    // --- Items -----------------------------------------------------------------------------------------------------
+    // Adds the item to every named folder; paths that name no folder are skipped. 1 says only that gallery, paths and
+    // item were given: an item is stored when the folder then holds it (HasItem). The gallery owns an item that a
+    // folder holds, otherwise it stays the caller's.
+    static int fnAddItem(ULONGLONG hGallery, std::vector<CString> folderPaths, CQItem* pItem);
+    // 1 once queued, whatever becomes of it. The item is borrowed until its callback, or until the service has stopped.
+    static int fnAddItemAsync(ULONGLONG hGallery, std::vector<CString> folderPaths, CQItem* pItem, int nPriority);
+    // Mode 0 removes the items from every folder that holds them, another mode from this folder only.
+    // Kept: the result is always 0.
+    static int fnDeleteItem(ULONGLONG hFolder, std::vector<GUID> items, int nMode);
+    // Copies the groups of the mask from pItem into the gallery's item of that GUID and stores it. Kept: 1 whether or
+    // not it could be stored.
+    static int fnUpdateItem(ULONGLONG hGallery, CQItem* pItem, GUID guidItem, DWORD dwMask);
+    // Stores the item's bitmap cache.
+    static int fnUpdateLibItemThumbnail(CQItem* pItem);
+    // Replaces the contents of the vector. Kept: 1 also when the query failed or ended early.
+    static int fnQueryLibItemThumbnailInfo(std::vector<_DS_LibItemTunmbnailInfo_>& thumbnails);
+
+    // --- Database, on the calling thread ---------------------------------------------------------------------------
+    // Writes a copy of the service database; needs the service started. A failed export leaves a partial file.
+    static int fnExportDB(const char* pszTargetPath);
+    // Drops everything but the tags; only while the service is stopped.
+    static int fnClearDBContent();
+    static CString fnGetDBName();
+    // Lists the galleries stored in the database, by gallery id. 0 on failure, the list is then as it was.
+    static int fnListGalleries(std::vector<qfc::StoredGallery>& galleries, DBTools* pDBTools = nullptr);
+    // Destroys a gallery of a session with the items its folders hold. 0, nothing done, for 0 and for a gallery of the
+    // service database, which the document closes.
+    static int fnCloseSessionGallery(ULONGLONG hGallery);
+
+private:
+    friend class qfc::EntrySteps;
+
+    using SharedOperation = std::shared_ptr<LibraryOperation>;
+
+    QFCLibraryManager();
+    static QFCLibraryManager& GetInstance();
+
+    int fnDoStartService();
+    int fnDoStopService();
+    int fnDoRegister_QFCLibCallBack(const CString& strName, std::function<int(QFCLibCallbackParam*)> fn);
+    int fnDoUnRegister_QFCLibCallBack(const CString& strName);
+
+    // Each takes only operations of its own kind; 0, and the reference is dropped, for others and for null.
+    int fnAddLibraryOperation(SharedOperation pOperation);
+    int fnAddLibraryOperationAsync(SharedOperation pOperation, int nPriority);
+    SharedOperation fnGetLibraryOperation();
+    // Looks at the synchronous operations only.
+    int fnIsLibraryOperationListEmpty();
+    int fnClearLibraryOperation();
+    // 0 for null. Holds the service mutex for the whole pass; lets exceptions of callbacks through.
+    int fnCallbackExec(QFCLibCallbackParam* pParam);
+
+    // The worker: service/Worker.cpp.
+    static unsigned int fnThreadExecuteLibraryOperation(void* pManager);
+    void RunOperation(LibraryOperation& operation);
+    bool AwaitNextSyncOperation();
+    static bool IsWorkerThread();
+
+    void SeedDatabase(const CString& strPath);
+    bool OpenDatabase(const CString& strPath);
+    bool StartWorker();
+    void CloseDatabase();
+
+    // Written by start and stop under m_databaseGate, except the flag, which any thread may look at.
+    DBTools* m_pDBTools = nullptr;
+    std::atomic<int> m_nRunning = 0;
+    qfc::WorkerThread* m_pWorker = nullptr;
+
+    qfc::OperationQueues m_queues;  // Guarded by m_hServiceMutex.
+    void* m_hServiceMutex;
+    qfc::CallbackRegistry m_callbacks;  // Guarded by m_hServiceMutex.
+
+    // Held shared while a function uses or hands on the service database, so that it is not closed meanwhile.
+    std::shared_mutex m_databaseGate;
+    // Held while the service starts, stops or is cleared; never waited for.
+    std::mutex m_transition;
+};

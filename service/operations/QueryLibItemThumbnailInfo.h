@@ -1,0 +1,26 @@
+#pragma once
+
+#include "service/LibItemThumbnailInfo.h"
+#include "service/LibraryOperation.h"
+
+#include <vector>
+
+class CppSQLite3Query;
+class DBTools;
+
+// Gathers one row for each stored bitmap cache.
+class LibraryOperation_QueryLibItemThumbnailInfo : public LibraryOperation {
+public:
+    explicit LibraryOperation_QueryLibItemThumbnailInfo(DBTools* pDBTools);
+
+    // On failure the rows gathered so far stay.
+    int execute() override;
+
+    const std::vector<_DS_LibItemTunmbnailInfo_>& Thumbnails() const { return m_thumbnails; }
+
+private:
+    void Append(const CppSQLite3Query& row);
+
+    std::vector<_DS_LibItemTunmbnailInfo_> m_thumbnails;
+    DBTools* m_pDBTools;
+};
