@@ -2,7 +2,9 @@
 
 #include "platform/framework/Exceptions.h"
 
+#include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <utility>
 
@@ -70,6 +72,7 @@ public:
         while (m_head != nullptr) delete std::exchange(m_head, m_head->next);
         m_tail = nullptr;
         m_count = 0;
+        CountChange();
     }
 
     POSITION GetHeadPosition() const { return AsPosition(m_head); }
@@ -82,7 +85,10 @@ public:
 
     T& GetAt(POSITION position) { return NodeAt(position)->value; }
     const T& GetAt(POSITION position) const { return NodeAt(position)->value; }
-    void SetAt(POSITION position, T value) { NodeAt(position)->value = std::move(value); }
+    void SetAt(POSITION position, T value) {
+        NodeAt(position)->value = std::move(value);
+        CountChange();
+    }
     void RemoveAt(POSITION position) { Unlink(NodeAt(position)); }
 
     // Both return the position of the NEW element. A null position means the head for InsertBefore, the tail for
@@ -116,7 +122,15 @@ public:
     const_iterator begin() const { return const_iterator(m_head); }
     const_iterator end() const { return const_iterator(); }
 
+    // Every change of the list is counted there as well; null (at first) for nowhere. The counter outlives the list.
+    // Elements replaced through a reference are not noticed.
+    void SetChangeCounter(std::atomic<std::uint64_t>* counter) { m_changeCounter = counter; }
+    std::atomic<std::uint64_t>* ChangeCounter() const { return m_changeCounter; }
+
 private:
+    void CountChange() {
+        if (m_changeCounter != nullptr) m_changeCounter->fetch_add(1, std::memory_order_relaxed);
+    }
     static POSITION AsPosition(Node* node) { return reinterpret_cast<POSITION>(node); }
     static Node* NodeAt(POSITION position) { return NodeAt(reinterpret_cast<Node*>(position)); }
     static Node* NodeAt(Node* node) {
@@ -134,6 +148,7 @@ private:
         (previous != nullptr ? previous->next : m_head) = node;
         (next != nullptr ? next->previous : m_tail) = node;
         ++m_count;
+        CountChange();
         return AsPosition(node);
     }
     T Unlink(Node* node) {
@@ -141,6 +156,7 @@ private:
         (node->previous != nullptr ? node->previous->next : m_head) = node->next;
         (node->next != nullptr ? node->next->previous : m_tail) = node->previous;
         --m_count;
+        CountChange();
         delete node;
         return value;
     }
@@ -148,6 +164,7 @@ private:
     Node* m_head = nullptr;
     Node* m_tail = nullptr;
     int m_count = 0;
+    std::atomic<std::uint64_t>* m_changeCounter = nullptr;  // Not owned.
 };
 
 }  // namespace qfc

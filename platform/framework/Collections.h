@@ -39,7 +39,10 @@ public:
     bool IsEmpty() const { return m_elements.empty(); }
     // New places are null.
     void SetSize(int size, int growBy = -1);
-    void RemoveAll() { m_elements.clear(); }
+    void RemoveAll() {
+        m_elements.clear();
+        ++m_modifications;
+    }
 
     CObject* GetAt(int index) const;
     CObject* operator[](int index) const { return GetAt(index); }
@@ -56,8 +59,12 @@ public:
     std::vector<CObject*>::const_iterator begin() const { return m_elements.begin(); }
     std::vector<CObject*>::const_iterator end() const { return m_elements.end(); }
 
+    // Grows with every call that changes the array or could: what was derived from it is good while this stands still.
+    unsigned long long ModificationCount() const { return m_modifications; }
+
 private:
     std::vector<CObject*> m_elements;
+    unsigned long long m_modifications = 0;
 };
 
 // A list class of object pointers that speaks only of TYPE, itself a pointer type. TYPE must be complete where members
