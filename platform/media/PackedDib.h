@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Export.h"
 #include "platform/framework/Types.h"
 
 #include <cstddef>
@@ -24,8 +25,8 @@ static_assert(sizeof(BITMAPINFOHEADER) == 40, "stored as its 40 bytes");
 
 namespace qfc {
 
-// Copies the header out of the buffer, which need not be aligned. Empty when there are fewer than 40 bytes or the
-// header's own size says it is none.
-std::optional<BITMAPINFOHEADER> ReadDibHeader(const void* bytes, std::size_t size);
+// Copies the header out of the buffer, which need not be aligned. Empty when there are fewer than 40 bytes; what the
+// fields say is not judged.
+QFCLIB_API std::optional<BITMAPINFOHEADER> ReadDibHeader(const void* bytes, std::size_t size);
 
 }  // namespace qfc

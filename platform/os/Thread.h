@@ -27,7 +27,7 @@ public:
 
 private:
     struct State;
-    std::shared_ptr<State> m_state;
+    std::unique_ptr<State> m_state;
 };
 
 }  // namespace qfc

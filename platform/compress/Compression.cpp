@@ -1,0 +1,95 @@
+#include "platform/compress/Compression.h"
+
+#include <memory>
+#include <mutex>
+#include <utility>
+#include <zstd.h>
+
+namespace qfc {
+namespace {
+
+constexpr int kLevel = 3;
+constexpr int kFailed = 0;
+
+struct ContextDeleter {
+    void operator()(ZSTD_CCtx* context) const { ZSTD_freeCCtx(context); }
+    void operator()(ZSTD_DCtx* context) const { ZSTD_freeDCtx(context); }
+};
+
+std::unique_ptr<ZSTD_CCtx, ContextDeleter> NewCompressor() {
+    std::unique_ptr<ZSTD_CCtx, ContextDeleter> context(ZSTD_createCCtx());
+    if (context == nullptr) return nullptr;
+    ZSTD_CCtx_setParameter(context.get(), ZSTD_c_compressionLevel, kLevel);
+    ZSTD_CCtx_setParameter(context.get(), ZSTD_c_checksumFlag, 1);
+    ZSTD_CCtx_setParameter(context.get(), ZSTD_c_contentSizeFlag, 1);
+    return context;
+}
+
+bool IsUsable(unsigned sourceLength, const void* source, const unsigned* destinationLength, const void* destination) {
+    return destinationLength != nullptr && (source != nullptr || sourceLength == 0) &&
+           (destination != nullptr || *destinationLength == 0);
+}
+
+int Finish(std::size_t result, unsigned* destinationLength) {
+    if (ZSTD_isError(result)) return kFailed;
+    *destinationLength = static_cast<unsigned>(result);
+    return kCompressionSucceeded;
+}
+
+// Contexts are expensive to make: each thread keeps its own.
+int ZstdCompress(unsigned sourceLength, const void* source, unsigned* destinationLength, void* destination) {
+    thread_local const auto context = NewCompressor();
+    if (context == nullptr || !IsUsable(sourceLength, source, destinationLength, destination)) return kFailed;
+    return Finish(ZSTD_compress2(context.get(), destination, *destinationLength, source, sourceLength),
+                  destinationLength);
+}
+
+int ZstdDecompress(unsigned sourceLength, const void* source, unsigned* destinationLength, void* destination) {
+    thread_local const std::unique_ptr<ZSTD_DCtx, ContextDeleter> context(ZSTD_createDCtx());
+    if (context == nullptr || !IsUsable(sourceLength, source, destinationLength, destination)) return kFailed;
+    return Finish(ZSTD_decompressDCtx(context.get(), destination, *destinationLength, source, sourceLength),
+                  destinationLength);
+}
+
+struct BindingSlot {
+    std::mutex mutex;
+    CompressionBinding binding{&ZstdCompress, &ZstdDecompress};
+};
+
+BindingSlot& TheSlot() {
+    static BindingSlot slot;
+    return slot;
+}
+
+CompressionBinding CurrentBinding() {
+    BindingSlot& slot = TheSlot();
+    const std::lock_guard lock(slot.mutex);
+    return slot.binding;
+}
+
+}  // namespace
+
+int Compress(unsigned sourceLength, const void* source, unsigned* destinationLength, void* destination) {
+    const auto compress = CurrentBinding().compress;
+    return compress != nullptr ? compress(sourceLength, source, destinationLength, destination) : kCompressionMissing;
+}
+
+int Decompress(unsigned sourceLength, const void* source, unsigned* destinationLength, void* destination) {
+    const auto decompress = CurrentBinding().decompress;
+    return decompress != nullptr ? decompress(sourceLength, source, destinationLength, destination)
+                                 : kCompressionMissing;
+}
+
+CompressionBinding SetCompressionBinding(CompressionBinding binding) {
+    BindingSlot& slot = TheSlot();
+    const std::lock_guard lock(slot.mutex);
+    return std::exchange(slot.binding, binding);
+}
+
+std::optional<std::uint64_t> AnnouncedSize(std::span<const std::byte> compressed) {
+    const unsigned long long size = ZSTD_getFrameContentSize(compressed.data(), compressed.size());
+    if (size == ZSTD_CONTENTSIZE_UNKNOWN || size == ZSTD_CONTENTSIZE_ERROR) return std::nullopt;
+    return size;
+}
+
+}  // namespace qfc

@@ -1,0 +1,43 @@
+#include "platform/framework/Collections.h"
+
+IMPLEMENT_SERIAL(CObList, CObject, 0)
+IMPLEMENT_SERIAL(CStringList, CObject, 0)
+IMPLEMENT_SERIAL(CObArray, CObject, 0)
+
+void CObArray::SetSize(int size, int /*growBy*/) {
+    if (size < 0) AfxThrowInvalidArgException();
+    m_elements.resize(static_cast<std::size_t>(size));
+    ++m_modifications;
+}
+
+CObject* CObArray::GetAt(int index) const {
+    if (index < 0 || index >= GetSize()) AfxThrowInvalidArgException();
+    return m_elements[static_cast<std::size_t>(index)];
+}
+
+CObject*& CObArray::ElementAt(int index) {
+    if (index < 0 || index >= GetSize()) AfxThrowInvalidArgException();
+    ++m_modifications;
+    return m_elements[static_cast<std::size_t>(index)];
+}
+
+void CObArray::SetAt(int index, CObject* element) { ElementAt(index) = element; }
+
+int CObArray::Add(CObject* element) {
+    m_elements.push_back(element);
+    ++m_modifications;
+    return GetUpperBound();
+}
+
+void CObArray::InsertAt(int index, CObject* element, int count) {
+    if (index < 0 || count <= 0) AfxThrowInvalidArgException();
+    if (index > GetSize()) SetSize(index);
+    ++m_modifications;
+    m_elements.insert(m_elements.begin() + index, static_cast<std::size_t>(count), element);
+}
+
+void CObArray::RemoveAt(int index, int count) {
+    if (index < 0 || count < 0 || index > GetSize() || count > GetSize() - index) AfxThrowInvalidArgException();
+    ++m_modifications;
+    m_elements.erase(m_elements.begin() + index, m_elements.begin() + index + count);
+}

@@ -1,0 +1,109 @@
+#include "platform/os/ErrnoError.h"
+#include "platform/os/Files.h"
+#include "platform/os/LastError.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+namespace qfc {
+namespace {
+
+class Descriptor {
+public:
+    explicit Descriptor(int number) : m_number(number) {}
+    ~Descriptor() { Close(); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int Get() const { return m_number; }
+    bool IsOpen() const { return m_number >= 0; }
+    // Some file systems report a failed write only here.
+    bool Close() { return m_number < 0 || close(std::exchange(m_number, -1)) == 0; }
+
+private:
+    int m_number;
+};
+
+std::string FolderOf(const std::string& path) {
+    const auto slash = path.rfind('/');
+    return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
+}
+
+Descriptor OpenFolderOf(const std::string& path) {
+    return Descriptor(open(FolderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
+// Some file systems cannot sync a folder and say so; then there is nothing more to do.
+bool SyncFolder(const Descriptor& folder) { return fsync(folder.Get()) == 0 || errno == EINVAL || errno == ENOTSUP; }
+
+bool WriteAll(int target, const char* bytes, std::size_t count) {
+    while (count > 0) {
+        const ssize_t written = write(target, bytes, count);
+        if (written < 0 && errno == EINTR) continue;
+        if (written <= 0) return false;
+        bytes += written;
+        count -= static_cast<std::size_t>(written);
+    }
+    return true;
+}
+
+bool CopyBytes(int source, int target) {
+    std::array<char, 65536> buffer;
+    for (;;) {
+        const ssize_t count = read(source, buffer.data(), buffer.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) return count == 0;
+        if (!WriteAll(target, buffer.data(), static_cast<std::size_t>(count))) return false;
+    }
+}
+
+// Fills, syncs and closes the new file. It takes the source's permissions, but can always be written by its owner.
+bool FillAndSync(int source, Descriptor& target) {
+    struct stat status;
+    if (fstat(source, &status) != 0) return false;
+    if (!S_ISREG(status.st_mode)) {
+        errno = EACCES;
+        return false;
+    }
+    return CopyBytes(source, target.Get()) && fchmod(target.Get(), (status.st_mode & 0777) | S_IRUSR | S_IWUSR) == 0 &&
+           fsync(target.Get()) == 0 && target.Close();
+}
+
+}  // namespace
+
+bool CopyFileDurably(const std::string& source, const std::string& target) {
+    const Descriptor from(open(source.c_str(), O_RDONLY | O_CLOEXEC));
+    const Descriptor folder = OpenFolderOf(target);
+    if (!from.IsOpen() || !folder.IsOpen()) return FailWithErrno();
+    std::string temporary = FolderOf(target) + ".qfclib-XXXXXX";
+    Descriptor to(mkostemp(temporary.data(), O_CLOEXEC));
+    if (!to.IsOpen()) return FailWithErrno();
+    if (!FillAndSync(from.Get(), to) || rename(temporary.c_str(), target.c_str()) != 0) {
+        FailWithErrno();
+        unlink(temporary.c_str());
+        return false;
+    }
+    return SyncFolder(folder) || FailWithErrno();
+}
+
+bool RenameDurably(const std::string& from, const std::string& to) {
+    const Descriptor folder = OpenFolderOf(to);
+    if (!folder.IsOpen()) return FailWithErrno();
+    if (rename(from.c_str(), to.c_str()) != 0) return FailWithErrno();
+    return SyncFolder(folder) || FailWithErrno();
+}
+
+bool MakeFolders(const std::string& folder) {
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    return std::filesystem::is_directory(folder, error);
+}
+
+}  // namespace qfc
