@@ -17,7 +17,7 @@ CObject* CObArray::GetAt(int index) const {
 
 CObject*& CObArray::ElementAt(int index) {
     if (index < 0 || index >= GetSize()) AfxThrowInvalidArgException();
-    ++m_modifications;
+    ++m_modifications;  // the caller may write through the reference
     return m_elements[static_cast<std::size_t>(index)];
 }
 
@@ -32,12 +32,12 @@ int CObArray::Add(CObject* element) {
 void CObArray::InsertAt(int index, CObject* element, int count) {
     if (index < 0 || count <= 0) AfxThrowInvalidArgException();
     if (index > GetSize()) SetSize(index);
-    ++m_modifications;
     m_elements.insert(m_elements.begin() + index, static_cast<std::size_t>(count), element);
+    ++m_modifications;
 }
 
 void CObArray::RemoveAt(int index, int count) {
     if (index < 0 || count < 0 || index > GetSize() || count > GetSize() - index) AfxThrowInvalidArgException();
-    ++m_modifications;
     m_elements.erase(m_elements.begin() + index, m_elements.begin() + index + count);
+    ++m_modifications;
 }
