@@ -66,6 +66,8 @@ private:
         std::list<ULONGLONG> parents;   // Never empty.
     };
 
+    void FlushCurrentFolder();
+
     CQFolder* m_pCurrentFolder = nullptr;  // Borrowed; may dangle, see GetCurrentFolder.
     CString m_strActiveFolderPath;
     std::map<GUID, ItemEntry> m_itemMap;  // In the order of the GUIDs' raw bytes.

@@ -7,7 +7,9 @@
 #include "platform/framework/Types.h"
 #include "platform/os/Memory.h"
 
+#include <cstddef>
 #include <list>
+#include <span>
 #include <vector>
 
 class CQFolder;
@@ -119,6 +121,8 @@ public:
     int TryLoadBB();
     int TryLoadFilm();
     int IsExistInGalleryItemMap() const;
+    // The bytes of a cache kind that are in memory; empty when there are none. Never loads.
+    std::span<const std::byte> PayloadInMemory(int nKind) const;
 
     // --- Comparing, copying, searching --------------------------------------------------------------------------
     // Copies the groups named by the mask (items/ItemTypes.h), then marks this item modified whatever the mask.
@@ -161,10 +165,13 @@ public:
 private:
     friend class CQFolder;  // Attaches items: the attached flag and the number.
 
-    bool LoadPayloadFromRow(DWORD dwKind);
+    void CopyGroups(const CQItem& source, DWORD dwMask);
+    int LoadFilmFromDb(int nDefaultSize);
+    int LoadFromGalleryFile(int nKind);
 
     int m_nDBId = 0;
-    int m_bAttached = 0;  // Set by the folder that took the item; neither copied nor stored.
+    int m_bAttached = 0;      // Set by the folder that took the item; neither copied nor stored.
+    bool m_bCounted = false;  // Its number is among those a folder has counted; see folders/FolderNumbers.h.
     CQFolder* m_pParentFolder = nullptr;
     DWORD m_dwAttrib = 0;
     ULONGLONG m_ullTimeStamp = 0;

@@ -1,0 +1,69 @@
+#include "items/CQGalleryDoc.h"
+
+#include "items/CQGallery.h"
+#include "items/GalleryDocument.h"
+#include "platform/framework/Exceptions.h"
+#include "platform/os/Files.h"
+
+#include <new>
+
+namespace {
+constexpr int kListBlockSize = 10;
+constexpr const char* kTemporaryPrefix = "GAL";
+}  // namespace
+
+IMPLEMENT_DYNCREATE(CQGalleryDoc, CDocument)
+
+BEGIN_MESSAGE_MAP(CQGalleryDoc, CDocument)
+END_MESSAGE_MAP()
+
+CQGalleryDoc::CQGalleryDoc() : m_galleryList(kListBlockSize) { qfc::RecordGalleryDocument(this); }
+
+CQGalleryDoc::~CQGalleryDoc() {
+    qfc::ForgetGalleryDocument(this);
+    m_pCurrentGallery = nullptr;
+    while (!m_galleryList.IsEmpty()) {
+        delete m_galleryList.RemoveHead();
+    }
+}
+
+int CQGalleryDoc::AddGallery(CQGallery* pGallery) {
+    try {
+        m_galleryList.AddTail(pGallery);
+        return 1;
+    } catch (CMemoryException* pException) {
+        pException->Delete();
+        return 0;
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
+}
+
+int CQGalleryDoc::ChangeGallery(CQGallery* pGallery) {
+    m_pCurrentGallery = pGallery;
+    return 1;
+}
+
+int CQGalleryDoc::CloseGallery(CQGallery* pGallery) {
+    POSITION position = m_galleryList.Find(pGallery);
+    if (position == nullptr) return 1;
+    if (m_pCurrentGallery == pGallery) {
+        m_pCurrentGallery = nullptr;
+        m_pCurrentFolder = nullptr;
+    }
+    delete pGallery;
+    m_galleryList.RemoveAt(position);
+    return 1;
+}
+
+CQFolder* CQGalleryDoc::GetCurrentFolder() {
+    return m_pCurrentGallery != nullptr ? m_pCurrentGallery->GetCurrentFolder() : nullptr;
+}
+
+CString CQGalleryDoc::GeneratePath() {
+    char szFolder[MAX_PATH] = "";
+    const DWORD nLength = GetTempPathA(MAX_PATH, szFolder);
+    char szFile[MAX_PATH] = "";
+    if (nLength == 0 || nLength >= MAX_PATH || GetTempFileNameA(szFolder, kTemporaryPrefix, 0, szFile) == 0) return {};
+    return szFile;
+}

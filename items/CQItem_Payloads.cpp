@@ -1,0 +1,156 @@
+#include "folders/CQFolder.h"
+#include "folders/GalleryFile.h"
+#include "items/CQGallery.h"
+#include "items/CQItem.h"
+#include "items/ItemTypes.h"
+#include "platform/media/PackedDib.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <optional>
+
+namespace {
+
+// Frees the buffer, unless it is the very one that is to be taken now.
+template <class Block>
+void MakeRoom(Block& block, const void* pNew) {
+    if (block.data() == pNew) static_cast<void>(block.release());
+    block.reset();
+}
+
+template <class Block>
+void Adopt(Block& block, void* pData, unsigned nSize) {
+    MakeRoom(block, pData);
+    block = Block(pData, nSize);
+}
+
+// The header as it stands, whatever it says about its own size.
+std::optional<BITMAPINFOHEADER> HeaderOf(const void* pDib, std::size_t nSize) {
+    BITMAPINFOHEADER header;
+    if (pDib == nullptr || nSize < sizeof(header)) return std::nullopt;
+    std::memcpy(&header, pDib, sizeof(header));
+    return header;
+}
+
+// Bytes that a packed bitmap of this header takes; empty for a width that is none. A bitmap stored from the top has a
+// negative height and the same rows.
+std::optional<std::int64_t> RequiredDibSize(const BITMAPINFOHEADER& header) {
+    constexpr std::int64_t kHeaderBytes = 40;
+    constexpr std::int64_t kHeaderAndPaletteBytes = 1064;
+    if (header.biWidth < 0) return std::nullopt;
+    const std::int64_t nRowBytes = (std::int64_t{header.biBitCount} * header.biWidth / 8 + 3) / 4 * 4;
+    const std::int64_t nRows = std::abs(std::int64_t{header.biHeight});
+    constexpr std::int64_t kNoBuffer = std::int64_t{1} << 32;  // More than any size can announce.
+    if (nRows > 0 && nRowBytes > kNoBuffer / nRows) return std::nullopt;
+    return nRowBytes * nRows + (header.biBitCount == 8 ? kHeaderAndPaletteBytes : kHeaderBytes);
+}
+
+bool HoldsItsBitmap(const void* pDib, unsigned nSize) {
+    const auto header = HeaderOf(pDib, nSize);
+    if (!header) return false;
+    const auto required = RequiredDibSize(*header);
+    return required && std::int64_t{nSize} >= *required;
+}
+
+}  // namespace
+
+int CQItem::ChangeBlackBox(void* pData, unsigned nSize) {
+    Adopt(m_blackBox, pData, nSize);
+    m_dwBlackBoxSize = nSize;
+    if (pData != nullptr) m_bModified = 1;
+    return 1;
+}
+
+void* CQItem::DetachBlackBox() {
+    GetBlackBox();
+    m_dwBlackBoxSize = 0;
+    m_bModified = 1;
+    return m_blackBox.release();
+}
+
+void* CQItem::GetBlackBox() {
+    if (!m_blackBox) TryLoadBB();
+    return m_blackBox.data();
+}
+
+int CQItem::ChangeCache(void* pDib, unsigned nSize) {
+    MakeRoom(m_cache, pDib);
+    m_dwCacheSize = nSize;
+    if (pDib == nullptr) return 1;
+    // Kept: a refused bitmap marks the item modified all the same, and stays the caller's.
+    m_bModified = 1;
+    if (!HoldsItsBitmap(pDib, nSize)) {
+        m_dwCacheSize = 0;
+        return 0;
+    }
+    m_cache = qfc::GlobalBlock(pDib, nSize);
+    return 1;
+}
+
+SIZE CQItem::GetBitmapCacheSize() const {
+    const auto header = HeaderOf(m_cache.data(), m_cache.size());
+    return header ? SIZE{header->biWidth, header->biHeight} : SIZE{-1, -1};
+}
+
+int CQItem::ChangeFilm(unsigned char* pFilm, unsigned nFilmSize, unsigned nFrameSize) {
+    Adopt(m_film, pFilm, nFilmSize);
+    m_dwFilmSize = nFilmSize;
+    m_dwFrameSize = nFrameSize;
+    if (pFilm != nullptr) m_bModified = 1;
+    return 1;
+}
+
+unsigned CQItem::GetTotalFilmFrame() {
+    if (TryLoadFilm() == 0 || m_dwFilmSize == 0 || m_dwFrameSize == 0) return 0;
+    return m_dwFilmSize / m_dwFrameSize;
+}
+
+unsigned char* CQItem::GetFilmFrame(unsigned nIndex) {
+    if (TryLoadFilm() == 0 || !m_film || m_dwFrameSize == 0) return nullptr;
+    if ((m_dwAttrib & qfc::kAttribHasFilm) == 0) return nullptr;
+    // Kept: the bound is the frame count itself, so the index of the end gives the address just past the last frame.
+    const auto nFrame = std::min(nIndex, m_dwFilmSize / m_dwFrameSize);
+    return m_film.data() + std::size_t{m_dwFrameSize} * nFrame;
+}
+
+int CQItem::TryLoadBB() {
+    if (m_cache) return 1;
+    if (IsExistInGalleryItemMap() == 0) return LoadFromGalleryFile(qfc::kBitmapCache);
+    const int bBlackBox = LoadCacheDataFromDb(static_cast<DWORD>(qfc::kBlackBox));
+    const int bCache = LoadCacheDataFromDb(static_cast<DWORD>(qfc::kBitmapCache));
+    return bBlackBox & bCache;
+}
+
+int CQItem::TryLoadFilm() {
+    if (m_film || (m_dwAttrib & qfc::kAttribHasFilm) == 0) return 1;
+    if (IsExistInGalleryItemMap() == 0) return LoadFromGalleryFile(qfc::kFilm);
+    return LoadCacheDataFromDb(static_cast<DWORD>(qfc::kFilm));
+}
+
+int CQItem::IsExistInGalleryItemMap() const {
+    if (m_pParentFolder == nullptr) return 0;
+    const auto* pGallery = DYNAMIC_DOWNCAST(CQGallery, m_pParentFolder->GetRoot());
+    CQItem* pCanonical = nullptr;
+    return pGallery != nullptr ? pGallery->IsItemHasParentByGuid(m_guid, pCanonical) : 0;
+}
+
+std::span<const std::byte> CQItem::PayloadInMemory(int nKind) const {
+    switch (nKind) {
+        case qfc::kBitmapCache:
+            return m_cache.bytes();
+        case qfc::kBlackBox:
+            return m_blackBox.bytes();
+        case qfc::kFilm:
+            return m_film.bytes();
+        default:
+            return {};
+    }
+}
+
+int CQItem::LoadFromGalleryFile(int nKind) {
+    auto* const pFile = m_pParentFolder != nullptr ? qfc::GalleryFileOf(*m_pParentFolder) : nullptr;
+    if (pFile == nullptr) return 0;
+    return nKind == qfc::kFilm ? pFile->LoadFilm(*this) : pFile->LoadBlackBox(*this);
+}
