@@ -10,10 +10,25 @@
 
 namespace qfc {
 
-// The steps every entry function takes, written once: choose the database, make the operation, queue it, wait for it,
-// hand it back to be read. Any thread.
+// The steps every entry function takes, written once: make the operation, queue it, wait for it, hand it back to be
+// read. Any thread.
 class EntrySteps {
 public:
+    // The database to work on: the chosen one, else the service's, which is not closed before this is released or dies.
+    class DatabaseUse {
+    public:
+        explicit DatabaseUse(DBTools* pChosen = nullptr)
+            : m_lock(Manager().m_databaseGate), m_pDBTools(pChosen != nullptr ? pChosen : Manager().m_pDBTools) {}
+
+        // Null when there is neither.
+        DBTools* Get() const { return m_pDBTools; }
+        void Release() { m_lock.unlock(); }
+
+    private:
+        std::shared_lock<std::shared_mutex> m_lock;
+        DBTools* m_pDBTools;
+    };
+
     // The operation once the worker has run it; null when it was refused or could not be waited for. The arguments are
     // those of the operation's constructor.
     template <typename Operation, typename... Args>
@@ -22,17 +37,14 @@ public:
         return QueueSync(pOperation) && AwaitEvent(*pOperation) ? pOperation : nullptr;
     }
 
-    // As RunSync, for an operation that takes the service database as its `pDBTools`: `make` gets the database, which
-    // stays open at least until the operation is queued.
-    template <typename Make>
-    static auto RunSyncOnDatabase(DBTools* pChosen, Make&& make) -> decltype(make(pChosen)) {
-        decltype(make(pChosen)) pOperation;
-        {
-            const DatabaseUse database(pChosen);
-            pOperation = make(database.Get());
-            if (pOperation == nullptr || !QueueSync(pOperation)) return nullptr;
-        }
-        return AwaitEvent(*pOperation) ? pOperation : nullptr;
+    // The same for an operation that has the database among its arguments. From the queue on the service itself sees to
+    // it that the operation does not outlive the database.
+    template <typename Operation, typename... Args>
+    static std::shared_ptr<Operation> RunSyncOn(DatabaseUse& database, Args&&... args) {
+        const auto pOperation = std::make_shared<Operation>(std::forward<Args>(args)...);
+        const bool bQueued = QueueSync(pOperation);
+        database.Release();
+        return bQueued && AwaitEvent(*pOperation) ? pOperation : nullptr;
     }
 
     // 1 once queued.
@@ -42,19 +54,6 @@ public:
         pOperation->SetAsync();
         return Manager().fnAddLibraryOperationAsync(pOperation, nPriority);
     }
-
-    // The database to work on: the chosen one, else the service's, which is not closed as long as this lives. Null when
-    // there is neither.
-    class DatabaseUse {
-    public:
-        explicit DatabaseUse(DBTools* pChosen)
-            : m_lock(Manager().m_databaseGate), m_pDBTools(pChosen != nullptr ? pChosen : Manager().m_pDBTools) {}
-        DBTools* Get() const { return m_pDBTools; }
-
-    private:
-        std::shared_lock<std::shared_mutex> m_lock;
-        DBTools* m_pDBTools;
-    };
 
     static QFCLibraryManager& Manager() { return QFCLibraryManager::GetInstance(); }
 

@@ -1,0 +1,96 @@
+#include "db/CurrentDBTools.h"
+#include "db/DBTools.h"
+#include "items/CQGallery.h"
+#include "items/CQGalleryDoc.h"
+#include "items/CQItem.h"
+#include "items/GalleryDocument.h"
+#include "items/Handles.h"
+#include "platform/os/Files.h"
+#include "service/EntrySteps.h"
+#include "service/QFCLibraryManager.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <memory>
+#include <unordered_set>
+#include <vector>
+
+using qfc::EntrySteps;
+
+ULONGLONG QFCLibraryManager::StartDbSession4ImportLib(const CString& strPath) {
+    if (!PathFileExistsA(strPath)) return 0;
+    bool bOpened = true;
+    auto pSession = std::make_unique<DBTools>(strPath, bOpened);
+    return bOpened ? reinterpret_cast<std::uintptr_t>(pSession.release()) : 0;
+}
+
+int QFCLibraryManager::EndDbSession4ImportLib(ULONGLONG hSession) {
+    if (hSession == 0) return 0;
+    delete reinterpret_cast<DBTools*>(static_cast<std::uintptr_t>(hSession));
+    return 1;
+}
+
+int QFCLibraryManager::fnExportDB(const char* pszTargetPath) {
+    const EntrySteps::DatabaseUse database;
+    return database.Get() != nullptr && database.Get()->ExportDatabase(pszTargetPath) ? 1 : 0;
+}
+
+int QFCLibraryManager::fnListGalleries(std::vector<qfc::StoredGallery>& galleries, DBTools* pDBTools) {
+    const EntrySteps::DatabaseUse database(pDBTools);
+    return database.Get() != nullptr && database.Get()->QueryGalleries(galleries) ? 1 : 0;
+}
+
+namespace {
+
+using Items = std::unordered_set<CQItem*>;
+
+// What the folder holds, save the objects of the gallery's index, which die with the gallery.
+void GatherItemsLeftBehind(CQFolder& folder, const CQGallery& gallery, Items& items) {
+    const auto* const pItems = folder.GetItemArray();
+    if (pItems == nullptr) return;
+    for (CQItem* const pItem : *pItems) {
+        if (pItem == nullptr) continue;
+        CQItem* pIndexed = nullptr;
+        gallery.IsItemHasParentByGuid(pItem->GetUniqueID(), pIndexed);
+        if (pIndexed != pItem) items.insert(pItem);
+    }
+}
+
+// Each object once, however many folders hold it.
+Items ItemsLeftBehind(CQGallery& gallery) {
+    Items items;
+    std::vector<CQFolder*> folders{&gallery};
+    while (!folders.empty()) {
+        CQFolder* const pFolder = folders.back();
+        folders.pop_back();
+        GatherItemsLeftBehind(*pFolder, gallery, items);
+        if (const auto* const pChildren = pFolder->GetFolderList()) {
+            std::ranges::copy_if(*pChildren, std::back_inserter(folders), [](CQFolder* p) { return p != nullptr; });
+        }
+    }
+    return items;
+}
+
+// A gallery that a session created is listed in the document, which then destroys it.
+void DestroyGallery(CQGallery* pGallery) {
+    CQGalleryDoc* const pDocument = qfc::ExistingGalleryDocument();
+    const bool bListed = pDocument != nullptr &&
+                         std::ranges::find(pDocument->GetGalleryList(), pGallery) != pDocument->GetGalleryList().end();
+    if (bListed) {
+        pDocument->CloseGallery(pGallery);
+    } else {
+        delete pGallery;
+    }
+}
+
+}  // namespace
+
+int QFCLibraryManager::fnCloseSessionGallery(ULONGLONG hGallery) {
+    CQGallery* const pGallery = qfc::AsGallery(hGallery);
+    if (pGallery == nullptr || IsCurrentDBTools(pGallery->GetDBTools())) return 0;
+    const Items items = ItemsLeftBehind(*pGallery);
+    DestroyGallery(pGallery);
+    for (CQItem* const pItem : items) delete pItem;
+    return 1;
+}

@@ -1,0 +1,55 @@
+#include "service/OperationQueues.h"
+
+#include "service/LibraryOperation.h"
+
+#include <utility>
+
+namespace qfc {
+
+namespace {
+
+constexpr int kPassesPerRefill = 3;
+constexpr int kOrdinaryPerPass = 4;
+constexpr int kDeferredPerPass = 1;
+
+using Operations = std::list<OperationQueues::Operation>;
+
+OperationQueues::Operation TakeFront(Operations& operations) {
+    OperationQueues::Operation operation = std::move(operations.front());
+    operations.pop_front();
+    return operation;
+}
+
+void MoveFront(Operations& from, Operations& to, int atMost) {
+    for (int moved = 0; moved < atMost && !from.empty(); ++moved) to.splice(to.end(), from, from.begin());
+}
+
+}  // namespace
+
+void OperationQueues::PushSync(Operation operation) { m_sync.push_back(std::move(operation)); }
+
+void OperationQueues::PushAsync(Operation operation, bool bDeferred) {
+    (bDeferred ? m_deferred : m_async).push_back(std::move(operation));
+}
+
+OperationQueues::Operation OperationQueues::Take() {
+    if (!m_sync.empty()) return TakeFront(m_sync);
+    if (m_dispatch.empty()) Refill();
+    return m_dispatch.empty() ? nullptr : TakeFront(m_dispatch);
+}
+
+void OperationQueues::Refill() {
+    for (int pass = 0; pass < kPassesPerRefill; ++pass) {
+        MoveFront(m_async, m_dispatch, kOrdinaryPerPass);
+        MoveFront(m_deferred, m_dispatch, kDeferredPerPass);
+    }
+}
+
+void OperationQueues::Clear() {
+    m_dispatch.clear();
+    m_deferred.clear();
+    m_async.clear();
+    m_sync.clear();
+}
+
+}  // namespace qfc

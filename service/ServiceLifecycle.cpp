@@ -1,0 +1,112 @@
+#include "db/CurrentDBTools.h"
+#include "db/DBTools.h"
+#include "platform/os/Files.h"
+#include "platform/os/Places.h"
+#include "platform/os/Sync.h"
+#include "platform/os/Thread.h"
+#include "service/QFCLibraryManager.h"
+
+#include <array>
+
+namespace {
+
+constexpr const char* kDatabaseName = "CinelumeDatabase.db";
+
+CString TemplatePath() {
+    CString strTemplate;
+    strTemplate.Format("%sOrvel.dat\\%s", qfc::HostFolder().c_str(), kDatabaseName);
+    return strTemplate;
+}
+
+CString AnswerDatabasePath() {
+    std::array<char, MAX_PATH> folder{};
+    if (!GetAppDataFolder(folder.data(), MAX_PATH, 0, 1)) return {};
+    CString strPath;
+    strPath.Format("%s%s", folder.data(), kDatabaseName);
+    qfc::FreezePlaces();
+    return strPath;
+}
+
+}  // namespace
+
+CString QFCLibraryManager::fnGetDBName() { return kDatabaseName; }
+
+CString QFCLibraryManager::GetDatabasePath() {
+    static std::mutex guard;
+    static CString strPath;  // Guarded by guard.
+    const std::scoped_lock lock(guard);
+    if (strPath.IsEmpty()) strPath = AnswerDatabasePath();
+    return strPath;
+}
+
+int QFCLibraryManager::fnDoStartService() {
+    const std::unique_lock transition(m_transition, std::try_to_lock);
+    if (!transition.owns_lock() || m_nRunning == 1) return 0;
+    const CString strPath = GetDatabasePath();
+    if (strPath.IsEmpty()) return 0;
+    if (!PathFileExistsA(strPath)) SeedDatabase(strPath);
+    if (!OpenDatabase(strPath)) return 0;
+    m_nRunning = 1;
+    if (StartWorker()) return 1;
+    m_nRunning = 0;
+    CloseDatabase();
+    return 0;
+}
+
+// Whatever goes wrong is ignored: the database then starts empty. Another process may have made the file since it was
+// looked for; its library is not to be replaced.
+void QFCLibraryManager::SeedDatabase(const CString& strPath) { CopyFileA(TemplatePath(), strPath, 1); }
+
+bool QFCLibraryManager::OpenDatabase(const CString& strPath) {
+    bool bOpened = true;
+    auto pDBTools = std::make_unique<DBTools>(strPath, bOpened);
+    if (!bOpened) return false;
+    const std::scoped_lock gate(m_databaseGate);
+    m_pDBTools = pDBTools.release();
+    qfc::SetCurrentDBTools(m_pDBTools);
+    m_pDBTools->AddFolderOrderIndexColumn();
+    return true;
+}
+
+bool QFCLibraryManager::StartWorker() {
+    auto pWorker = std::make_unique<qfc::WorkerThread>(&fnThreadExecuteLibraryOperation, this);
+    if (!pWorker->IsCreated()) return false;
+    m_pWorker = pWorker.release();
+    m_pWorker->Resume();
+    return true;
+}
+
+int QFCLibraryManager::fnDoStopService() {
+    // The worker would wait for its own end.
+    if (IsWorkerThread()) return 0;
+    const std::unique_lock transition(m_transition, std::try_to_lock);
+    if (!transition.owns_lock() || m_nRunning == 0) return 0;
+    m_nRunning = 0;
+    if (m_pWorker != nullptr) {
+        WaitForSingleObject(m_pWorker->Handle(), INFINITE);
+        delete m_pWorker;
+        m_pWorker = nullptr;
+    }
+    CloseDatabase();
+    return 1;
+}
+
+// Queues and database go together: an operation that was queued with this database never meets the next one.
+void QFCLibraryManager::CloseDatabase() {
+    const std::scoped_lock gate(m_databaseGate);
+    fnClearLibraryOperation();
+    qfc::SetCurrentDBTools(nullptr);
+    delete m_pDBTools;
+    m_pDBTools = nullptr;
+}
+
+int QFCLibraryManager::fnClearDBContent() {
+    QFCLibraryManager& manager = GetInstance();
+    const std::unique_lock transition(manager.m_transition, std::try_to_lock);
+    if (!transition.owns_lock() || manager.m_nRunning != 0) return 0;
+    const CString strPath = GetDatabasePath();
+    if (strPath.IsEmpty()) return 0;
+    bool bOpened = true;
+    DBTools database(strPath, bOpened);
+    return bOpened && database.ClearDatabase() ? 1 : 0;
+}
