@@ -72,8 +72,7 @@ protected:
 private:
     bool WriteAllCacheData(const GUID& item, std::span<const qfc::PayloadWrite> payloads);
     bool GatherTrees(std::span<const int> galleryIds, std::vector<int>& folders);
-    bool AppendChildren(int nParent, std::vector<int>& children);
-    bool HasOddCacheKinds(bool& bOdd);
+    bool ReadChildren(int nParent, std::vector<int>& children);
 
     // The one statement pattern; defined in db/Statements.h.
     template <typename Work>
@@ -82,6 +81,8 @@ private:
     bool Run(const char* sql, const Values&... values);
     template <typename... Values>
     bool Select(const char* sql, CppSQLite3Query& query, const Values&... values);
+    template <typename... Values>
+    bool Look(const char* sql, bool& bFound, const Values&... values);
 
     std::unique_ptr<CppSQLite3DB> m_pDB;  // Absent when opening failed.
     int m_nErrorCode = 0;                 // Of the last exception; kept for the debugger's eye only.

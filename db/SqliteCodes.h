@@ -5,8 +5,10 @@
 namespace qfc::sqlite {
 
 inline constexpr int kOk = 0;
+inline constexpr int kError = 1;
 inline constexpr int kNoMem = 7;
 inline constexpr int kReadOnly = 8;
+inline constexpr int kCorrupt = 11;
 inline constexpr int kCantOpen = 14;
 inline constexpr int kSchema = 17;
 inline constexpr int kMisuse = 21;

@@ -1,0 +1,145 @@
+#include "db/CppSQLite3DB.h"
+
+#include "db/CppSQLite3Exception.h"
+#include "db/SqliteCodes.h"
+#include "platform/os/Files.h"
+#include "platform/text/CodePages.h"
+
+#include <sqlite3.h>
+#include <string>
+#include <utility>
+
+static_assert(qfc::sqlite::kError == SQLITE_ERROR && qfc::sqlite::kCorrupt == SQLITE_CORRUPT);
+static_assert(qfc::sqlite::kOk == SQLITE_OK && qfc::sqlite::kNoMem == SQLITE_NOMEM);
+static_assert(qfc::sqlite::kReadOnly == SQLITE_READONLY && qfc::sqlite::kCantOpen == SQLITE_CANTOPEN);
+static_assert(qfc::sqlite::kSchema == SQLITE_SCHEMA && qfc::sqlite::kMisuse == SQLITE_MISUSE);
+static_assert(qfc::sqlite::kNotADatabase == SQLITE_NOTADB);
+static_assert(qfc::sqlite::kReadOnlyRollback == SQLITE_READONLY_ROLLBACK);
+static_assert(qfc::sqlite::kTypeInteger == SQLITE_INTEGER && qfc::sqlite::kTypeFloat == SQLITE_FLOAT);
+static_assert(qfc::sqlite::kTypeText == SQLITE_TEXT && qfc::sqlite::kTypeBlob == SQLITE_BLOB);
+static_assert(qfc::sqlite::kTypeNull == SQLITE_NULL);
+
+namespace {
+
+// The path buffer of the interface, its closing NUL included.
+constexpr std::size_t kPathUnits = 261;
+// As often as SQLite itself tries again when the schema keeps changing.
+constexpr int kSchemaRetries = 50;
+
+[[noreturn]] void ThrowCantOpen() { throw CppSQLite3Exception(SQLITE_CANTOPEN, sqlite3_errstr(SQLITE_CANTOPEN)); }
+
+sqlite3_stmt* Prepare(sqlite3* pDB, const char* szSQL) {
+    sqlite3_stmt* pVM = nullptr;
+    const int nResult = sqlite3_prepare(pDB, szSQL, -1, &pVM, nullptr);
+    if (nResult != SQLITE_OK) throw CppSQLite3Exception(nResult, sqlite3_errmsg(pDB));
+    return pVM;
+}
+
+}  // namespace
+
+CppSQLite3DB::CppSQLite3DB() = default;
+
+CppSQLite3DB::~CppSQLite3DB() {
+    if (sqlite3_close(m_pDB) == SQLITE_OK) return;
+    // Statements are still alive. The transaction may not outlive this object with them.
+    rollbackPending();
+    sqlite3_close_v2(m_pDB);
+}
+
+void CppSQLite3DB::open(const char* szFile) {
+    close();
+    if (szFile == nullptr) ThrowCantOpen();
+    const std::u16string wide = qfc::AnsiToUtf16(qfc::Utf8ToAnsi(qfc::NativePath(szFile)));
+    if (wide.size() >= kPathUnits) ThrowCantOpen();
+    FinishOpen(sqlite3_open16(wide.c_str(), &m_pDB));
+}
+
+void CppSQLite3DB::openReadOnly(const char* szFile) {
+    close();
+    if (szFile == nullptr) ThrowCantOpen();
+    FinishOpen(sqlite3_open_v2(qfc::NativePath(szFile).c_str(), &m_pDB, SQLITE_OPEN_READONLY, nullptr));
+}
+
+void CppSQLite3DB::FinishOpen(int nResult) {
+    if (nResult != SQLITE_OK) {
+        const CppSQLite3Exception error(nResult, sqlite3_errmsg(m_pDB));
+        sqlite3_close(std::exchange(m_pDB, nullptr));
+        throw error;
+    }
+    sqlite3_busy_timeout(m_pDB, m_nBusyTimeoutMs);
+}
+
+void CppSQLite3DB::close() {
+    if (m_pDB == nullptr) return;
+    const int nResult = sqlite3_close(m_pDB);
+    if (nResult != SQLITE_OK) throw CppSQLite3Exception(nResult, sqlite3_errmsg(m_pDB));
+    m_pDB = nullptr;
+    m_bInTransaction = false;
+}
+
+void CppSQLite3DB::setBusyTimeout(int nMillisecs) {
+    m_nBusyTimeoutMs = nMillisecs;
+    if (m_pDB != nullptr) sqlite3_busy_timeout(m_pDB, nMillisecs);
+}
+
+CppSQLite3Statement CppSQLite3DB::compileStatement(const char* szSQL) {
+    CheckDB();
+    return CppSQLite3Statement(m_pDB, Prepare(m_pDB, szSQL));
+}
+
+CppSQLite3Query CppSQLite3DB::execQuery(const char* szSQL) {
+    CheckDB();
+    for (int nTry = 0;; ++nTry) {
+        sqlite3_stmt* pVM = Prepare(m_pDB, szSQL);
+        const int nStep = sqlite3_step(pVM);
+        if (nStep == SQLITE_DONE || nStep == SQLITE_ROW) return CppSQLite3Query(m_pDB, pVM, nStep == SQLITE_DONE);
+        const int nResult = sqlite3_finalize(pVM);
+        if (nResult != SQLITE_SCHEMA || nTry == kSchemaRetries) {
+            throw CppSQLite3Exception(nResult, sqlite3_errmsg(m_pDB));
+        }
+    }
+}
+
+bool CppSQLite3DB::Issue(bool bWhileInTransaction, const char* szSQL, bool bFlagAfterwards) {
+    if (m_pDB == nullptr || m_bInTransaction != bWhileInTransaction) return false;
+    // Kept: the outcome is not examined; the flag follows the call.
+    sqlite3_exec(m_pDB, szSQL, nullptr, nullptr, nullptr);
+    m_bInTransaction = bFlagAfterwards;
+    return true;
+}
+
+bool CppSQLite3DB::beginTransaction() { return Issue(false, "BEGIN TRANSACTION;", true); }
+
+bool CppSQLite3DB::commitTransaction() { return Issue(true, "END TRANSACTION;", false); }
+
+bool CppSQLite3DB::rollbackTransaction() { return Issue(true, "ROLLBACK TRANSACTION;", false); }
+
+bool CppSQLite3DB::isAutocommit() const { return m_pDB == nullptr || sqlite3_get_autocommit(m_pDB) != 0; }
+
+int CppSQLite3DB::lastError() const { return m_pDB != nullptr ? sqlite3_errcode(m_pDB) : SQLITE_OK; }
+
+int CppSQLite3DB::lastExtendedError() const { return m_pDB != nullptr ? sqlite3_extended_errcode(m_pDB) : SQLITE_OK; }
+
+void CppSQLite3DB::rollbackPending() {
+    if (!isAutocommit()) sqlite3_exec(m_pDB, "ROLLBACK TRANSACTION;", nullptr, nullptr, nullptr);
+    m_bInTransaction = false;
+}
+
+int CppSQLite3DB::backupTo(const char* szUtf8Path) {
+    CheckDB();
+    sqlite3* pTarget = nullptr;
+    int nResult = sqlite3_open(szUtf8Path, &pTarget);
+    if (nResult == SQLITE_OK) {
+        if (sqlite3_backup* pBackup = sqlite3_backup_init(pTarget, "main", m_pDB, "main")) {
+            sqlite3_backup_step(pBackup, -1);
+            sqlite3_backup_finish(pBackup);
+        }
+        nResult = sqlite3_errcode(pTarget);
+    }
+    sqlite3_close(pTarget);
+    return nResult;
+}
+
+void CppSQLite3DB::CheckDB() const {
+    if (m_pDB == nullptr) throw CppSQLite3Exception(CPPSQLITE_ERROR, "Database not open");
+}

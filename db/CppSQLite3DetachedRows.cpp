@@ -1,0 +1,57 @@
+#include "db/CppSQLite3DetachedRows.h"
+
+#include "db/CppSQLite3Exception.h"
+
+#include <sqlite3.h>
+
+namespace qfc {
+
+void DetachedRows::FreeValue::operator()(sqlite3_value* value) const { sqlite3_value_free(value); }
+
+DetachedRows::DetachedRows(sqlite3_stmt* statement) {
+    const int columns = sqlite3_column_count(statement);
+    for (int column = 0; column < columns; ++column) {
+        const char* name = sqlite3_column_name(statement, column);
+        if (name == nullptr) throw CppSQLite3Exception(SQLITE_NOMEM, sqlite3_errstr(SQLITE_NOMEM));
+        m_names.emplace_back(name);
+    }
+}
+
+DetachedRows::~DetachedRows() = default;
+
+void DetachedRows::Append(sqlite3_stmt* statement) {
+    std::vector<Value> row;
+    row.reserve(m_names.size());
+    for (int column = 0; column < static_cast<int>(m_names.size()); ++column) {
+        row.emplace_back(sqlite3_value_dup(sqlite3_column_value(statement, column)));
+        if (row.back() == nullptr) throw CppSQLite3Exception(SQLITE_NOMEM, sqlite3_errstr(SQLITE_NOMEM));
+    }
+    m_rows.push_back(std::move(row));
+}
+
+sqlite3_value* DetachedRows::Cell(int column) const {
+    return m_rows.empty() ? nullptr : m_rows.front()[static_cast<std::size_t>(column)].get();
+}
+
+int DetachedRows::Type(int column) const {
+    sqlite3_value* cell = Cell(column);
+    return cell != nullptr ? sqlite3_value_type(cell) : SQLITE_NULL;
+}
+
+int DetachedRows::Int(int column) const {
+    sqlite3_value* cell = Cell(column);
+    return cell != nullptr ? sqlite3_value_int(cell) : 0;
+}
+
+const char* DetachedRows::Text(int column) const {
+    sqlite3_value* cell = Cell(column);
+    return cell != nullptr ? reinterpret_cast<const char*>(sqlite3_value_text(cell)) : nullptr;
+}
+
+const unsigned char* DetachedRows::Blob(int column, int& length) const {
+    sqlite3_value* cell = Cell(column);
+    length = cell != nullptr ? sqlite3_value_bytes(cell) : 0;
+    return cell != nullptr ? static_cast<const unsigned char*>(sqlite3_value_blob(cell)) : nullptr;
+}
+
+}  // namespace qfc

@@ -1,0 +1,34 @@
+#include "db/DBToolsInternal.h"
+
+#include "db/Schema.h"
+#include "db/Statements.h"
+#include "platform/os/Files.h"
+
+DBToolsInternal::DBToolsInternal(const CString& path, bool& ok) {
+    ok = true;
+    m_pDB = std::make_unique<CppSQLite3DB>();
+    ok = Attempt([&] {
+        m_pDB->open(path);
+        qfc::schema::Ensure(*m_pDB);
+    });
+    if (!ok) m_pDB.reset();
+}
+
+DBToolsInternal::~DBToolsInternal() = default;
+
+bool DBToolsInternal::ExportDatabase(const CString& targetPath) {
+    // SQLite takes an empty name for a database of its own that vanishes when it is closed: no export.
+    if (targetPath.IsEmpty()) return false;
+    bool bCopied = false;
+    const bool bRan =
+        Attempt([&] { bCopied = Connection().backupTo(qfc::NativePath(targetPath).c_str()) == qfc::sqlite::kOk; });
+    return bRan && bCopied;
+}
+
+bool DBToolsInternal::ClearDatabase() {
+    return Attempt([&] { qfc::schema::Clear(Connection()); });
+}
+
+int DBToolsInternal::AddFolderOrderIndexColumn() {
+    return Attempt([&] { qfc::schema::AddFolderOrderIndex(Connection()); }) ? 1 : 0;
+}

@@ -1,0 +1,61 @@
+#include "db/DBToolsInternal.h"
+#include "db/Sql.h"
+#include "db/Statements.h"
+
+#include <array>
+
+// Payload rows.
+
+namespace sql = qfc::sql;
+
+namespace {
+
+constexpr std::array kWriteOrder{qfc::kBlackBox, qfc::kFilm, qfc::kBitmapCache};
+
+bool IsKnownKind(int nKind) { return nKind >= qfc::kBitmapCache && nKind <= qfc::kFilm; }
+
+// Whether the bytes are there as the sizes say: a size without bytes must never become a row.
+bool IsWhole(const qfc::PayloadWrite& payload) {
+    const int nStored = payload.compressedSize != 0 ? payload.compressedSize : payload.rawSize;
+    return nStored > 0 && payload.Stored().size() == static_cast<std::size_t>(nStored);
+}
+
+}  // namespace
+
+bool DBToolsInternal::QueryCacheData(const GUID& item, int nKind, CppSQLite3Query& query) {
+    return Select(sql::kQueryCacheData, query, item, nKind);
+}
+
+bool DBToolsInternal::QueryCacheDataByType(int nKind, CppSQLite3Query& query) {
+    return Select(sql::kQueryCacheDataByType, query, nKind);
+}
+
+bool DBToolsInternal::DeleteCacheData(const GUID& item, int nKind) { return Run(sql::kDeleteCacheData, item, nKind); }
+
+// The given statement has no usable key and reads through every blob of the table. While all rows are of the known
+// kinds, deleting by kind and item takes the same rows through the key.
+bool DBToolsInternal::DeleteAllCacheData(const GUID& item) {
+    if (!m_bShortcuts) return Run(sql::kDeleteAllCacheData, item);
+    bool bOddKinds = false;
+    if (!Look(sql::kProbeOddCacheKinds, bOddKinds)) return false;
+    return Run(bOddKinds ? sql::kDeleteAllCacheData : sql::kDeleteKnownCacheKinds, item);
+}
+
+bool DBToolsInternal::WriteCacheData(const GUID& item, const qfc::PayloadWrite& payload) {
+    if (!HasConnection() || !IsKnownKind(payload.kind)) return false;
+    if (payload.rawSize == 0) return true;
+    return IsWhole(payload) &&
+           Run(sql::kWriteCacheData, payload.rawSize, payload.compressedSize, payload.Stored(), payload.kind, item);
+}
+
+bool DBToolsInternal::WriteAllCacheData(const GUID& item, std::span<const qfc::PayloadWrite> payloads) {
+    for (const qfc::PayloadWrite& payload : payloads) {
+        if (!IsKnownKind(payload.kind)) return false;
+    }
+    for (const int nKind : kWriteOrder) {
+        for (const qfc::PayloadWrite& payload : payloads) {
+            if (payload.kind == nKind && !WriteCacheData(item, payload)) return false;
+        }
+    }
+    return true;
+}

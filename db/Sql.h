@@ -1,0 +1,107 @@
+#pragma once
+
+// Every statement text of the database tools, in its one fixed form, with its binds on the line above; they count from
+// 1 in the order given. A GUID is a blob of 16 bytes.
+namespace qfc::sql {
+
+// --- Galleries ---
+// gallery id, row number of the root folder
+inline constexpr char kInsertGallery[] = "INSERT into GALLERY_TABLE (GALLERY_FOLDER_ID, GALLERY_ID) values (?, ?)";
+// gallery id
+inline constexpr char kQueryGallery[] = "Select * from GALLERY_TABLE where GALLERY_FOLDER_ID = ?";
+// gallery id
+inline constexpr char kDeleteGallery[] = "Delete from GALLERY_TABLE where GALLERY_FOLDER_ID = ?";
+// nothing
+inline constexpr char kListGalleries[] =
+    "Select GALLERY_FOLDER_ID, GALLERY_ID, FOLDER_NAME from GALLERY_TABLE"
+    " left join FOLDER_TABLE on FOLDER_TABLE.ID = GALLERY_TABLE.GALLERY_ID"
+    " order by GALLERY_FOLDER_ID, GALLERY_TABLE.rowid";
+
+// --- Folders ---
+// folder
+inline constexpr char kQueryFolder[] = "Select * from FOLDER_TABLE where id = ?";
+// parent folder
+inline constexpr char kQueryChildFolders[] = "Select * from FOLDER_TABLE where PARENT_ID = ?";
+// folder
+inline constexpr char kDeleteFolder[] = "Delete from FOLDER_TABLE where id = ?";
+// version, predefined id, name (UTF-8), adopt type, trusty type, type extra, parent folder, expand type, order index
+// Kept: the two blanks before ORDER_INDEX.
+inline constexpr char kInsertFolder[] =
+    "INSERT into FOLDER_TABLE( VERSION , PREDEFINED_ID , FOLDER_NAME , ADOPT_TYPE , TRUSTY_TYPE , TYPE_EXTRA ,"
+    " PARENT_ID , EXPAND_TYPE,  ORDER_INDEX ) values (? , ? , ?, ?, ?, ?, ?, ?, ?)";
+// the nine of the insert, folder
+inline constexpr char kUpdateFolder[] =
+    "Update FOLDER_TABLE set VERSION = ?, PREDEFINED_ID = ?, FOLDER_NAME = ?, ADOPT_TYPE = ?, TRUSTY_TYPE = ?,"
+    " TYPE_EXTRA = ?, PARENT_ID = ?, EXPAND_TYPE = ?, ORDER_INDEX = ? where id = ?";
+// nothing
+inline constexpr char kLastFolder[] = "SELECT last_insert_rowid() FROM FOLDER_TABLE";
+
+// --- Items ---
+// current thumbnail frame, original thumbnail frame, bbid, type, name (UTF-8), description, annotation, file name
+// (UTF-8), attributes, template path, timestamp, film size, frame size, deletable, item GUID
+// Kept: FILM_SIZE stands before FRAME_SIZE here and behind it in the table.
+inline constexpr char kWriteItem[] =
+    "REPLACE into ITEM_TABLE( CUR_THUMB_FRAME_NUM, ORG_THUMB_FRAME_NUM, BBID, ITEM_TYPE, ITEM_NAME, DESCRIPTION,"
+    " ANNOTATION, FILE_NAME, ATTRIB, TEMPLATE_PATH, TIMESTAMP, FILM_SIZE, FRAME_SIZE, DELETABLE, ITEM_ID)"
+    " values (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)";
+// item GUID
+inline constexpr char kQueryItem[] = "Select * from ITEM_TABLE where ITEM_ID = ?";
+// name (UTF-8)
+inline constexpr char kQueryItemByName[] = "Select * from ITEM_TABLE where ITEM_NAME = ?";
+// item GUID
+inline constexpr char kDeleteItem[] = "Delete from ITEM_TABLE where ITEM_ID = ?";
+
+// --- Placements ---
+// item GUID, folder, index
+inline constexpr char kWriteRelation[] =
+    "REPLACE into RELATION_TABLE( ITEM_ID, PARENT_ID, ITEM_INDEX) values (?, ?, ?)";
+// folder
+inline constexpr char kQueryFolderItems[] = "Select * from RELATION_TABLE where PARENT_ID = ? order by ITEM_INDEX asc";
+// item GUID
+inline constexpr char kQueryItemRelations[] = "Select * from RELATION_TABLE where ITEM_ID = ?";
+// item GUID, folder
+inline constexpr char kDeleteRelation[] = "Delete from RELATION_TABLE where ITEM_ID = ? AND PARENT_ID = ?";
+// folder
+inline constexpr char kDeleteFolderRelations[] = "Delete from RELATION_TABLE where PARENT_ID = ?";
+
+// --- Payloads ---
+// raw size, compressed size or 0, bytes, kind, item GUID
+inline constexpr char kWriteCacheData[] =
+    "REPLACE into CACHE_DATA_TABLE( PRE_COMPRESSED_SIZE, COMPRESSED_SIZE, COMPRESSED_DATA, CACHE_DATA_TYPE, ITEM_ID)"
+    " values (?, ?, ?, ?, ?)";
+// item GUID, kind
+inline constexpr char kQueryCacheData[] = "Select * from CACHE_DATA_TABLE where ITEM_ID = ? AND CACHE_DATA_TYPE = ?";
+// kind
+inline constexpr char kQueryCacheDataByType[] = "Select * from CACHE_DATA_TABLE where CACHE_DATA_TYPE = ?";
+// item GUID, kind
+inline constexpr char kDeleteCacheData[] = "Delete from CACHE_DATA_TABLE where ITEM_ID = ? AND CACHE_DATA_TYPE = ?";
+// item GUID
+inline constexpr char kDeleteAllCacheData[] = "Delete from CACHE_DATA_TABLE where ITEM_ID = ?";
+
+// --- Tags of items, auto-loaded items ---
+// item GUID
+inline constexpr char kQueryItemTags[] = "Select * from TAG_ITEM_RELATION_TABLE where ITEM_GUID = ?";
+// folder, GUID (all zero for a file), path (empty for an item)
+inline constexpr char kWriteAutoLoaded[] =
+    "REPLACE into ITEM_AUTO_LOADED_TABLE( FOLDER_ID, ITEM_ID, FILE_PATH) values (?, ?, ?)";
+// folder, item GUID
+inline constexpr char kQueryAutoLoadedItem[] =
+    "Select * from ITEM_AUTO_LOADED_TABLE where FOLDER_ID = ? AND ITEM_ID = ?";
+// folder, path
+inline constexpr char kQueryAutoLoadedFile[] =
+    "Select * from ITEM_AUTO_LOADED_TABLE where FOLDER_ID = ? AND FILE_PATH = ?";
+
+// --- Shortcuts: narrower statements with the effect of a given one; DBToolsInternal::SetShortcuts ---
+// nothing; one row when some payload row has a kind other than 0, 1 and 2. The column is untyped: NULL, fractions,
+// texts and blobs count, and sort so that each of these looks is one step in the key.
+inline constexpr char kProbeOddCacheKinds[] =
+    "Select 1 where exists (select 1 from CACHE_DATA_TABLE where CACHE_DATA_TYPE is null)"
+    " or exists (select 1 from CACHE_DATA_TABLE where CACHE_DATA_TYPE < 0)"
+    " or exists (select 1 from CACHE_DATA_TABLE where CACHE_DATA_TYPE > 0 and CACHE_DATA_TYPE < 1)"
+    " or exists (select 1 from CACHE_DATA_TABLE where CACHE_DATA_TYPE > 1 and CACHE_DATA_TYPE < 2)"
+    " or exists (select 1 from CACHE_DATA_TABLE where CACHE_DATA_TYPE > 2)";
+// item GUID
+inline constexpr char kDeleteKnownCacheKinds[] =
+    "Delete from CACHE_DATA_TABLE where CACHE_DATA_TYPE in (0, 1, 2) AND ITEM_ID = ?";
+
+}  // namespace qfc::sql
