@@ -1,0 +1,99 @@
+#include "platform/os/Files.h"
+#include "platform/os/LastError.h"
+#include "tests/support/TempFolder.h"
+
+#include <csignal>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+namespace {
+
+using qfc::test::ReadFile;
+using qfc::test::TempFolder;
+using testing::UnorderedElementsAre;
+namespace fs = std::filesystem;
+
+TEST(CopyFileDurably, CopiesFilesLargerThanItsBuffer) {
+    const TempFolder folder;
+    std::string content;
+    for (int i = 0; i < 200000; ++i) content += static_cast<char>(i * 7 / 3);
+    const std::string source = folder.Write("source", content);
+    ASSERT_TRUE(qfc::CopyFileDurably(source, folder / "target"));
+    EXPECT_EQ(ReadFile(folder / "target"), content);
+    EXPECT_THAT(folder.Entries(), UnorderedElementsAre("source", "target"));
+}
+
+TEST(CopyFileDurably, ReadersOfTheOldTargetKeepIt) {
+    const TempFolder folder;
+    const std::string source = folder.Write("source", "new");
+    const std::string target = folder.Write("target", "old");
+    std::ifstream reader(target);
+    ASSERT_TRUE(qfc::CopyFileDurably(source, target));
+    std::string text;
+    reader >> text;
+    EXPECT_EQ(text, "old");
+    EXPECT_EQ(ReadFile(target), "new");
+}
+
+TEST(CopyFileDurably, FailureLeavesTheOldTargetAndNoTrace) {
+    const TempFolder folder;
+    const std::string target = folder.Write("target", "old");
+    EXPECT_FALSE(qfc::CopyFileDurably(folder / "missing", target));
+    EXPECT_FALSE(qfc::CopyFileDurably(folder.MakeFolder("sub"), target));
+    EXPECT_FALSE(qfc::CopyFileDurably(target, folder / "sub"));
+    EXPECT_EQ(ReadFile(target), "old");
+    EXPECT_THAT(folder.Entries(), UnorderedElementsAre("target", "sub"));
+    EXPECT_TRUE(fs::is_empty(folder / "sub"));
+}
+
+TEST(CopyFileDurably, WriteThatFailsHalfwayLeavesNoTrace) {
+    const TempFolder folder;
+    const std::string source = folder.Write("source", std::string(200000, 'x'));
+    const std::string target = folder.Write("target", "old");
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small{100000, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    const bool copied = qfc::CopyFileDurably(source, target);
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_FALSE(copied);
+    EXPECT_EQ(ReadFile(target), "old");
+    EXPECT_THAT(folder.Entries(), UnorderedElementsAre("source", "target"));
+}
+
+TEST(RenameDurably, ReplacesTheTarget) {
+    const TempFolder folder;
+    const std::string from = folder.Write("from", "new");
+    const std::string to = folder.Write("to", "old");
+    EXPECT_TRUE(qfc::RenameDurably(from, to));
+    EXPECT_EQ(ReadFile(to), "new");
+    EXPECT_THAT(folder.Entries(), UnorderedElementsAre("to"));
+}
+
+TEST(RenameDurably, FailsWithoutSourceOrTargetFolder) {
+    const TempFolder folder;
+    const std::string from = folder.Write("from", "x");
+    EXPECT_FALSE(qfc::RenameDurably(folder / "missing", folder / "to"));
+    EXPECT_FALSE(qfc::RenameDurably(from, folder / "missing/to"));
+    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+    EXPECT_THAT(folder.Entries(), UnorderedElementsAre("from"));
+}
+
+TEST(MakeFolders, MakesAllThatAreMissing) {
+    const TempFolder folder;
+    EXPECT_TRUE(qfc::MakeFolders(folder / "a/b/c/"));
+    EXPECT_TRUE(fs::is_directory(folder / "a/b/c"));
+    EXPECT_TRUE(qfc::MakeFolders(folder / "a/b/c"));
+}
+
+TEST(MakeFolders, FailsWhereAFileIsInTheWay) {
+    const TempFolder folder;
+    folder.Write("file", "");
+    EXPECT_FALSE(qfc::MakeFolders(folder / "file"));
+    EXPECT_FALSE(qfc::MakeFolders(folder / "file/sub"));
+}
+
+}  // namespace
