@@ -14,7 +14,6 @@ struct IStorage;
 namespace qfc {
 class FolderLoad;
 class FolderNumbers;
-class TreeWalk;
 }  // namespace qfc
 
 // A node of a gallery's tree: an ordered list of sub-folders, which it owns, and an ordered array of items, which it
@@ -90,7 +89,7 @@ public:
     // The topmost folder when it is a CQGallery, else null.
     CQFolder* GetRoot() const;
     // The nearest folder with a file path, this one included; without one the topmost folder.
-    CQFolder* GetFileRoot();
+    CQFolder* GetFileRoot() const;
     CQFolder* GetFirstSubFolder();
     CQFolder* GetNextSib();
     // The next folder in pre-order. Behind the last one comes the topmost folder.
@@ -241,7 +240,18 @@ protected:
 private:
     friend class qfc::FolderLoad;
     friend class qfc::FolderNumbers;
-    friend class qfc::TreeWalk;
+
+    ItemArray* NeedItemArray();
+    FolderList* NeedFolderList();
+    int RemoveAndRenumber(int nPosition, int bDelete);
+    // Notes that the item's number is among those a folder has counted, and returns it.
+    static DWORD CountNumberOf(CQItem& item);
+    void SaveOwnFile();
+    void DestroySubFolders();
+    void LetGoOfItems();
+    void EraseStoredData();
+    void EmptyOfItemsInDb();
+    void EndSubFolderInDb(CQFolder* pTaken, int nRowId);
 
     std::unique_ptr<qfc::FolderNumbers> m_pNumbers;  // Made when first needed: which numbers are in use.
 };

@@ -1,0 +1,166 @@
+#include "folders/CQFolder.h"
+
+#include "db/CurrentDBTools.h"
+#include "folders/FolderConstants.h"
+#include "folders/FolderNumbers.h"
+#include "folders/GalleryFile.h"
+#include "folders/Teardown.h"
+#include "folders/TreeChanges.h"
+#include "items/CQItem.h"
+
+#include <memory>
+#include <vector>
+
+IMPLEMENT_SERIAL(CQFolder, CObject, 1)
+
+CQFolder* CQFolder::m_pCurrentFolder = nullptr;
+IStorage* CQFolder::m_pCurrentFileStorage = nullptr;
+int CQFolder::m_bLoadBBNow = 0;
+
+CQFolder::CQFolder() = default;
+
+CQFolder::CQFolder(const CString& strName, DWORD dwTrusty, DWORD dwAdopt, DWORD dwExtra)
+    : m_dwExtra(dwExtra), m_strFolderName(strName), m_dwAdopt(dwAdopt), m_dwTrusty(dwTrusty) {}
+
+CQFolder::CQFolder(const CQFolder& source) : CObject(), CQFolderCtrl() { *this = source; }
+
+// taken                                           left as they are
+// parent, row number, DBTools                     file path, storage number, both counters
+// name, adopt, trusty, extra, expand status       subject, description, translated name
+// storages, writable; CQFolderCtrl's part         string id, index
+CQFolder& CQFolder::operator=(const CQFolder& source) {
+    if (this == &source) return *this;
+    Clear();
+    m_pParent = source.m_pParent;
+    m_strFolderName = source.m_strFolderName;
+    m_dwAdopt = source.m_dwAdopt;
+    m_dwTrusty = source.m_dwTrusty;
+    m_dwExtra = source.m_dwExtra;
+    m_pStorage = source.m_pStorage;
+    m_pFileStorage = source.m_pFileStorage;
+    // Kept: the second storage of a copy is the file storage of its source.
+    m_pSecondStorage = source.m_pFileStorage;
+    m_bWritable = source.m_bWritable;
+    m_nDBId = source.m_nDBId;
+    m_pDBTools = source.m_pDBTools;
+    m_bDeleted = 0;
+    _Copy(source);
+    return *this;
+}
+
+CQFolder::~CQFolder() { Clear(); }
+
+CQFolder::FolderList* CQFolder::GetFolderList() { return m_pFolderList.get(); }
+CQFolder::ItemArray* CQFolder::GetItemArray() { return m_pItemArray.get(); }
+
+CQFolder::FolderList* CQFolder::NeedFolderList() {
+    if (GetFolderList() == nullptr && m_pFolderList == nullptr) {
+        m_pFolderList = std::make_unique<FolderList>(10);
+        m_pFolderList->SetChangeCounter(&qfc::TreeChanges());
+    }
+    return GetFolderList();
+}
+
+CQFolder::ItemArray* CQFolder::NeedItemArray() {
+    if (GetItemArray() == nullptr && m_pItemArray == nullptr) m_pItemArray = std::make_unique<ItemArray>();
+    return GetItemArray();
+}
+
+int CQFolder::SetDBTools(DBTools* pTools) {
+    if (pTools == nullptr) return 0;
+    m_pDBTools = pTools;
+    return 1;
+}
+
+void CQFolder::SetItemArray(ItemArray* pItems) {
+    if (pItems == m_pItemArray.get()) return;
+    static_cast<void>(m_pItemArray.release());
+    m_pItemArray.reset(pItems);
+}
+
+int CQFolder::GetItemsCount() {
+    const ItemArray* items = GetItemArray();
+    return items != nullptr ? items->GetSize() : 0;
+}
+
+void CQFolder::SetStorageNumber(DWORD dwNumber) {
+    m_dwStorageNumber = dwNumber;
+    ++qfc::TreeChanges();
+}
+
+int CQFolder::CanMatchAdopt(DWORD dwMask) const { return dwMask != 0 && (m_dwAdopt & dwMask) == dwMask; }
+int CQFolder::CanMatchTrusty(DWORD dwMask) const { return (m_dwTrusty & dwMask) == dwMask; }
+
+int CQFolder::IsPredefinedFolder() const {
+    if (m_dwFolderID != 0) return 1;
+    return m_pParent != nullptr && qfc::IsTemplatesGallery(m_pParent->GetFolderID());
+}
+
+CString CQFolder::GetNameFormImportFolder(CString strList) {
+    CString last;
+    int position = 0;
+    for (CString name = strList.Tokenize("|", position); position != -1; name = strList.Tokenize("|", position)) {
+        name.Trim();
+        if (name.IsEmpty()) break;
+        last = name;
+    }
+    return last;
+}
+
+// A folder that is the root of a gallery file writes it before its content goes.
+void CQFolder::SaveOwnFile() {
+    if (m_strFilePath.IsEmpty() || m_bDeleted != 0) return;
+    qfc::GalleryFile* file = qfc::GalleryFileOf(*this);
+    if (file == nullptr) return;
+    if (FolderList* list = GetFolderList()) {
+        for (CQFolder* child : *list) {
+            if (child != nullptr) file->FlushFolder(*child);
+        }
+    }
+    file->SaveTreeAndClose(*this);
+}
+
+// Bottom-up without recursion, so that the depth of a tree cannot overflow the stack. A sub-folder with a file of its
+// own is destroyed whole: it saves its tree first.
+void CQFolder::DestroySubFolders() {
+    std::vector<CQFolder*> branch{this};
+    while (true) {
+        FolderList* list = branch.back()->GetFolderList();
+        if (list == nullptr || list->IsEmpty()) {
+            if (branch.size() == 1) break;
+            branch.pop_back();
+            FolderList* siblings = branch.back()->GetFolderList();
+            delete siblings->RemoveHead();
+            continue;
+        }
+        CQFolder* child = list->GetHead();
+        const bool filled = child != nullptr && child->GetFirstSubFolder() != nullptr;
+        if (filled && child->m_strFilePath.IsEmpty()) {
+            branch.push_back(child);
+        } else {
+            list->RemoveHead();
+            delete child;
+        }
+    }
+    m_pFolderList.reset();
+}
+
+// Items of a folder that belongs to another database than the current one are left alone.
+void CQFolder::LetGoOfItems() {
+    ItemArray* items = GetItemArray();
+    if (items == nullptr) return;
+    if (m_pDBTools == nullptr || qfc::IsCurrentDBTools(m_pDBTools)) {
+        qfc::Teardown teardown;
+        for (CQItem* item : *items) teardown.LetGo(item, *this);
+    }
+    items->RemoveAll();
+    m_pItemArray.reset();
+}
+
+void CQFolder::Clear() {
+    const qfc::Teardown teardown;
+    SaveOwnFile();
+    m_pAllSubItemArray.reset();
+    DestroySubFolders();
+    LetGoOfItems();
+}

@@ -1,0 +1,117 @@
+#include "db/DBTools.h"
+#include "folders/CQFolder.h"
+#include "folders/FolderNumbers.h"
+#include "folders/FolderPath.h"
+#include "folders/FolderWalk.h"
+#include "folders/GalleryOf.h"
+#include "folders/ImportPort.h"
+#include "items/CQGallery.h"
+#include "items/CQItem.h"
+#include "items/Handles.h"
+#include "items/ItemTypes.h"
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+namespace {
+
+bool Holds(const CQFolder::ItemArray* items, const CQItem* item) {
+    return items != nullptr && std::find(items->begin(), items->end(), item) != items->end();
+}
+
+// The payloads that are only in the item's own library are fetched, so that a full copy of it has them.
+void FetchPayloads(CQItem& item) {
+    if (item.fnGetDbTools() == nullptr) return;
+    for (const int kind : {qfc::kBlackBox, qfc::kBitmapCache, qfc::kFilm}) {
+        if (item.PayloadInMemory(kind).empty()) item.LoadCacheDataFromDb(static_cast<DWORD>(kind));
+    }
+}
+
+}  // namespace
+
+int CQFolder::AddItemDb(CQItem* pItem, int bWriteDb) {
+    CQGallery* gallery = qfc::GalleryOf(*this);
+    ItemArray* items = pItem != nullptr && gallery != nullptr ? NeedItemArray() : nullptr;
+    if (items == nullptr || HasItem(pItem->GetUniqueID(), 0) != 0) return 0;
+    pItem->fnSetDbTools(m_pDBTools);
+    if (bWriteDb != 0) {
+        // A folder without a row takes nothing: the placement would belong to no folder.
+        if (m_nDBId == -1 || m_pDBTools == nullptr || !m_pDBTools->AddItemDb(pItem, this, items->GetSize())) return 0;
+        if (gallery->AddItem2Map(pItem, qfc::ToHandle(this)) == 0) return 0;
+    }
+    items->Add(pItem);
+    qfc::FolderNumbers::NoteAppended(*this, *items, *pItem);
+    pItem->SetParentFolder(this);
+    m_dwAdopt |= pItem->GetItemType();
+    return 1;
+}
+
+int CQFolder::AddItemFromImportLib(CQItem* pItem) {
+    CQGallery* gallery = qfc::GalleryOf(*this);
+    const qfc::ImportPort add = qfc::CurrentImportPort();
+    if (pItem == nullptr || gallery == nullptr || add == nullptr) return 0;
+    const std::vector<CString> paths{qfc::FolderPathText(this)};
+    const ULONGLONG handle = qfc::ToHandle(gallery);
+    CQItem* existing = nullptr;
+    if (gallery->IsItemInFolder(gallery, pItem, existing, 1) != 0) {
+        CQItem* held = nullptr;
+        return IsItemInFolder(this, pItem, held, 0) != 0 ? 0 : add(handle, paths, existing);
+    }
+    FetchPayloads(*pItem);
+    auto copy = std::make_unique<CQItem>();
+    copy->Copy(pItem, qfc::copy_mask::kAll);
+    copy->SetParentFolder(this);
+    copy->SetUniqueID(pItem->GetUniqueID());
+    const int added = add(handle, paths, copy.get());
+    // The service answers 1 also when the folder did not take the item; then it is still ours.
+    if (added != 0 && Holds(GetItemArray(), copy.get())) static_cast<void>(copy.release());
+    return added;
+}
+
+int CQFolder::RemoveItemDB(GUID guid, int bRecursive) {
+    CQGallery* gallery = qfc::GalleryOf(*this);
+    if (m_nDBId < 0 || m_pDBTools == nullptr || gallery == nullptr) return 0;
+    if (bRecursive != 0) {
+        for (CQFolder* folder : qfc::SubtreeOf(*gallery)) {
+            if (folder->HasItem(guid, 0) != 0) folder->RemoveItemDB(guid, 0);
+        }
+        return 1;
+    }
+    ItemArray* items = GetItemArray();
+    const int count = items != nullptr ? items->GetSize() : 0;
+    for (int position = 0; position < count; ++position) {
+        CQItem* item = items->GetAt(position);
+        if (item == nullptr || !(item->GetUniqueID() == guid)) continue;
+        items->RemoveAt(position);
+        gallery->RemoveItemFromMap(item, qfc::ToHandle(this));
+        return m_pDBTools->DeleteItemFromFolder(guid, m_nDBId);
+    }
+    return 0;
+}
+
+int CQFolder::UpdateItemDB(const CQItem* pSource, const GUID& guid, DWORD dwFlags) {
+    if (pSource == nullptr) return 0;
+    for (CQFolder* folder : qfc::UntilBackAt(*this)) {
+        const ItemArray* items = folder->GetItemArray();
+        if (items == nullptr) continue;
+        for (CQItem* item : *items) {
+            if (item == nullptr || !(item->GetUniqueID() == guid)) continue;
+            item->TryLoadBB();
+            item->Copy(pSource, dwFlags);
+            return item->UpdateItemDB();
+        }
+    }
+    return 1;
+}
+
+int CQFolder::ReOrderItemsDb(int nFirst, int nCount) {
+    const ItemArray* items = GetItemArray();
+    if (items == nullptr) return 0;
+    const int end = nCount == -1 ? items->GetSize() : std::min(nCount, items->GetSize());
+    for (int position = std::max(nFirst, 0); position < end; ++position) {
+        CQItem* item = items->GetAt(position);
+        if (item != nullptr && m_pDBTools != nullptr) m_pDBTools->ReOrderItemsDb(item, this, position);
+    }
+    return 1;
+}

@@ -1,0 +1,11 @@
+#pragma once
+
+class CQFolder;
+class CQGallery;
+
+namespace qfc {
+
+// The gallery at the root of the folder's tree, or null.
+CQGallery* GalleryOf(const CQFolder& folder);
+
+}  // namespace qfc
