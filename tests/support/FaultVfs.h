@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+namespace qfc::test {
+
+// A file system for SQLite that fails on demand. While it lives it is the process's default, so every connection opened
+// then goes through it; all of them must be closed before it dies. Counted are the calls that change a file: write,
+// sync, truncate and delete. A failing call changes nothing. For one thread.
+class FaultVfs {
+public:
+    FaultVfs();
+    ~FaultVfs();
+    FaultVfs(const FaultVfs&) = delete;
+    FaultVfs& operator=(const FaultVfs&) = delete;
+
+    // The n-th counted call from now on fails, counting from 1; sticky: and all that follow, until Heal.
+    void FailAt(int n, bool sticky);
+    // The disk takes this many more bytes: a write that needs more fails as on a full disk. Deleting and truncating
+    // give bytes back.
+    void LimitSpace(std::int64_t bytes);
+    // Nothing fails any more.
+    void Heal();
+
+    // Counted calls since the last FailAt, LimitSpace or Heal.
+    int Calls() const;
+    // Whether a call has failed since then.
+    bool HasFailed() const;
+
+    struct State;
+
+private:
+    std::unique_ptr<State> m_state;
+};
+
+}  // namespace qfc::test
