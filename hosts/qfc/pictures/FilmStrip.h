@@ -1,0 +1,22 @@
+#pragma once
+
+#include "hosts/qfc/pictures/Picture.h"
+
+#include <string>
+#include <vector>
+
+namespace qfc::host {
+
+// The frames of a film as a strip of celluloid. Functions without state; any thread.
+struct FilmStrip {
+    std::string title;  // printed on the edge of the strip
+    std::vector<Picture> frames;
+    std::vector<std::string> captions;  // under the frames, on the edge: one each, or none
+};
+
+PictureSize FilmStripSize(const FilmStrip& strip);
+
+// Side by side, in several strips when there are many. Throws PictureError, also for a strip without frames.
+void WriteFilmStrip(const FilmStrip& strip, const std::string& path);
+
+}  // namespace qfc::host
