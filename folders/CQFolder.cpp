@@ -150,15 +150,14 @@ void CQFolder::LetGoOfItems() {
     ItemArray* items = GetItemArray();
     if (items == nullptr) return;
     if (m_pDBTools == nullptr || qfc::IsCurrentDBTools(m_pDBTools)) {
-        qfc::Teardown teardown;
-        for (CQItem* item : *items) teardown.LetGo(item, *this);
+        for (CQItem* item : *items) qfc::Teardown::LetGo(item, *this);
     }
     items->RemoveAll();
     m_pItemArray.reset();
 }
 
 void CQFolder::Clear() {
-    const qfc::Teardown teardown;
+    const qfc::Teardown teardown(*this);
     SaveOwnFile();
     m_pAllSubItemArray.reset();
     DestroySubFolders();

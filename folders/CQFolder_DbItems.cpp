@@ -5,6 +5,7 @@
 #include "folders/FolderWalk.h"
 #include "folders/GalleryOf.h"
 #include "folders/ImportPort.h"
+#include "folders/Teardown.h"
 #include "items/CQGallery.h"
 #include "items/CQItem.h"
 #include "items/Handles.h"
@@ -85,6 +86,7 @@ int CQFolder::RemoveItemDB(GUID guid, int bRecursive) {
         if (item == nullptr || !(item->GetUniqueID() == guid)) continue;
         items->RemoveAt(position);
         gallery->RemoveItemFromMap(item, qfc::ToHandle(this));
+        qfc::PassOnParenthood(*gallery, guid, *this);
         return m_pDBTools->DeleteItemFromFolder(guid, m_nDBId);
     }
     return 0;

@@ -55,7 +55,7 @@ void CQFolder::EmptyOfItemsInDb() {
         if (item != nullptr) RemoveItemDB(item->GetUniqueID(), 0);
         if (items->GetSize() < before) continue;
         items->RemoveAt(0);
-        if (m_pDBTools == nullptr || qfc::IsCurrentDBTools(m_pDBTools)) qfc::Teardown().LetGo(item, *this);
+        if (m_pDBTools == nullptr || qfc::IsCurrentDBTools(m_pDBTools)) qfc::Teardown::LetGo(item, *this);
     }
 }
 

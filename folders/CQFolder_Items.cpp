@@ -3,6 +3,7 @@
 #include "folders/FolderNumbers.h"
 #include "folders/GalleryFile.h"
 #include "folders/GalleryOf.h"
+#include "folders/Teardown.h"
 #include "items/CQGallery.h"
 #include "items/CQItem.h"
 #include "items/Handles.h"
@@ -106,7 +107,11 @@ int CQFolder::DeleteItemEx(CQItem* pItem, IStorage* /*pStorage*/) {
     if (qfc::GalleryFile* file = qfc::GalleryFileOf(*this)) done = file->DeleteItemStreams(*this, *pItem);
     CQGallery* gallery = qfc::GalleryOf(*this);
     const bool taken = gallery != nullptr && gallery->RemoveItemFromMap(pItem, qfc::ToHandle(this)) != 0;
-    if (!taken) delete pItem;
+    if (taken) {
+        qfc::PassOnParenthood(*gallery, guid, *this);
+    } else {
+        delete pItem;
+    }
     if (m_nDBId != -1 && m_pDBTools != nullptr && !m_pDBTools->DeleteItemFromFolder(guid, m_nDBId)) return 0;
     return done;
 }

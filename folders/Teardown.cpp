@@ -1,5 +1,6 @@
 #include "folders/Teardown.h"
 
+#include "folders/FolderWalk.h"
 #include "folders/GalleryOf.h"
 #include "items/CQGallery.h"
 #include "items/CQItem.h"
@@ -8,10 +9,23 @@
 namespace qfc {
 
 namespace {
+
 thread_local Teardown* t_outermost = nullptr;
+
+// The first folder of the item's parent list that the test accepts. Handles are only compared here: a folder may be
+// gone without its gallery having been told.
+template <class IsAlive>
+CQFolder* FirstHolder(const CQGallery& gallery, const GUID& guid, IsAlive&& isAlive) {
+    for (const ULONGLONG handle : gallery.GetItemParentList(guid)) {
+        CQFolder* holder = AsFolder(handle);
+        if (isAlive(holder)) return holder;
+    }
+    return nullptr;
 }
 
-Teardown::Teardown() : m_outer(t_outermost) {
+}  // namespace
+
+Teardown::Teardown(CQFolder& cleared) : m_cleared(cleared), m_outer(t_outermost) {
     if (t_outermost == nullptr) t_outermost = this;
 }
 
@@ -20,18 +34,45 @@ Teardown::~Teardown() {
 }
 
 void Teardown::LetGo(CQItem* item, CQFolder& folder) {
-    auto& gone = t_outermost->m_gone;
-    if (item == nullptr || gone.contains(item)) return;
+    const Teardown here(folder);
+    t_outermost->LetGoOnce(item, folder);
+}
+
+void Teardown::LetGoOnce(CQItem* item, CQFolder& folder) {
+    if (item == nullptr || m_gone.contains(item)) return;
     const GUID guid = item->GetUniqueID();  // The item may die in the next call.
     CQGallery* gallery = GalleryOf(folder);
-    if (gallery != nullptr && gallery->RemoveItemFromMap(item, ToHandle(&folder)) != 0) {
-        CQItem* canonical = nullptr;
-        const bool alive = gallery->IsItemHasParentByGuid(guid, canonical) != 0 && canonical == item;
-        if (!alive) gone.insert(item);
+    if (gallery == nullptr || gallery->RemoveItemFromMap(item, ToHandle(&folder)) == 0) {
+        m_gone.insert(item);
+        delete item;
         return;
     }
-    gone.insert(item);
-    delete item;
+    CQItem* canonical = nullptr;
+    if (gallery->IsItemHasParentByGuid(guid, canonical) == 0 || canonical != item) {
+        m_gone.insert(item);
+    } else if (item->GetParentFolder() == &folder) {
+        item->SetParentFolder(SurvivorHolding(*gallery, guid));
+    }
+}
+
+// Null while a whole tree goes: then nobody survives.
+CQFolder* Teardown::SurvivorHolding(CQGallery& gallery, const GUID& guid) {
+    if (m_cleared.IsRoot()) return nullptr;
+    if (!m_survivors) {
+        m_survivors.emplace();
+        for (const CQFolder* folder : SubtreeOf(gallery)) {
+            if (folder->IsSubfolderOf(&m_cleared) == 0) m_survivors->insert(folder);
+        }
+    }
+    return FirstHolder(gallery, guid, [this](const CQFolder* holder) { return m_survivors->contains(holder); });
+}
+
+void PassOnParenthood(CQGallery& gallery, const GUID& guid, const CQFolder& former) {
+    CQItem* item = nullptr;
+    if (gallery.IsItemHasParentByGuid(guid, item) == 0 || item->GetParentFolder() != &former) return;
+    item->SetParentFolder(FirstHolder(gallery, guid, [&](const CQFolder* holder) {
+        return holder != &former && gallery.IsSubFolderValid(holder) != 0;
+    }));
 }
 
 }  // namespace qfc

@@ -1,8 +1,12 @@
 #pragma once
 
+#include "platform/framework/Guid.h"
+
+#include <optional>
 #include <unordered_set>
 
 class CQFolder;
+class CQGallery;
 class CQItem;
 
 namespace qfc {
@@ -12,17 +16,28 @@ namespace qfc {
 // stack by every Clear; nested ones share the outermost one's memory. One thread.
 class Teardown {
 public:
-    Teardown();
+    explicit Teardown(CQFolder& cleared);
     ~Teardown();
     Teardown(const Teardown&) = delete;
     Teardown& operator=(const Teardown&) = delete;
 
     // The folder's gallery takes the item back; the item is destroyed when there is no gallery or it does not know it.
-    void LetGo(CQItem* item, CQFolder& folder);
+    // An item that lives on in other folders no longer has this one as its parent.
+    static void LetGo(CQItem* item, CQFolder& folder);
 
 private:
+    void LetGoOnce(CQItem* item, CQFolder& folder);
+    CQFolder* SurvivorHolding(CQGallery& gallery, const GUID& guid);
+
+    CQFolder& m_cleared;
     Teardown* const m_outer;
-    std::unordered_set<const CQItem*> m_gone;  // Addresses only. Of the outermost one.
+    // Of the outermost one; addresses only.
+    std::unordered_set<const CQItem*> m_gone;
+    std::optional<std::unordered_set<const CQFolder*>> m_survivors;  // Folders outside what is cleared; when needed.
 };
+
+// Called when the gallery has taken an item out of the folder: if it lives on in others, the first of those becomes its
+// parent in place of this folder.
+void PassOnParenthood(CQGallery& gallery, const GUID& guid, const CQFolder& former);
 
 }  // namespace qfc
