@@ -4,7 +4,6 @@
 #include "platform/text/CodePages.h"
 
 #include <gtest/gtest.h>
-
 #include <span>
 
 namespace {
