@@ -1,0 +1,226 @@
+#include "db/CppSQLite3Query.h"
+
+#include "tests/db/AccessLayerTest.h"
+#include "tests/support/RawDb.h"
+
+#include <sqlite3.h>
+
+namespace {
+
+using qfc::test::AccessLayerTest;
+using qfc::test::ErrorOf;
+using qfc::test::RawDb;
+
+constexpr char kNullMachine[] = "CPPSQLITE_ERROR[1000]: Null Virtual Machine pointer";
+constexpr char kBadIndex[] = "CPPSQLITE_ERROR[1000]: Invalid field index requested";
+constexpr char kBadName[] = "CPPSQLITE_ERROR[1000]: Invalid field name requested";
+
+enum class Rows { kLive, kDetached };
+
+// Everything a reader sees is the same, whether the statement is alive or its rows were taken into memory.
+class CppSQLite3QueryTest : public AccessLayerTest, public testing::WithParamInterface<Rows> {
+protected:
+    CppSQLite3Query Query(const char* sql) {
+        CppSQLite3Query query = m_db.execQuery(sql);
+        if (GetParam() == Rows::kDetached) query.detach();
+        return query;
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Rows, CppSQLite3QueryTest, testing::Values(Rows::kLive, Rows::kDetached),
+                         [](const auto& rows) { return rows.param == Rows::kLive ? "Live" : "Detached"; });
+
+TEST(CppSQLite3QueryEmpty, IsAtTheEndAndHasNoRow) {
+    CppSQLite3Query query;
+    EXPECT_TRUE(query.eof());
+    EXPECT_EQ(ErrorOf([&] { query.nextRow(); }), kNullMachine);
+    EXPECT_EQ(ErrorOf([&] { query.getIntField(0); }), kNullMachine);
+    EXPECT_EQ(ErrorOf([&] { query.fieldIndex("N"); }), kNullMachine);
+    EXPECT_EQ(ErrorOf([&] { query.detach(); }), kNullMachine);
+    EXPECT_NO_THROW(query.finalize());
+}
+
+TEST_P(CppSQLite3QueryTest, WalksRowsToTheEnd) {
+    CppSQLite3Query query = Query("select 1 as N union all select 2 union all select 3");
+    std::string seen;
+    for (; !query.eof(); query.nextRow()) seen += query.getStringField("N");
+    EXPECT_EQ(seen, "123");
+}
+
+TEST_P(CppSQLite3QueryTest, WithoutRowsIsAtTheEndWithItsColumns) {
+    CppSQLite3Query query = Query("select N, S from T");
+    EXPECT_TRUE(query.eof());
+    EXPECT_EQ(query.fieldIndex("S"), 1);
+    EXPECT_EQ(query.fieldType(1), 5);
+    EXPECT_EQ(query.getIntField(0, 7), 7);
+    int length = 5;
+    EXPECT_EQ(query.getBlobField(0, length), nullptr);
+    EXPECT_EQ(length, 0);
+    EXPECT_NO_THROW(query.finalize());
+}
+
+TEST_P(CppSQLite3QueryTest, NullReadsAsTheCallersValue) {
+    CppSQLite3Query query = Query("select NULL as N");
+    EXPECT_EQ(query.getIntField(0, -1), -1);
+    EXPECT_EQ(query.getIntField("N", -1), -1);
+    EXPECT_STREQ(query.getStringField(0, "none"), "none");
+    EXPECT_STREQ(query.getStringField("N", "none"), "none");
+    EXPECT_EQ(query.getStringField(0, nullptr), nullptr);
+    EXPECT_EQ(query.fieldType(0), 5);
+}
+
+TEST_P(CppSQLite3QueryTest, TypesAreSqlites) {
+    CppSQLite3Query query = Query("select 1, 1.5, 'x', x'01', NULL");
+    for (int field = 0; field < 5; ++field) EXPECT_EQ(query.fieldType(field), field + 1);
+}
+
+TEST_P(CppSQLite3QueryTest, ValuesConvertAsSqliteDoes) {
+    CppSQLite3Query query = Query("select 2.9, '12abc', 42, x'41004200', 4294967295, 1.5");
+    EXPECT_EQ(query.getIntField(0), 2);
+    EXPECT_EQ(query.getIntField(1), 12);
+    EXPECT_STREQ(query.getStringField(2), "42");
+    EXPECT_STREQ(query.getStringField(3), "AB");  // Taken as text in the file's encoding.
+    EXPECT_EQ(query.getIntField(4), -1);
+    EXPECT_STREQ(query.getStringField(5), "1.5");
+}
+
+TEST_P(CppSQLite3QueryTest, TextSurvivesTheFilesEncoding) {
+    Run("INSERT INTO T(S) VALUES('Größe ☃')");
+    CppSQLite3Query query = Query("select S from T");
+    EXPECT_STREQ(query.getStringField(0), "Größe ☃");
+    int length = 0;
+    const auto* bytes = reinterpret_cast<const char*>(query.getBlobField(0, length));
+    EXPECT_EQ(std::string(bytes, static_cast<std::size_t>(length)), "Größe ☃");
+}
+
+TEST_P(CppSQLite3QueryTest, BlobsComeWithTheirLength) {
+    CppSQLite3Query query = Query("select x'00FF00' as B, x'' as E, NULL as Z");
+    int length = -1;
+    const unsigned char* bytes = query.getBlobField("B", length);
+    ASSERT_EQ(length, 3);
+    EXPECT_EQ(bytes[1], 255);
+    EXPECT_EQ(query.getBlobField("E", length), nullptr);
+    EXPECT_EQ(length, 0);
+    length = 9;
+    EXPECT_EQ(query.getBlobField(2, length), nullptr);
+    EXPECT_EQ(length, 0);
+}
+
+TEST_P(CppSQLite3QueryTest, IndexOutsideTheColumnsThrows) {
+    CppSQLite3Query query = Query("select 1, 2");
+    int length = 0;
+    EXPECT_EQ(ErrorOf([&] { query.getIntField(2); }), kBadIndex);
+    EXPECT_EQ(ErrorOf([&] { query.getIntField(-1); }), kBadIndex);
+    EXPECT_EQ(ErrorOf([&] { query.fieldType(2); }), kBadIndex);
+    EXPECT_EQ(ErrorOf([&] { query.getStringField(2); }), kBadIndex);
+    EXPECT_EQ(ErrorOf([&] { query.getBlobField(2, length); }), kBadIndex);
+}
+
+TEST_P(CppSQLite3QueryTest, NamesAreExactAndTheFirstMatchWins) {
+    CppSQLite3Query query = Query("select 1 as A, 2 as B, 3 as A");
+    EXPECT_EQ(query.fieldIndex("A"), 0);
+    EXPECT_EQ(query.fieldIndex("B"), 1);
+    EXPECT_EQ(ErrorOf([&] { query.fieldIndex("b"); }), kBadName);
+    EXPECT_EQ(ErrorOf([&] { query.fieldIndex("A "); }), kBadName);
+    EXPECT_EQ(ErrorOf([&] { query.fieldIndex(nullptr); }), kBadName);
+    int length = 0;
+    EXPECT_EQ(ErrorOf([&] { query.getIntField("C"); }), kBadName);
+    EXPECT_EQ(ErrorOf([&] { query.getStringField("C"); }), kBadName);
+    EXPECT_EQ(ErrorOf([&] { query.getBlobField("C", length); }), kBadName);
+}
+
+TEST_P(CppSQLite3QueryTest, FinalisedHasNoRowAndCanBeFinalisedAgain) {
+    CppSQLite3Query query = Query("select 1");
+    query.finalize();
+    EXPECT_EQ(ErrorOf([&] { query.getIntField(0); }), kNullMachine);
+    EXPECT_EQ(ErrorOf([&] { query.nextRow(); }), kNullMachine);
+    EXPECT_NO_THROW(query.finalize());
+}
+
+TEST_P(CppSQLite3QueryTest, MovingTakesTheRowAndEmptiesTheSource) {
+    CppSQLite3Query source = Query("select 5 as N union all select 6");
+    CppSQLite3Query target = Query("select 1");
+    target = std::move(source);
+    EXPECT_EQ(target.getIntField("N"), 5);
+    CppSQLite3Query last(std::move(target));
+    last.nextRow();
+    EXPECT_EQ(last.getIntField("N"), 6);
+    EXPECT_EQ(ErrorOf([&] { target.getIntField(0); }), kNullMachine);  // NOLINT: looks at the emptied source
+    last.finalize();
+    EXPECT_EQ(sqlite3_next_stmt(m_db.handle(), nullptr), nullptr);
+}
+
+TEST_P(CppSQLite3QueryTest, MovingIntoItselfChangesNothing) {
+    CppSQLite3Query query = Query("select 5");
+    CppSQLite3Query& same = query;
+    query = std::move(same);
+    EXPECT_EQ(query.getIntField(0), 5);
+}
+
+// The second row cannot be computed.
+constexpr char kFailsAtItsSecondRow[] =
+    "select 1 union all select abs(-9223372036854775807 - (select count(*) from sqlite_master))";
+
+using CppSQLite3QueryFailing = AccessLayerTest;
+
+TEST_F(CppSQLite3QueryFailing, FailedStepTakesTheStatementAway) {
+    CppSQLite3Query query = m_db.execQuery(kFailsAtItsSecondRow);
+    EXPECT_EQ(ErrorOf([&] { query.nextRow(); }), "SQLITE_ERROR[1]: integer overflow");
+    EXPECT_EQ(ErrorOf([&] { query.nextRow(); }), kNullMachine);
+    EXPECT_EQ(ErrorOf([&] { query.getIntField(0); }), kNullMachine);
+    EXPECT_EQ(sqlite3_next_stmt(m_db.handle(), nullptr), nullptr);
+}
+
+TEST_F(CppSQLite3QueryFailing, DetachReportsARowThatCannotBeRead) {
+    CppSQLite3Query query = m_db.execQuery(kFailsAtItsSecondRow);
+    EXPECT_EQ(ErrorOf([&] { query.detach(); }), "SQLITE_ERROR[1]: integer overflow");
+    EXPECT_EQ(ErrorOf([&] { query.getIntField(0); }), kNullMachine);
+    EXPECT_EQ(sqlite3_next_stmt(m_db.handle(), nullptr), nullptr);
+}
+
+using CppSQLite3QueryDetached = AccessLayerTest;
+
+TEST_F(CppSQLite3QueryDetached, HoldsNothingOfTheDatabase) {
+    Run("INSERT INTO T(N) VALUES(1), (2)");
+    CppSQLite3Query query = m_db.execQuery("select N from T");
+    query.detach();
+    RawDb(m_path).Exec("DELETE FROM T");
+    EXPECT_NO_THROW(m_db.close());
+    query.nextRow();
+    EXPECT_EQ(query.getIntField("N"), 2);
+    query.nextRow();
+    EXPECT_TRUE(query.eof());
+}
+
+TEST_F(CppSQLite3QueryDetached, TakesTheCurrentRowAndThoseBehindIt) {
+    CppSQLite3Query query = m_db.execQuery("select 1 union all select 2 union all select 3");
+    query.nextRow();
+    query.detach();
+    EXPECT_EQ(query.getIntField(0), 2);
+    query.detach();
+    EXPECT_EQ(query.getIntField(0), 2);
+    query.nextRow();
+    EXPECT_EQ(query.getIntField(0), 3);
+}
+
+TEST_F(CppSQLite3QueryDetached, StaysAtTheEnd) {
+    CppSQLite3Query query = m_db.execQuery("select 1");
+    query.detach();
+    query.nextRow();
+    query.nextRow();
+    EXPECT_TRUE(query.eof());
+    EXPECT_EQ(query.getIntField(0, -9), -9);
+}
+
+TEST_F(CppSQLite3QueryDetached, FreesEachRowAsTheCursorPassesIt) {
+    CppSQLite3Query query = m_db.execQuery(
+        "with recursive R(I) as (select 1 union all select I + 1 from R where I < 8) select zeroblob(1000000) || I"
+        " from R");
+    query.detach();
+    for (sqlite3_int64 before = sqlite3_memory_used(); !query.eof(); before = sqlite3_memory_used()) {
+        query.nextRow();
+        EXPECT_LT(sqlite3_memory_used(), before);
+    }
+}
+
+}  // namespace
