@@ -1,0 +1,245 @@
+#include "hosts/qfc/cli/CommandLine.h"
+
+#include "hosts/qfc/cli/Exit.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <map>
+#include <utility>
+
+namespace qfc::host {
+namespace {
+
+constexpr const char* kGalleryHelp = "Gallery by id or name (default: Media)";
+constexpr const char* kItemHelp = "Item: a path below the gallery (A\\B\\name) or a GUID";
+constexpr const char* kFolderHelp = "Folder: a path below the gallery (A\\B, or A/B) or #row";
+
+const std::map<std::string, SortKey> kSortKeys{
+    {"name", SortKey::Name}, {"date", SortKey::Date}, {"kind", SortKey::Kind}};
+
+// CLI11 takes "[a,b]" apart into several values; a file may be called so.
+CLI::Option* Literal(CLI::Option* option) { return option->allow_extra_args(false); }
+
+void AddSortKey(CLI::App& app, const std::string& flags, std::optional<SortKey>& key, const std::string& help) {
+    app.add_option_function<std::string>(
+           flags, [&key](const std::string& text) { key = kSortKeys.at(text); }, help)
+        ->type_name("name|date|kind")
+        ->check(CLI::IsMember({"name", "date", "kind"}));
+}
+
+// Builds the parser and keeps the options it writes to while it runs.
+class Parser {
+public:
+    Parser() : m_app("Keeps a library of media: imports, shows, finds, orders, draws and exports it.", "qfc") {
+        m_app.require_subcommand(1);
+        m_app.fallthrough();
+        m_app.footer(
+            "Example:\n  qfc import ~/Pictures && qfc tree\n\nExit: 0 done, 1 failed or nothing found, 2 wrong usage.");
+        m_app.add_option("--data-dir", m_global.dataDir, "Folder of the library (default: the user's data folder)")
+            ->type_name("DIR");
+        m_app.add_flag("--json", m_global.json, "Print results for machines");
+        m_app.add_flag("--quiet", m_global.quiet, "Print only what was asked for, and errors");
+        AddImporting();
+        AddLooking();
+        AddGalleries();
+        AddFolders();
+        AddItems();
+        AddPictures();
+        AddWholeLibrary();
+    }
+
+    std::variant<Invocation, LeaveNow> Read(int argc, const char* const* argv) {
+        try {
+            m_app.parse(argc, argv);
+            for (const auto& [app, take] : m_commands) {
+                if (app->parsed()) return Invocation{m_global, take()};
+            }
+            return LeaveNow{kWrongUsage, "no command given"};
+        } catch (const CLI::Success&) {
+            return LeaveNow{kDone, DeepestParsed()->help()};
+        } catch (const CLI::ParseError& error) {
+            return LeaveNow{kWrongUsage, OneLine(error.what()) + " (see " + Name(DeepestParsed()) + " --help)"};
+        } catch (const WrongUsage& error) {
+            return LeaveNow{kWrongUsage, OneLine(error.what()) + " (see " + Name(DeepestParsed()) + " --help)"};
+        }
+    }
+
+private:
+    // A command whose options live as long as the parser.
+    template <class Options>
+    std::pair<CLI::App*, Options*> Add(CLI::App& parent, const std::string& name, const std::string& help,
+                                       const std::string& example, void (*check)(const Options&) = nullptr) {
+        auto options = std::make_shared<Options>();
+        CLI::App* app = parent.add_subcommand(name, help);
+        app->footer("Example:\n  qfc " + example);
+        m_commands.emplace_back(app, [options, check]() -> Command {
+            if (check != nullptr) check(*options);
+            return *options;
+        });
+        return {app, options.get()};
+    }
+
+    template <class Options>
+    static void AddGallery(CLI::App* app, Options* options, const std::string& help = kGalleryHelp) {
+        app->add_option("--gallery", options->gallery, help)->type_name("ID|NAME");
+    }
+    static CLI::Option* AddPlace(CLI::App* app, const std::string& name, std::string& value, const std::string& help) {
+        return app->add_option(name, value, help)->required()->type_name("");
+    }
+
+    void AddImporting() {
+        auto [app, options] = Add<ImportOptions>(m_app, "import", "Add media files; directories become folders",
+                                                 "import holiday.mp4 ~/Pictures --folder \"2024\\Summer\"");
+        Literal(app->add_option("PATH", options->paths, "Files and directories")->required()->type_name(""));
+        AddGallery(app, options);
+        app->add_option("--folder", options->folder, "Folder to import into; made when missing")->type_name("A\\B");
+    }
+
+    void AddLooking() {
+        auto [tree, treeOptions] = Add<TreeOptions>(m_app, "tree", "Show folders and items", "tree --gallery Sounds");
+        AddGallery(tree, treeOptions);
+
+        auto [list, listOptions] = Add<ListOptions>(m_app, "ls", "List a folder; unsorted is the stored order",
+                                                    "ls \"2024\\Summer\" --sort date --desc");
+        AddPlace(list, "FOLDER", listOptions->folder, kFolderHelp);
+        AddGallery(list, listOptions);
+        AddSortKey(*list, "--sort", listOptions->sort, "Sort what is shown");
+        list->add_flag("--desc", listOptions->descending, "Last first");
+
+        auto [show, showOptions] =
+            Add<ShowOptions>(m_app, "show", "Show everything known of an item", "show \"Imported\\holiday.mp4\"");
+        AddPlace(show, "ITEM", showOptions->item, kItemHelp);
+        AddGallery(show, showOptions);
+
+        auto [find, findOptions] =
+            Add<FindOptions>(m_app, "find", "Find items by a part of their name", "find holiday --description");
+        AddPlace(find, "TEXT", findOptions->text, "Text to look for, in either case");
+        find->add_flag("--description", findOptions->description, "Look in descriptions too");
+        find->add_flag("--annotation", findOptions->annotation, "Look in annotations too");
+        AddGallery(find, findOptions, "Only this gallery, by id or name (default: all)");
+    }
+
+    void AddGalleries() {
+        CLI::App* gallery = m_app.add_subcommand("gallery", "Create, list and remove galleries");
+        gallery->require_subcommand(1);
+        gallery->footer("Example:\n  qfc gallery create Holidays");
+        auto [create, createOptions] =
+            Add<GalleryCreateOptions>(*gallery, "create", "Create a gallery of your own", "gallery create Holidays");
+        AddPlace(create, "NAME", createOptions->name, "Name of the new gallery");
+        Add<GalleryListOptions>(*gallery, "list", "List the galleries", "gallery list");
+        auto [remove, removeOptions] = Add<GalleryRemoveOptions>(
+            *gallery, "rm", "Remove a gallery with all its folders and items", "gallery rm Holidays");
+        AddPlace(remove, "ID|NAME", removeOptions->gallery, "The gallery, by id or name");
+    }
+
+    void AddFolders() {
+        auto [make, makeOptions] =
+            Add<MakeFolderOptions>(m_app, "mkdir", "Make a folder and those above it", "mkdir \"2024\\Summer\"");
+        AddPlace(make, "FOLDER", makeOptions->folder, "Path of the new folder below the gallery");
+        AddGallery(make, makeOptions);
+
+        auto [remove, removeOptions] =
+            Add<RemoveFolderOptions>(m_app, "rmdir", "Remove a folder", "rmdir \"2024\\Summer\" --recursive");
+        AddPlace(remove, "FOLDER", removeOptions->folder, kFolderHelp);
+        remove->add_flag("--recursive", removeOptions->recursive, "Also when it holds items or folders");
+        AddGallery(remove, removeOptions);
+    }
+
+    void AddItems() {
+        const std::string either = "Item (path or GUID) or folder (path or #row)";
+        auto [move, moveOptions] = Add<MoveOptions>(m_app, "mv", "Move an item to a folder, or a folder under another",
+                                                    "mv \"Imported\\holiday.mp4\" \"2024\\Summer\"");
+        AddPlace(move, "ITEM|FOLDER", moveOptions->what, either);
+        AddPlace(move, "TARGET", moveOptions->target, "Target folder; \\ alone is the gallery itself");
+        AddGallery(move, moveOptions);
+
+        auto [rename, renameOptions] = Add<RenameOptions>(m_app, "rename", "Rename an item or a folder",
+                                                          "rename \"Imported\\holiday.mp4\" \"Day one\"");
+        AddPlace(rename, "ITEM|FOLDER", renameOptions->what, either);
+        AddPlace(rename, "NAME", renameOptions->name, "The new name");
+        AddGallery(rename, renameOptions);
+
+        auto [remove, removeOptions] = Add<RemoveItemOptions>(
+            m_app, "rm", "Remove an item: a path removes this placement, a GUID all", "rm \"Imported\\holiday.mp4\"");
+        AddPlace(remove, "ITEM", removeOptions->item, kItemHelp);
+        remove->add_flag("--everywhere", removeOptions->everywhere, "From every folder that holds it");
+        AddGallery(remove, removeOptions);
+
+        auto [reorder, reorderOptions] = Add<ReorderOptions>(
+            m_app, "reorder", "Store another order", "reorder \"2024\\Summer\" --by date", [](const ReorderOptions& o) {
+                if (o.by.has_value() == o.to.has_value()) throw WrongUsage("reorder wants either --by or --to");
+                if (o.descending && !o.by) throw WrongUsage("--desc goes with --by");
+            });
+        AddPlace(reorder, "ITEM|FOLDER", reorderOptions->what, either);
+        AddSortKey(*reorder, "--by", reorderOptions->by, "Order the items of a folder");
+        reorder->add_flag("--desc", reorderOptions->descending, "Last first (with --by)");
+        reorder->add_option("--to", reorderOptions->to, "New place among its neighbours, from 1")
+            ->type_name("N")
+            ->check(CLI::PositiveNumber);
+        AddGallery(reorder, reorderOptions);
+    }
+
+    void AddPictures() {
+        Add<ThumbsOptions>(m_app, "thumbs", "List the stored thumbnails", "thumbs");
+
+        auto [sheet, sheetOptions] = Add<SheetOptions>(m_app, "sheet", "Draw a contact sheet",
+                                                       "sheet holiday.png --folder \"2024\\Summer\" --columns 5");
+        AddPlace(sheet, "OUT.png", sheetOptions->output, "Picture to write");
+        AddGallery(sheet, sheetOptions);
+        sheet->add_option("--folder", sheetOptions->folder, "Only this folder and those below it")->type_name("FOLDER");
+        sheet->add_option("--columns", sheetOptions->columns, "Pictures in a row")
+            ->type_name("N")
+            ->check(CLI::PositiveNumber);
+
+        auto [film, filmOptions] = Add<FilmOptions>(m_app, "film", "Draw the frames of a video as a strip",
+                                                    "film \"Imported\\holiday.mp4\" strip.png");
+        AddPlace(film, "ITEM", filmOptions->item, kItemHelp);
+        AddPlace(film, "OUT.png", filmOptions->output, "Picture to write");
+        AddGallery(film, filmOptions);
+    }
+
+    void AddWholeLibrary() {
+        auto [exported, exportOptions] =
+            Add<ExportOptions>(m_app, "export", "Write a copy of the library to a file", "export backup.db");
+        AddPlace(exported, "FILE", exportOptions->file, "File to write; replaced when it exists");
+
+        auto [imported, importOptions] = Add<ImportLibraryOptions>(
+            m_app, "import-library", "Add the galleries, folders and items of another library",
+            "import-library backup.db");
+        AddPlace(imported, "FILE", importOptions->file, "The other library; it is never changed");
+
+        auto [clear, clearOptions] = Add<ClearOptions>(m_app, "clear", "Empty the library; tags stay", "clear --yes");
+        clear->add_flag("--yes", clearOptions->yes, "Really do it")->required();
+
+        Add<CheckOptions>(m_app, "check", "Look for damage in the library; changes nothing", "check");
+    }
+
+    const CLI::App* DeepestParsed() const {
+        const CLI::App* app = &m_app;
+        for (;;) {
+            const auto parsed = app->get_subcommands();
+            if (parsed.empty()) return app;
+            app = parsed.back();
+        }
+    }
+    static std::string Name(const CLI::App* app) {
+        return app->get_parent() == nullptr ? app->get_name() : Name(app->get_parent()) + " " + app->get_name();
+    }
+    static std::string OneLine(std::string text) {
+        std::replace(text.begin(), text.end(), '\n', ' ');
+        return text;
+    }
+
+    CLI::App m_app;
+    GlobalOptions m_global;
+    std::vector<std::pair<CLI::App*, std::function<Command()>>> m_commands;
+};
+
+}  // namespace
+
+std::variant<Invocation, LeaveNow> ReadCommandLine(int argc, const char* const* argv) {
+    Parser parser;
+    return parser.Read(argc, argv);
+}
+
+}  // namespace qfc::host

@@ -1,0 +1,117 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace qfc::host {
+
+// What the user asked for, as plain values: one struct per command, made by cli/CommandLine and read by commands/.
+// Texts are as typed. An empty `gallery` means that none was named.
+
+struct GlobalOptions {
+    std::string dataDir;  // Empty: the usual place.
+    bool json = false;
+    bool quiet = false;
+};
+
+enum class SortKey { Name, Date, Kind };
+
+struct ImportOptions {
+    std::vector<std::string> paths;
+    std::string gallery;
+    std::string folder;
+};
+struct TreeOptions {
+    std::string gallery;
+};
+struct ListOptions {
+    std::string gallery;
+    std::string folder;
+    std::optional<SortKey> sort;
+    bool descending = false;
+};
+struct ShowOptions {
+    std::string gallery;
+    std::string item;
+};
+struct FindOptions {
+    std::string gallery;
+    std::string text;
+    bool description = false;
+    bool annotation = false;
+};
+struct GalleryCreateOptions {
+    std::string name;
+};
+struct GalleryListOptions {};
+struct GalleryRemoveOptions {
+    std::string gallery;
+};
+struct MakeFolderOptions {
+    std::string gallery;
+    std::string folder;
+};
+struct RemoveFolderOptions {
+    std::string gallery;
+    std::string folder;
+    bool recursive = false;
+};
+struct MoveOptions {
+    std::string gallery;
+    std::string what;
+    std::string target;
+};
+struct RenameOptions {
+    std::string gallery;
+    std::string what;
+    std::string name;
+};
+struct RemoveItemOptions {
+    std::string gallery;
+    std::string item;
+    bool everywhere = false;
+};
+// Exactly one of `by` and `to` is set.
+struct ReorderOptions {
+    std::string gallery;
+    std::string what;
+    std::optional<SortKey> by;
+    bool descending = false;
+    std::optional<int> to;  // From 1.
+};
+struct ThumbsOptions {};
+struct SheetOptions {
+    std::string gallery;
+    std::string folder;
+    std::string output;
+    int columns = 0;  // 0: as it looks best.
+};
+struct FilmOptions {
+    std::string gallery;
+    std::string item;
+    std::string output;
+};
+struct ExportOptions {
+    std::string file;
+};
+struct ImportLibraryOptions {
+    std::string file;
+};
+struct ClearOptions {
+    bool yes = false;  // Always true: the command line refuses to go without.
+};
+struct CheckOptions {};
+
+using Command = std::variant<ImportOptions, TreeOptions, ListOptions, ShowOptions, FindOptions, GalleryCreateOptions,
+                             GalleryListOptions, GalleryRemoveOptions, MakeFolderOptions, RemoveFolderOptions,
+                             MoveOptions, RenameOptions, RemoveItemOptions, ReorderOptions, ThumbsOptions, SheetOptions,
+                             FilmOptions, ExportOptions, ImportLibraryOptions, ClearOptions, CheckOptions>;
+
+struct Invocation {
+    GlobalOptions global;
+    Command command;
+};
+
+}  // namespace qfc::host

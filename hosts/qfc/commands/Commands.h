@@ -1,0 +1,33 @@
+#pragma once
+
+#include "hosts/qfc/cli/Console.h"
+#include "hosts/qfc/cli/Options.h"
+
+namespace qfc::host {
+
+// The commands of qfc, one source each. Each runs to its end on the main thread, starts and stops the library itself,
+// and answers the exit code; what ends it early is thrown as Failure.
+
+int Run(const ImportOptions& options, const Console& console);
+int Run(const TreeOptions& options, const Console& console);
+int Run(const ListOptions& options, const Console& console);
+int Run(const ShowOptions& options, const Console& console);
+int Run(const FindOptions& options, const Console& console);
+int Run(const GalleryCreateOptions& options, const Console& console);
+int Run(const GalleryListOptions& options, const Console& console);
+int Run(const GalleryRemoveOptions& options, const Console& console);
+int Run(const MakeFolderOptions& options, const Console& console);
+int Run(const RemoveFolderOptions& options, const Console& console);
+int Run(const MoveOptions& options, const Console& console);
+int Run(const RenameOptions& options, const Console& console);
+int Run(const RemoveItemOptions& options, const Console& console);
+int Run(const ReorderOptions& options, const Console& console);
+int Run(const ThumbsOptions& options, const Console& console);
+int Run(const SheetOptions& options, const Console& console);
+int Run(const FilmOptions& options, const Console& console);
+int Run(const ExportOptions& options, const Console& console);
+int Run(const ImportLibraryOptions& options, const Console& console);
+int Run(const ClearOptions& options, const Console& console);
+int Run(const CheckOptions& options, const Console& console);
+
+}  // namespace qfc::host

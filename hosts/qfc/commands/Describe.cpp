@@ -1,0 +1,48 @@
+#include "hosts/qfc/commands/Describe.h"
+
+#include "hosts/qfc/library/Galleries.h"
+#include "hosts/qfc/library/Text.h"
+#include "hosts/qfc/library/Tree.h"
+#include "items/CQItem.h"
+
+#include <algorithm>
+#include <chrono>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+namespace qfc::host {
+
+std::string TimeText(std::uint64_t seconds) {
+    using namespace std::chrono;
+    // Far beyond any camera's clock; a calendar of ints has an end.
+    constexpr std::uint64_t kYear9999 = 253402300799;
+    const sys_seconds time{std::chrono::seconds(static_cast<std::int64_t>(std::min(seconds, kYear9999)))};
+    const sys_days day = floor<days>(time);
+    const year_month_day date{day};
+    const hh_mm_ss clock{time - day};
+    return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}", static_cast<int>(date.year()),
+                       static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()), clock.hours().count(),
+                       clock.minutes().count(), clock.seconds().count());
+}
+
+Json ItemJson(const CQGallery& gallery, const CQItem& item) {
+    return {{"guid", GuidToText(item.GetUniqueID())},
+            {"name", ToText(item.GetItemName())},
+            {"kind", KindOf(item)},
+            {"file", ToText(item.GetFileName())},
+            {"timestamp", item.fnGetTimeStamp()},
+            {"time", TimeText(item.fnGetTimeStamp())},
+            {"gallery", Galleries::NameOf(gallery).name},
+            {"paths", PathsOf(gallery, item)}};
+}
+
+Json FolderJson(const CQFolder& folder) {
+    return {{"name", ToText(folder.GetFolderName())}, {"row", folder.GetDBId()}, {"path", PathOf(folder)}};
+}
+
+std::string ItemLine(const CQItem& item, const std::string& name) {
+    return fmt::format("{:<5}  {}  {}  {}", KindOf(item), TimeText(item.fnGetTimeStamp()),
+                       GuidToText(item.GetUniqueID()), name);
+}
+
+}  // namespace qfc::host

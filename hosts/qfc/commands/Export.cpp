@@ -1,0 +1,44 @@
+#include "api/QFCLib.h"
+#include "hosts/qfc/cli/Exit.h"
+#include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/library/LibraryFile.h"
+#include "hosts/qfc/library/Session.h"
+
+#include <nlohmann/json.hpp>
+
+namespace qfc::host {
+namespace fs = std::filesystem;
+namespace {
+
+// A copy that is not whole never stands under the name that was asked for.
+void ExportTo(const fs::path& target) {
+    const fs::path part = UnusedNameBeside(target);
+    std::error_code error;
+    const bool exported = QFCLibraryManager::fnExportDB(part.c_str()) != 0;
+    if (exported) fs::rename(part, target, error);
+    if (exported && !error) return;
+    std::error_code ignored;
+    fs::remove(part, ignored);
+    fs::remove(part.string() + "-journal", ignored);
+    throw Failure("cannot write " + target.string() + (error ? ": " + error.message() : ""));
+}
+
+}  // namespace
+
+int Run(const ExportOptions& options, const Console& console) {
+    const fs::path target = options.file;
+    if (IsOwnLibrary(target)) throw Failure(options.file + " is the library itself");
+    std::error_code error;
+    if (fs::is_directory(target, error)) throw Failure(options.file + " is a directory");
+    {
+        const Session session;
+        ExportTo(target);
+    }
+    const auto bytes = fs::file_size(target, error);
+    if (error) throw Failure("cannot write " + options.file);
+    console.Say("wrote " + options.file + " (" + Counted(bytes, "byte") + ")");
+    console.ShowJson({{"file", options.file}, {"bytes", bytes}});
+    return kDone;
+}
+
+}  // namespace qfc::host

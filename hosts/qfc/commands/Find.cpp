@@ -1,0 +1,54 @@
+#include "hosts/qfc/library/Find.h"
+
+#include "api/QFCLib.h"
+#include "hosts/qfc/cli/Exit.h"
+#include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/commands/Describe.h"
+#include "hosts/qfc/library/Text.h"
+#include "hosts/qfc/library/Tree.h"
+
+#include <nlohmann/json.hpp>
+#include <set>
+
+namespace qfc::host {
+namespace {
+
+// Each item once, however many folders hold it, in the order of the tree.
+std::vector<CQItem*> Matches(CQGallery& gallery, const FindOptions& options) {
+    std::vector<CQItem*> matches;
+    std::set<GUID> seen;
+    const CString text = ToCString(options.text);
+    for (CQFolder* folder : WholeTree(gallery)) {
+        for (CQItem* item : Items(*folder)) {
+            const bool fits = item->FindSomeThing(text, options.description, options.annotation, 0, 0) != 0;
+            if (fits && seen.insert(item->GetUniqueID()).second) matches.push_back(item);
+        }
+    }
+    return matches;
+}
+
+std::vector<CQGallery*> Searched(Galleries& galleries, const std::string& gallery) {
+    if (gallery.empty()) return galleries.All();
+    CQGallery* named = galleries.Find(gallery);
+    return named != nullptr ? std::vector{named} : std::vector<CQGallery*>{};
+}
+
+}  // namespace
+
+int Run(const FindOptions& options, const Console& console) {
+    const Session session;
+    Galleries galleries(session);
+    Json json = Json::array();
+    for (CQGallery* gallery : Searched(galleries, options.gallery)) {
+        for (const CQItem* item : Matches(*gallery, options)) {
+            json.push_back(ItemJson(*gallery, *item));
+            const std::string prefix = Galleries::NameOf(*gallery).name + ": ";
+            for (const std::string& path : PathsOf(*gallery, *item)) console.Show(ItemLine(*item, prefix + path));
+        }
+    }
+    console.ShowJson(json);
+    if (json.empty()) throw Failure("nothing found for " + options.text);
+    return kDone;
+}
+
+}  // namespace qfc::host

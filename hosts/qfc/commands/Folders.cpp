@@ -1,0 +1,42 @@
+#include "hosts/qfc/cli/Exit.h"
+#include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/commands/Describe.h"
+#include "hosts/qfc/library/Find.h"
+#include "hosts/qfc/library/FolderMaker.h"
+#include "hosts/qfc/library/Paths.h"
+#include "hosts/qfc/library/Removal.h"
+#include "hosts/qfc/library/Tree.h"
+
+#include <nlohmann/json.hpp>
+
+namespace qfc::host {
+
+int Run(const MakeFolderOptions& options, const Console& console) {
+    const std::vector<std::string> components = SplitPath(options.folder);
+    if (components.empty()) throw WrongUsage("mkdir wants the name of a folder");
+    const Session session;
+    Galleries galleries(session);
+    FolderMaker maker(galleries.Open(options.gallery));
+    CQFolder* folder = maker.Make(components);
+    if (folder == nullptr) throw Failure("cannot make the folder " + JoinPath(components));
+    if (maker.Made().empty()) throw Failure("there is a folder " + JoinPath(components) + " already");
+    for (const std::string& path : maker.Made()) console.Say("made " + path);
+    console.ShowJson({{"folder", FolderJson(*folder)}, {"made", maker.Made()}});
+    return kDone;
+}
+
+int Run(const RemoveFolderOptions& options, const Console& console) {
+    const Session session;
+    Galleries galleries(session);
+    CQFolder& folder = *FindFolder(galleries, options.gallery, options.folder).folder;
+    const std::string path = PathOf(folder);
+    const bool filled = !SubFolders(folder).empty() || !Items(folder).empty();
+    if (filled && !options.recursive) throw Failure(path + " is not empty; --recursive removes it with all it holds");
+    const Json removed = FolderJson(folder);
+    if (!RemoveFolder(folder)) throw Failure("cannot remove " + path);
+    console.Say("removed " + path);
+    console.ShowJson({{"removed", removed}});
+    return kDone;
+}
+
+}  // namespace qfc::host

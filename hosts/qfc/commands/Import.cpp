@@ -1,0 +1,165 @@
+#include "api/QFCLib.h"
+#include "hosts/qfc/Progress.h"
+#include "hosts/qfc/cli/Exit.h"
+#include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/commands/ImportPlan.h"
+#include "hosts/qfc/commands/Interrupt.h"
+#include "hosts/qfc/library/AddQueue.h"
+#include "hosts/qfc/library/Find.h"
+#include "hosts/qfc/library/FolderMaker.h"
+#include "hosts/qfc/library/MediaItem.h"
+#include "hosts/qfc/library/Paths.h"
+#include "hosts/qfc/library/Tree.h"
+#include "hosts/qfc/media/DecodePool.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+namespace qfc::host {
+namespace {
+
+// "#row" or a path; the components of the folder to import into.
+std::vector<std::string> BaseFolder(Galleries& galleries, const ImportOptions& options) {
+    if (!RowNumber(options.folder)) return SplitPath(options.folder);
+    const FoundFolder found = FindFolder(galleries, options.gallery, options.folder);
+    if (found.gallery != &galleries.Open(options.gallery)) throw Failure(options.folder + " is in another gallery");
+    return ComponentsOf(*found.folder);
+}
+
+// Runs one import and keeps what came of it.
+class Importing {
+public:
+    Importing(CQGallery& gallery, ImportPlan plan, const Interrupt& interrupt, const Console& console)
+        : m_gallery(gallery),
+          m_plan(std::move(plan)),
+          m_interrupt(interrupt),
+          m_console(console),
+          m_folders(gallery),
+          m_progress(stdout, m_plan.files.size(), console.IsJson() || console.IsQuiet()) {}
+
+    void Go() {
+        for (const ImportPlan::Known& known : m_plan.already) {
+            Tell("there already: " + known.path + (known.paths.empty() ? "" : " (" + known.paths.front() + ")"));
+        }
+        for (const WalkProblem& problem : m_plan.problems) NoteBroken(problem.path, problem.text);
+        AddAll();
+        m_progress.Clear();
+    }
+
+    int Report() const {
+        m_console.ShowJson(AsJson());
+        std::string summary = Counted(m_added.size(), "file") + " added";
+        if (!m_plan.already.empty()) summary += ", " + std::to_string(m_plan.already.size()) + " there already";
+        if (!m_broken.empty()) summary += ", " + std::to_string(m_broken.size()) + " not readable";
+        if (!m_refused.empty()) summary += ", " + std::to_string(m_refused.size()) + " not stored";
+        if (m_plan.skipped > 0) summary += ", " + std::to_string(m_plan.skipped) + " no media";
+        m_console.Say(summary);
+        if (m_interrupt.IsRaised()) m_console.Complain("interrupted: " + summary);
+        // Broken files are the files' fault; what could not be stored is ours.
+        const bool useful = !m_added.empty() || !m_plan.already.empty();
+        if (!useful && m_refused.empty()) m_console.Complain("nothing to import");
+        return useful && m_refused.empty() && !m_interrupt.IsRaised() ? kDone : kFailed;
+    }
+
+private:
+    void AddAll() {
+        AddQueue queue(m_gallery);
+        std::vector<std::string> paths;
+        for (const ImportPlan::File& file : m_plan.files) paths.push_back(file.path);
+        {
+            DecodePool pool(std::move(paths), m_interrupt.Flag(), {});
+            for (const ImportPlan::File& file : m_plan.files) {
+                const auto media = pool.Next();
+                if (!media) break;
+                m_progress.Step(file.name);
+                Add(file, *media, queue);
+                Collect(queue);
+            }
+        }
+        queue.Settle();
+        Collect(queue);
+    }
+
+    void Add(const ImportPlan::File& file, const DecodedMedia& media, AddQueue& queue) {
+        // Of a file that was being decoded when Ctrl-C came nothing is known.
+        if (!media.IsGood() && m_interrupt.IsRaised()) return;
+        if (!media.IsGood()) return NoteBroken(file.path, media.error);
+        CQFolder* folder = m_folders.Make(file.folder);
+        std::unique_ptr<CQItem> item = folder != nullptr ? MakeItem(media, file.name) : nullptr;
+        if (item == nullptr) return NoteRefused(file.path);
+        queue.Add(std::move(item), *folder, JoinPath(file.folder));
+    }
+
+    void Collect(AddQueue& queue) {
+        for (const AddQueue::Outcome& outcome : queue.TakeOutcomes()) {
+            if (!outcome.stored) {
+                NoteRefused(outcome.file);
+                continue;
+            }
+            m_added.push_back(outcome);
+            Tell("added " + outcome.folder + "\\" + outcome.name);
+        }
+    }
+
+    // A line for every file, unless a bar shows how far it is.
+    void Tell(const std::string& line) {
+        if (!m_progress.IsShown()) m_console.Say(line);
+    }
+    void NoteBroken(const std::string& path, const std::string& text) {
+        m_broken.push_back({path, text});
+        m_progress.Clear();
+        m_console.Complain(path + ": " + text);
+    }
+    void NoteRefused(const std::string& path) {
+        m_refused.push_back(path);
+        m_progress.Clear();
+        m_console.Complain(path + ": cannot be stored in the library");
+    }
+
+    Json AsJson() const {
+        Json json{{"gallery", Galleries::NameOf(m_gallery).name}};
+        json["added"] = Json::array();
+        json["already"] = Json::array();
+        json["broken"] = Json::array();
+        for (const AddQueue::Outcome& added : m_added) {
+            json["added"].push_back({{"guid", GuidToText(added.guid)},
+                                     {"name", added.name},
+                                     {"folder", added.folder},
+                                     {"file", added.file}});
+        }
+        for (const auto& known : m_plan.already) {
+            json["already"].push_back({{"file", known.path}, {"paths", known.paths}});
+        }
+        for (const auto& broken : m_broken) json["broken"].push_back({{"file", broken.path}, {"error", broken.text}});
+        json["notStored"] = m_refused;
+        json["skipped"] = m_plan.skipped;
+        json["interrupted"] = m_interrupt.IsRaised();
+        return json;
+    }
+
+    CQGallery& m_gallery;
+    const ImportPlan m_plan;
+    const Interrupt& m_interrupt;
+    const Console& m_console;
+    FolderMaker m_folders;
+    Progress m_progress;
+    std::vector<AddQueue::Outcome> m_added;
+    std::vector<WalkProblem> m_broken;
+    std::vector<std::string> m_refused;
+};
+
+}  // namespace
+
+int Run(const ImportOptions& options, const Console& console) {
+    const Interrupt interrupt;
+    const Walk walk = WalkFiles(options.paths, &interrupt.Flag());
+    const Session session;
+    Galleries galleries(session);
+    CQGallery& gallery = galleries.Open(options.gallery);
+    ImportPlan plan = PlanImport(walk, gallery, BaseFolder(galleries, options));
+    Importing importing(gallery, std::move(plan), interrupt, console);
+    importing.Go();
+    return importing.Report();
+}
+
+}  // namespace qfc::host

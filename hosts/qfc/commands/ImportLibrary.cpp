@@ -1,0 +1,156 @@
+#include "api/QFCLib.h"
+#include "hosts/qfc/Progress.h"
+#include "hosts/qfc/cli/Exit.h"
+#include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/commands/Interrupt.h"
+#include "hosts/qfc/library/FolderMaker.h"
+#include "hosts/qfc/library/OtherLibrary.h"
+#include "hosts/qfc/library/Text.h"
+#include "hosts/qfc/library/Tree.h"
+#include "hosts/qfc/library/Verify.h"
+#include "hosts/qfc/media/FileWalk.h"
+
+#include <map>
+#include <nlohmann/json.hpp>
+
+namespace qfc::host {
+namespace {
+
+void ReleasePayloads(CQItem& item) {
+    item.ChangeBlackBox(nullptr, 0);
+    item.ChangeCache(nullptr, 0);
+    item.ChangeFilm(nullptr, item.GetFilmSize(), item.GetFrameSize());
+}
+
+// Brings another library into this one and keeps what came of it.
+class LibraryImport {
+public:
+    LibraryImport(Galleries& galleries, OtherLibrary& other, const Interrupt& interrupt, const Console& console)
+        : m_galleries(galleries), m_other(other), m_interrupt(interrupt), m_console(console) {}
+
+    void Go() {
+        for (const GalleryName& name : m_other.Stored()) {
+            CQGallery* gallery = m_other.Load(name.id);
+            if (gallery == nullptr) {
+                NoteFailed("the gallery " + name.name);
+            } else {
+                TakeGallery(*gallery, m_galleries.Counterpart(name));
+            }
+        }
+    }
+
+    int Report() const {
+        m_console.ShowJson({{"foldersMade", m_foldersMade},
+                            {"added", m_added},
+                            {"already", m_already},
+                            {"failed", m_failed},
+                            {"interrupted", m_interrupt.IsRaised()}});
+        const std::string summary = Counted(m_added.size(), "item") + " added, " + std::to_string(m_already.size()) +
+                                    " there already, " + Counted(m_foldersMade.size(), "folder") + " made";
+        m_console.Say(summary);
+        if (m_interrupt.IsRaised()) m_console.Complain("interrupted: " + summary);
+        const bool useful = !m_added.empty() || !m_already.empty() || !m_foldersMade.empty();
+        if (!useful && m_failed.empty()) m_console.Complain("nothing to import");
+        return useful && m_failed.empty() && !m_interrupt.IsRaised() ? kDone : kFailed;
+    }
+
+private:
+    void TakeGallery(CQGallery& from, CQGallery& to) {
+        const std::vector<CQFolder*> folders = WholeTree(from);
+        std::map<const CQFolder*, std::vector<std::string>> paths;
+        FolderMaker maker(to);
+        Progress progress(stdout, folders.size() - 1, m_console.IsJson() || m_console.IsQuiet());
+        for (CQFolder* folder : folders) {
+            if (folder == &from || m_interrupt.IsRaised()) continue;
+            std::vector<std::string> path = paths[folder->GetParent()];
+            path.push_back(ComponentOf(*folder));
+            paths[folder] = path;
+            progress.Step(path.back());
+            const FolderMaker::Marks marks{folder->GetAdopt(), folder->GetTrusty(), folder->GetExtra(),
+                                           folder->GetFolderID()};
+            CQFolder* target = maker.Make(path, marks);
+            progress.Clear();
+            TakeItems(*folder, target, to);
+        }
+        for (const std::string& path : maker.Made()) m_foldersMade.push_back(NameIn(to, path));
+    }
+
+    // A name that a path can give back.
+    static std::string ComponentOf(const CQFolder& folder) {
+        const std::string name = FolderComponent(ToText(folder.GetFolderName()));
+        return name.empty() ? "Folder" : name;
+    }
+    static std::string NameIn(const CQGallery& gallery, const std::string& path) {
+        return Galleries::NameOf(gallery).name + ": " + path;
+    }
+
+    void TakeItems(CQFolder& from, CQFolder* target, CQGallery& gallery) {
+        if (target == nullptr) NoteFailed(NameIn(gallery, PathOf(from)));
+        for (CQItem* item : Items(from)) {
+            if (m_interrupt.IsRaised()) return;
+            if (target == nullptr) {
+                NoteFailed(NameIn(gallery, PathOf(from, *item)));
+            } else {
+                TakeItem(*item, *target, gallery);
+            }
+        }
+    }
+
+    void TakeItem(CQItem& item, CQFolder& target, CQGallery& gallery) {
+        const std::string name = NameIn(gallery, PathOf(target, item));
+        if (IsThere(item, target, gallery)) {
+            m_already.push_back(name);
+            m_console.Say("there already: " + name);
+            return;
+        }
+        target.AddItemFromImportLib(&item);
+        CQItem* taken = nullptr;
+        const bool found = target.IsItemInFolder(&target, &item, taken, 0) != 0 && taken != nullptr;
+        if (found && HoldsItem(target, taken->GetUniqueID())) {
+            m_added.push_back(name);
+            m_console.Say("added " + name);
+        } else {
+            NoteFailed(name);
+        }
+        // Both copies would otherwise stay in memory until the end.
+        if (found) ReleasePayloads(*taken);
+        ReleasePayloads(item);
+    }
+
+    // In the folder already, or stored in this library as another item than the one that would be found here: its row
+    // would be overwritten by the other library's.
+    static bool IsThere(CQItem& item, CQFolder& target, CQGallery& gallery) {
+        CQItem* found = nullptr;
+        if (target.IsItemInFolder(&target, &item, found, 0)) return true;
+        if (gallery.IsItemInFolder(&gallery, &item, found, 1)) return false;
+        return LoadFresh(*gallery.GetDBTools(), item.GetUniqueID()) != nullptr;
+    }
+
+    void NoteFailed(const std::string& name) {
+        m_failed.push_back(name);
+        m_console.Complain("cannot bring in " + name);
+    }
+
+    Galleries& m_galleries;
+    OtherLibrary& m_other;
+    const Interrupt& m_interrupt;
+    const Console& m_console;
+    std::vector<std::string> m_foldersMade, m_added, m_already, m_failed;
+};
+
+}  // namespace
+
+int Run(const ImportLibraryOptions& options, const Console& console) {
+    if (IsOwnLibrary(options.file)) throw Failure(options.file + " is the library itself");
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(options.file, error)) throw Failure("there is no library " + options.file);
+    const Interrupt interrupt;
+    const Session session;
+    Galleries galleries(session);
+    OtherLibrary other(options.file);
+    LibraryImport import(galleries, other, interrupt, console);
+    import.Go();
+    return import.Report();
+}
+
+}  // namespace qfc::host

@@ -1,0 +1,36 @@
+#include "api/QFCLib.h"
+#include "hosts/qfc/cli/Exit.h"
+#include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/commands/Describe.h"
+#include "hosts/qfc/commands/SortType.h"
+#include "hosts/qfc/library/Find.h"
+#include "hosts/qfc/library/Text.h"
+#include "hosts/qfc/library/Tree.h"
+
+#include <nlohmann/json.hpp>
+
+namespace qfc::host {
+
+int Run(const ListOptions& options, const Console& console) {
+    const Session session;
+    Galleries galleries(session);
+    const FoundFolder found = FindFolderOrRoot(galleries, options.gallery, options.folder);
+    // Only the loaded tree is sorted; the stored order stays.
+    if (options.sort) found.folder->SortingAllItem(SortTypeOf(*options.sort), options.descending ? 0 : 1);
+
+    Json json = FolderJson(*found.folder);
+    json["folders"] = Json::array();
+    json["items"] = Json::array();
+    for (const CQFolder* child : SubFolders(*found.folder)) {
+        json["folders"].push_back(FolderJson(*child));
+        console.Show("folder  #" + std::to_string(child->GetDBId()) + "  " + ToText(child->GetFolderName()) + "\\");
+    }
+    for (const CQItem* item : Items(*found.folder)) {
+        json["items"].push_back(ItemJson(*found.gallery, *item));
+        console.Show(ItemLine(*item, ToText(item->GetItemName())));
+    }
+    console.ShowJson(json);
+    return kDone;
+}
+
+}  // namespace qfc::host

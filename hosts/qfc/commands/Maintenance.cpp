@@ -1,0 +1,52 @@
+#include "api/QFCLib.h"
+#include "hosts/qfc/cli/Exit.h"
+#include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/library/Session.h"
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+namespace qfc::host {
+namespace {
+
+// Both commands are for a library that is there; opening it would make one.
+std::string ExistingLibrary() {
+    const std::string path = LibraryPath();
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) throw Failure("there is no library " + path);
+    return path;
+}
+
+}  // namespace
+
+int Run(const ClearOptions&, const Console& console) {
+    const std::string path = ExistingLibrary();
+    if (!QFCLibraryManager::fnClearDBContent()) throw Failure("cannot clear " + path);
+    {
+        const Session session;
+        std::vector<StoredGallery> galleries;
+        const bool listed = QFCLibraryManager::fnListGalleries(galleries) != 0;
+        if (!listed || !galleries.empty()) throw Failure("cannot clear " + path);
+    }
+    console.Say("cleared " + path);
+    console.ShowJson({{"cleared", path}});
+    return kDone;
+}
+
+int Run(const CheckOptions&, const Console& console) {
+    const std::string path = ExistingLibrary();
+    std::vector<LibraryFinding> findings;
+    if (!fnCheckLibrary(path.c_str(), findings)) throw Failure("cannot read " + path);
+    Json json{{"library", path}, {"findings", Json::array()}};
+    for (const LibraryFinding& finding : findings) {
+        const char* kind = LibraryFindingName(finding.kind);
+        json["findings"].push_back({{"kind", kind}, {"row", finding.row}, {"text", finding.sentence}});
+        console.Show(std::string(kind) + (finding.row.empty() ? "" : " " + finding.row) + ": " + finding.sentence);
+    }
+    console.ShowJson(json);
+    if (!findings.empty()) throw Failure(Counted(findings.size(), "finding") + " in " + path);
+    console.Say("no damage found in " + path);
+    return kDone;
+}
+
+}  // namespace qfc::host

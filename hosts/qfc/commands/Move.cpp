@@ -1,0 +1,123 @@
+#include "api/QFCLib.h"
+#include "hosts/qfc/cli/Exit.h"
+#include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/commands/Describe.h"
+#include "hosts/qfc/library/Placement.h"
+#include "hosts/qfc/library/Removal.h"
+#include "hosts/qfc/library/Text.h"
+#include "hosts/qfc/library/Tree.h"
+#include "hosts/qfc/library/Verify.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+namespace qfc::host {
+namespace {
+
+// Where the target's path counts from: the named gallery, else that of what is moved.
+CQFolder& Target(Galleries& galleries, const MoveOptions& options, const CQGallery& gallery) {
+    const std::string named = options.gallery.empty() ? std::to_string(Galleries::NameOf(gallery).id) : options.gallery;
+    const FoundFolder target = FindFolderOrRoot(galleries, named, options.target);
+    if (target.gallery != &gallery) throw Failure("nothing moves from one gallery to another");
+    return *target.folder;
+}
+
+// --- Items --------------------------------------------------------------------------------------------------------
+
+void RefuseItemTarget(CQGallery& gallery, CQFolder& target, const CQItem& item) {
+    if (&target == &gallery) throw Failure("the gallery itself holds no items; name a folder");
+    if (target.HasItem(item.GetUniqueID(), 0)) throw Failure("the item is in " + PathOf(target) + " already");
+    RefuseItemClash(target, item, ToText(item.GetItemName()));
+    // The library finds the target by its path, and takes the first of several that share one.
+    if (gallery.GetFolderByPath(ToCString(PathOf(target))) != &target) {
+        throw Failure(PathOf(target) + " cannot be reached by its path; rename it first");
+    }
+}
+
+bool AddPlacement(CQGallery& gallery, CQFolder& target, CQItem& item) {
+    QFCLibraryManager::fnAddItem(ToHandle(&gallery), {ToCString(PathOf(target))}, &item);
+    return HoldsItem(target, item.GetUniqueID()) &&
+           IsPlaced(*gallery.GetDBTools(), target.GetDBId(), item.GetUniqueID()) == true;
+}
+
+Json MoveItem(const FoundItem& found, CQFolder& target) {
+    CQFolder& source = PlacementOf(found);
+    CQItem& item = *found.item;
+    const GUID guid = item.GetUniqueID();
+    const std::string from = PathOf(source, item);
+    RefuseItemTarget(*found.gallery, target, item);
+    if (!AddPlacement(*found.gallery, target, item)) throw Failure("cannot move " + from + " to " + PathOf(target));
+    if (!RemovePlacement(source, guid)) {
+        const bool undone = RemovePlacement(target, guid);
+        throw Failure("cannot move " + from + (undone ? "" : "; it is now also in " + PathOf(target)));
+    }
+    return ItemJson(*found.gallery, item);
+}
+
+// --- Folders ------------------------------------------------------------------------------------------------------
+
+void RefuseFolderTarget(CQFolder& folder, CQFolder& target) {
+    const std::string path = PathOf(folder);
+    if (target.IsSubfolderOf(&folder)) throw Failure(path + " cannot be moved into itself");
+    if (folder.GetParent() == &target) throw Failure(path + " is there already");
+    if (Child(target, ToText(folder.GetFolderName())) != nullptr) {
+        throw Failure("there is a folder of that name in the target already");
+    }
+    if (folder.GetDBId() == -1) throw Failure(path + " is not stored in the library");
+}
+
+bool StoreFolder(CQFolder& folder) {
+    QFCLibraryManager::fnUpdateFolder(ToHandle(&folder), folder.GetFolderName(), folder.GetAdopt(), folder.GetTrusty(),
+                                      folder.GetExtra());
+    const auto stored = LoadStoredFolder(*folder.GetDBTools(), folder.GetDBId());
+    return stored && stored->parentRow == folder.GetParent()->GetDBId() && stored->index == folder.GetIndex();
+}
+
+int IndexBehindLast(CQFolder& parent) {
+    int index = 0;
+    for (const CQFolder* child : SubFolders(parent)) index = std::max(index, child->GetIndex());
+    return index + 1;
+}
+
+Json MoveFolder(CQFolder& folder, CQFolder& target) {
+    RefuseFolderTarget(folder, target);
+    CQFolder& parent = *folder.GetParent();
+    CQFolder* next = folder.GetNextSib();
+    const int index = folder.GetIndex();
+    const std::string from = PathOf(folder);
+
+    const int newIndex = IndexBehindLast(target);
+    folder.DetachParent(0);
+    if (target.AddFolder(&folder, 0, 1)) {
+        folder.SetIndex(newIndex);
+        if (StoreFolder(folder)) return FolderJson(folder);
+        folder.DetachParent(0);
+    }
+    if (next == nullptr || !parent.Insert(next, &folder, 0)) parent.AddFolder(&folder, 0, 1);
+    folder.SetIndex(index);
+    const bool undone = StoreFolder(folder);
+    throw Failure("cannot move " + from + (undone ? "" : "; look at the library with check"));
+}
+
+}  // namespace
+
+int Run(const MoveOptions& options, const Console& console) {
+    const Session session;
+    Galleries galleries(session);
+    const auto what = FindEither(galleries, options.gallery, options.what);
+    Json json;
+    if (const auto* item = std::get_if<FoundItem>(&what)) {
+        CQFolder& target = Target(galleries, options, *item->gallery);
+        json["item"] = MoveItem(*item, target);
+        console.Say("moved to " + PathOf(target, *item->item));
+    } else {
+        const FoundFolder folder = std::get<FoundFolder>(what);
+        CQFolder& target = Target(galleries, options, *folder.gallery);
+        json["folder"] = MoveFolder(*folder.folder, target);
+        console.Say("moved to " + PathOf(*folder.folder));
+    }
+    console.ShowJson(json);
+    return kDone;
+}
+
+}  // namespace qfc::host

@@ -1,0 +1,95 @@
+#include "api/QFCLib.h"
+#include "hosts/qfc/cli/Exit.h"
+#include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/library/Find.h"
+#include "hosts/qfc/library/ItemPictures.h"
+#include "hosts/qfc/library/Text.h"
+#include "hosts/qfc/library/Tree.h"
+#include "hosts/qfc/pictures/ContactSheet.h"
+
+#include <algorithm>
+#include <cmath>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+#include <set>
+
+namespace qfc::host {
+namespace {
+
+struct Shown {
+    std::vector<CQItem*> items;
+    std::vector<SheetCell> cells;
+};
+
+std::string DurationText(double seconds) {
+    const auto whole = std::clamp(std::lround(seconds), 0L, 359999L);
+    if (whole >= 3600) return fmt::format("{}:{:02}:{:02}", whole / 3600, whole / 60 % 60, whole % 60);
+    return fmt::format("{}:{:02}", whole / 60, whole % 60);
+}
+
+SheetCell CellOf(CQItem& item, const std::string& section) {
+    const MediaFacts facts = LoadFacts(item);
+    SheetCell cell;
+    cell.section = section;
+    cell.name = ToText(item.GetItemName());
+    if (facts.width > 0) cell.detail = fmt::format("{} × {}", facts.width, facts.height);
+    if (facts.width == 0 && facts.sampleRate > 0) cell.detail = fmt::format("{:g} kHz", facts.sampleRate / 1000.0);
+    const std::string kind = KindOf(item);
+    if (kind == "video") cell.badge = SheetBadge::Film;
+    if (kind == "audio") cell.badge = SheetBadge::Sound;
+    if (facts.duration > 0 && kind != "image") cell.duration = DurationText(facts.duration);
+    return cell;
+}
+
+// Each item once, under the first folder that holds it.
+Shown Collect(CQFolder& start) {
+    Shown shown;
+    std::set<GUID> seen;
+    for (CQFolder* folder : WholeTree(start)) {
+        for (CQItem* item : Items(*folder)) {
+            if (!seen.insert(item->GetUniqueID()).second) continue;
+            shown.items.push_back(item);
+            shown.cells.push_back(CellOf(*item, PathOf(*folder)));
+        }
+    }
+    return shown;
+}
+
+// A little wider than high, and no wider than a screen shows well.
+int FittingColumns(std::size_t count) {
+    const int columns = static_cast<int>(std::ceil(std::sqrt(static_cast<double>(count) * 1.4)));
+    return std::clamp(columns, 1, 8);
+}
+
+FoundFolder StartOf(Galleries& galleries, const SheetOptions& options) {
+    if (!options.folder.empty()) return FindFolderOrRoot(galleries, options.gallery, options.folder);
+    CQGallery* gallery = galleries.Find(options.gallery);
+    if (gallery == nullptr) throw Failure("nothing found: the gallery has not been used yet");
+    return {gallery, gallery};
+}
+
+}  // namespace
+
+int Run(const SheetOptions& options, const Console& console) {
+    if (options.columns > MaxSheetColumns()) {
+        throw WrongUsage("at most " + std::to_string(MaxSheetColumns()) + " columns fit a picture");
+    }
+    const Session session;
+    Galleries galleries(session);
+    const FoundFolder start = StartOf(galleries, options);
+    Shown shown = Collect(*start.folder);
+    if (shown.items.empty()) throw Failure("nothing to draw: no items");
+
+    ContactSheet sheet;
+    sheet.title = ToText(start.folder->GetFolderName());
+    sheet.subtitle = Counted(shown.items.size(), "item");
+    sheet.columns = options.columns > 0 ? options.columns : FittingColumns(shown.items.size());
+    sheet.cells = std::move(shown.cells);
+    sheet.picture = [&](std::size_t cell) { return LoadThumbnail(*shown.items[cell]); };
+    const std::vector<std::string> files = WriteContactSheet(sheet, options.output);
+    for (const std::string& file : files) console.Say("wrote " + file);
+    console.ShowJson({{"files", files}, {"items", shown.items.size()}, {"columns", sheet.columns}});
+    return kDone;
+}
+
+}  // namespace qfc::host

@@ -1,0 +1,79 @@
+#include "api/QFCLib.h"
+#include "hosts/qfc/cli/Exit.h"
+#include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/commands/Describe.h"
+#include "hosts/qfc/library/Find.h"
+#include "hosts/qfc/library/Text.h"
+
+#include <fmt/format.h>
+#include <list>
+#include <nlohmann/json.hpp>
+
+namespace qfc::host {
+namespace {
+
+// The black box of an imported file is JSON; of other items it may be anything.
+Json MediaFactsOf(CQItem& item) {
+    const auto* text = static_cast<const char*>(item.GetBlackBox());
+    if (text == nullptr) return nullptr;
+    // Somebody else's library may nest as deep as it likes.
+    const auto shallow = [](int depth, Json::parse_event_t, Json&) { return depth < 16; };
+    Json facts = Json::parse(text, text + item.GetBlackBoxSize(), shallow, false);
+    return facts.is_discarded() ? Json(nullptr) : facts;
+}
+
+Json TagsOf(const CQItem& item) {
+    std::list<GUID> tags;
+    item.CopyTagVec(tags);
+    Json json = Json::array();
+    for (const GUID& tag : tags) json.push_back(GuidToText(tag));
+    return json;
+}
+
+Json Details(const CQGallery& gallery, CQItem& item) {
+    item.TryLoadBB();
+    item.TryLoadFilm();
+    const SIZE bitmap = item.GetBitmapCacheSize();
+    Json json = ItemJson(gallery, item);
+    json["type"] = item.GetItemType();
+    json["attributes"] = item.GetAttrib();
+    json["description"] = ToText(item.GetDescription());
+    json["annotation"] = ToText(item.GetAnnotation());
+    json["templatePath"] = ToText(item.GetTemplatePath());
+    json["databaseId"] = item.GetDBID();
+    json["deletable"] = item.GetIsDeletable();
+    json["currentThumbFrame"] = item.GetCurThumbFrameNum();
+    json["originalThumbFrame"] = item.GetOrgThumbFrameNum();
+    json["tags"] = TagsOf(item);
+    json["blackBox"] = {{"bytes", item.GetBlackBoxSize()}};
+    json["bitmapCache"] = {{"bytes", item.GetCacheSize()}, {"width", bitmap.cx}, {"height", bitmap.cy}};
+    json["film"] = {
+        {"bytes", item.GetFilmSize()}, {"frames", item.GetTotalFilmFrame()}, {"frameBytes", item.GetFrameSize()}};
+    json["media"] = MediaFactsOf(item);
+    return json;
+}
+
+std::string ValueText(const Json& value) {
+    if (value.is_string()) return value.get<std::string>();
+    if (value.is_null()) return "-";
+    if (!value.is_structured()) return value.dump();
+    std::string text;
+    for (const auto& [key, element] : value.items()) {
+        text += (text.empty() ? "" : ", ") + (value.is_object() ? key + " " : "") + ValueText(element);
+    }
+    return text.empty() ? "-" : text;
+}
+
+}  // namespace
+
+int Run(const ShowOptions& options, const Console& console) {
+    const Session session;
+    Galleries galleries(session);
+    const FoundItem found = FindItem(galleries, options.gallery, options.item);
+    const Json json = Details(*found.gallery, *found.item);
+    for (const auto& [key, value] : json.items()) console.Show(fmt::format("{:<18}  {}", key, ValueText(value)));
+    console.ShowJson(json);
+    return kDone;
+}
+
+}  // namespace qfc::host

@@ -1,0 +1,149 @@
+#include "hosts/qfc/library/AddQueue.h"
+
+#include "api/QFCLib.h"
+#include "hosts/qfc/library/Text.h"
+#include "hosts/qfc/library/Verify.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace qfc::host {
+namespace {
+
+constexpr std::size_t kMostOnTheWay = 64;
+// A path without a component names no folder: the add succeeds, does nothing, and its callback comes.
+constexpr const char* kNoFolder = "\\";
+// The library waits a minute for another process that writes; only a longer silence asks for a new marker.
+constexpr std::chrono::seconds kSilence{90};
+constexpr int kMarkersBeforeGivingUp = 3;
+
+// As the item would be after loading: the film keeps its sizes, which the row repeats, the others are loaded on demand.
+void ReleasePayloads(CQItem& item) {
+    item.ChangeBlackBox(nullptr, 0);
+    item.ChangeCache(nullptr, 0);
+    item.ChangeFilm(nullptr, item.GetFilmSize(), item.GetFrameSize());
+}
+
+}  // namespace
+
+AddQueue::AddQueue(CQGallery& gallery) : m_gallery(gallery), m_callbackName("qfc.AddQueue") {
+    QFCLibraryManager::fnRegister_QFCLibCallBack(ToCString(m_callbackName),
+                                                 [this](QFCLibCallbackParam* param) { return OnCallback(*param); });
+}
+
+AddQueue::~AddQueue() {
+    Settle();
+    QFCLibraryManager::fnUnRegister_QFCLibCallBack(ToCString(m_callbackName));
+}
+
+void AddQueue::Add(std::unique_ptr<CQItem> item, CQFolder& folder, const std::string& folderPath) {
+    Pending pending;
+    pending.outcome = {false, ToText(item->GetFileName()), ToText(item->GetItemName()), folderPath,
+                       item->GetUniqueID()};
+    pending.item = std::move(item);
+    pending.folder = &folder;
+    {
+        Lock lock(m_mutex);
+        if (!WaitUntilFewer(lock, kMostOnTheWay)) {
+            m_outcomes.push_back(pending.outcome);
+            return;
+        }
+    }
+    Queue(std::move(pending), folderPath);
+}
+
+void AddQueue::Settle() {
+    {
+        Lock lock(m_mutex);
+        if (m_pending.empty() || m_abandoned) return;
+    }
+    QueueMarker();
+    Lock lock(m_mutex);
+    WaitUntilFewer(lock, 1);
+}
+
+std::vector<AddQueue::Outcome> AddQueue::TakeOutcomes() {
+    const Lock lock(m_mutex);
+    return std::exchange(m_outcomes, {});
+}
+
+void AddQueue::Queue(Pending pending, const std::string& folderPath) {
+    CQItem* item = pending.item.get();
+    const std::uint64_t number = pending.number = m_nextNumber++;
+    {
+        const Lock lock(m_mutex);
+        m_pending.push_back(std::move(pending));
+    }
+    if (QFCLibraryManager::fnAddItemAsync(ToHandle(&m_gallery), {ToCString(folderPath)}, item, 0)) return;
+    const Lock lock(m_mutex);
+    const auto refused = std::ranges::find(m_pending, number, &Pending::number);
+    if (refused == m_pending.end()) return;
+    if (refused->folder != nullptr) m_outcomes.push_back(refused->outcome);
+    m_pending.erase(refused);
+}
+
+void AddQueue::QueueMarker() {
+    Pending marker;
+    marker.item = std::make_unique<CQItem>();
+    marker.outcome.guid = marker.item->GetUniqueID();
+    Queue(std::move(marker), kNoFolder);
+}
+
+int AddQueue::OnCallback(const QFCLibCallbackParam& param) {
+    const Lock lock(m_mutex);
+    const auto found =
+        std::ranges::find_if(m_pending, [&](const Pending& pending) { return pending.outcome.guid == param.guidItem; });
+    if (found != m_pending.end()) Conclude(found->number);
+    return 1;
+}
+
+// On the worker, or with the service stopped; m_mutex held.
+void AddQueue::Conclude(std::uint64_t upTo) {
+    while (!m_pending.empty() && m_pending.front().number <= upTo) ConcludeFront();
+    m_concluded.notify_all();
+}
+
+void AddQueue::ConcludeFront() {
+    Pending& pending = m_pending.front();
+    const bool isMarker = pending.folder == nullptr;
+    const bool taken = !isMarker && pending.folder->HasItem(pending.outcome.guid, 0);
+    if (taken) {
+        ReleasePayloads(*pending.item);
+        static_cast<void>(pending.item.release());  // The gallery's now.
+        pending.outcome.stored = HoldsItem(*pending.folder, pending.outcome.guid);
+    } else {
+        // The operation may still look at the item while its callbacks run, so it lives on a little.
+        m_refused.push_back(std::move(pending.item));
+    }
+    if (!isMarker) m_outcomes.push_back(pending.outcome);
+    m_pending.pop_front();
+}
+
+// False when the library does not answer any more.
+bool AddQueue::WaitUntilFewer(Lock& lock, std::size_t count) {
+    const auto isFewer = [&] { return m_pending.size() < count; };
+    for (int silences = 0; !m_abandoned;) {
+        const std::size_t before = m_pending.size();
+        if (m_concluded.wait_for(lock, kSilence, isFewer)) return true;
+        silences = m_pending.size() < before ? 0 : silences + 1;
+        if (silences > kMarkersBeforeGivingUp) {
+            Abandon(lock);
+            return false;
+        }
+        lock.unlock();
+        QueueMarker();
+        lock.lock();
+    }
+    return false;
+}
+
+void AddQueue::Abandon(Lock& lock) {
+    m_abandoned = true;
+    lock.unlock();
+    QFCLibraryManager::fnStopService();  // Waits for the add that runs and drops the others.
+    lock.lock();
+    Conclude(m_nextNumber);
+}
+
+}  // namespace qfc::host

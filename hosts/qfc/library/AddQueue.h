@@ -1,0 +1,83 @@
+#pragma once
+
+#include "platform/framework/Guid.h"
+
+#include <condition_variable>
+#include <cstdint>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+class CQFolder;
+class CQGallery;
+class CQItem;
+struct QFCLibCallbackParam;
+
+namespace qfc::host {
+
+// Adds items to folders of one gallery on the library's worker, at most 64 of them on the way at a time. The worker's
+// callback looks whether the folder really holds the item, and then lets go of its payloads: what is stored need not
+// stay in memory. Until Settle has returned nobody but the worker may read or change the tree.
+//
+// An add that fails raises no callback. But adds are executed in the order they are queued, so a callback also tells
+// that everything queued before it has had its turn; a marker that no folder takes is queued behind the last one.
+// Main thread, except for the callback.
+class AddQueue {
+public:
+    struct Outcome {
+        bool stored = false;
+        std::string file;
+        std::string name;
+        std::string folder;  // Path.
+        GUID guid{};
+    };
+
+    explicit AddQueue(CQGallery& gallery);
+    // Settles first.
+    ~AddQueue();
+    AddQueue(const AddQueue&) = delete;
+    AddQueue& operator=(const AddQueue&) = delete;
+
+    // Waits while 64 are on the way.
+    void Add(std::unique_ptr<CQItem> item, CQFolder& folder, const std::string& folderPath);
+    // Returns when every add has had its turn. Should the library not answer for minutes, it is stopped.
+    void Settle();
+    // What has become known since the last call, in the order of the adds.
+    std::vector<Outcome> TakeOutcomes();
+
+private:
+    struct Pending {
+        std::uint64_t number = 0;
+        std::unique_ptr<CQItem> item;  // Ours until the folder holds it.
+        CQFolder* folder = nullptr;    // Null for a marker.
+        Outcome outcome;
+    };
+    using Lock = std::unique_lock<std::mutex>;
+
+    int OnCallback(const QFCLibCallbackParam& param);
+    void Queue(Pending pending, const std::string& folderPath);
+    void QueueMarker();
+    void Conclude(std::uint64_t upTo);
+    void ConcludeFront();
+    bool WaitUntilFewer(Lock& lock, std::size_t count);
+    void Abandon(Lock& lock);
+
+    // Set once in the constructor.
+    CQGallery& m_gallery;
+    std::string m_callbackName;
+
+    // Main thread only.
+    std::uint64_t m_nextNumber = 0;
+
+    // Guarded by m_mutex, which is never held while the library is called to queue or register.
+    std::mutex m_mutex;
+    std::condition_variable m_concluded;
+    std::list<Pending> m_pending;  // In the order queued.
+    std::vector<Outcome> m_outcomes;
+    std::vector<std::unique_ptr<CQItem>> m_refused;  // Items that no folder took.
+    bool m_abandoned = false;
+};
+
+}  // namespace qfc::host

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "hosts/qfc/library/Galleries.h"
+#include "hosts/qfc/library/LibraryFile.h"
+
+#include <string>
+#include <vector>
+
+class CQGallery;
+class DBTools;
+
+namespace qfc::host {
+
+// Another library, opened to read from it. What is opened is a copy made in a temporary folder, since opening a library
+// may change it. The destructor closes its galleries, ends the session and removes the copy. Main thread, while a
+// Session runs.
+class OtherLibrary {
+public:
+    // Throws Failure when the file is no library, or needs recovery first.
+    explicit OtherLibrary(const std::string& file);
+    ~OtherLibrary();
+    OtherLibrary(const OtherLibrary&) = delete;
+    OtherLibrary& operator=(const OtherLibrary&) = delete;
+
+    std::vector<GalleryName> Stored() const;
+    // Null when it cannot be read. Lives as long as this object.
+    CQGallery* Load(int id);
+
+private:
+    DBTools* Tools() const;
+
+    TemporaryFolder m_folder;
+    unsigned long long m_session = 0;
+    std::vector<CQGallery*> m_galleries;
+};
+
+}  // namespace qfc::host

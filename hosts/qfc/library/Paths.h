@@ -1,0 +1,23 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace qfc::host {
+
+// Paths as the user types them. Pure text; any thread.
+
+// The components of a path. A backslash separates; slashes do only when the text holds no backslash. Runs of
+// separators count once.
+std::vector<std::string> SplitPath(const std::string& text);
+
+std::string JoinPath(const std::vector<std::string>& components);
+
+// The row number in "#12"; nothing for another text.
+std::optional<int> RowNumber(const std::string& text);
+
+// A name that can be reached by a path again; throws WrongUsage for an empty one and one with a backslash.
+void RequireName(const std::string& name);
+
+}  // namespace qfc::host

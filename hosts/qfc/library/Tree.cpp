@@ -1,0 +1,93 @@
+#include "hosts/qfc/library/Tree.h"
+
+#include "api/QFCLib.h"
+#include "hosts/qfc/library/Paths.h"
+#include "hosts/qfc/library/Text.h"
+
+#include <algorithm>
+
+namespace qfc::host {
+
+std::vector<CQFolder*> SubFolders(CQFolder& folder) {
+    std::vector<CQFolder*> folders;
+    if (const auto* list = folder.GetFolderList()) {
+        for (CQFolder* child : *list) {
+            if (child != nullptr) folders.push_back(child);
+        }
+    }
+    return folders;
+}
+
+std::vector<CQItem*> Items(CQFolder& folder) {
+    std::vector<CQItem*> items;
+    if (const auto* array = folder.GetItemArray()) {
+        for (CQItem* item : *array) {
+            if (item != nullptr) items.push_back(item);
+        }
+    }
+    return items;
+}
+
+std::vector<CQFolder*> WholeTree(CQFolder& folder) {
+    std::vector<CQFolder*> tree;
+    // Depth is whatever the file says, so the walk keeps its own stack.
+    std::vector<CQFolder*> waiting{&folder};
+    while (!waiting.empty()) {
+        CQFolder* next = waiting.back();
+        waiting.pop_back();
+        tree.push_back(next);
+        const std::vector<CQFolder*> children = SubFolders(*next);
+        waiting.insert(waiting.end(), children.rbegin(), children.rend());
+    }
+    return tree;
+}
+
+CQFolder* Child(CQFolder& folder, const std::string& name) {
+    for (CQFolder* child : SubFolders(folder)) {
+        if (ToText(child->GetFolderName()) == name) return child;
+    }
+    return nullptr;
+}
+
+std::vector<std::string> ComponentsOf(const CQFolder& folder) {
+    std::vector<std::string> components;
+    for (const CQFolder* f = &folder; f->GetParent() != nullptr; f = f->GetParent()) {
+        components.push_back(ToText(f->GetFolderName()));
+    }
+    std::ranges::reverse(components);
+    return components;
+}
+
+std::string PathOf(const CQFolder& folder) { return JoinPath(ComponentsOf(folder)); }
+
+std::string PathOf(const CQFolder& folder, const CQItem& item) {
+    const std::string path = PathOf(folder);
+    return path + (path.empty() ? "" : "\\") + ToText(item.GetItemName());
+}
+
+std::vector<CQFolder*> FoldersOf(const CQGallery& gallery, const GUID& guid) {
+    std::vector<CQFolder*> folders;
+    for (const ULONGLONG handle : gallery.GetItemParentList(guid)) folders.push_back(AsFolder(handle));
+    return folders;
+}
+
+std::vector<std::string> PathsOf(const CQGallery& gallery, const CQItem& item) {
+    std::vector<std::string> paths;
+    for (const CQFolder* folder : FoldersOf(gallery, item.GetUniqueID())) paths.push_back(PathOf(*folder, item));
+    return paths;
+}
+
+const char* KindOf(const CQItem& item) {
+    switch (item.GetItemType()) {
+        case 1:
+            return "video";
+        case 2:
+            return "audio";
+        case 4:
+            return "image";
+        default:
+            return "other";
+    }
+}
+
+}  // namespace qfc::host

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "platform/framework/Guid.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+class CQFolder;
+class CQItem;
+class DBTools;
+
+namespace qfc::host {
+
+// Looks after a change whether it is really there. The library's own results do not tell; what is counted is what was
+// seen here. Reads the database through the library, writes nothing. Any thread that may read the tree.
+
+// The item as the database has it, without its payloads; null when it has no such item.
+std::unique_ptr<CQItem> LoadFresh(DBTools& tools, const GUID& guid);
+
+// The item stands in the folder, its gallery knows it there, and the database has its row.
+bool HoldsItem(CQFolder& folder, const GUID& guid);
+
+// The GUIDs placed in a folder row, in their stored order; nothing when the database cannot be read.
+std::optional<std::vector<GUID>> StoredItems(DBTools& tools, int folderRow);
+// Whether the database places the item in that folder row. Nothing when it cannot be read.
+std::optional<bool> IsPlaced(DBTools& tools, int folderRow, const GUID& guid);
+
+struct StoredFolder {
+    int parentRow = -1;
+    int index = -1;
+    std::string name;
+};
+// The folder's row; nothing when there is none or it cannot be read.
+std::optional<StoredFolder> LoadStoredFolder(DBTools& tools, int folderRow);
+// True when the database answers and says that there is no such row.
+bool IsFolderGone(DBTools& tools, int folderRow);
+
+}  // namespace qfc::host

@@ -1,0 +1,44 @@
+#include "hosts/qfc/cli/CommandLine.h"
+#include "hosts/qfc/cli/Exit.h"
+#include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/library/Session.h"
+
+#include <exception>
+#include <iostream>
+
+namespace {
+
+using namespace qfc::host;
+
+int RunCommand(const Invocation& invocation, const Console& console) {
+    try {
+        if (!invocation.global.dataDir.empty()) UseDataFolder(invocation.global.dataDir);
+        return std::visit([&](const auto& options) { return Run(options, console); }, invocation.command);
+    } catch (const Failure& failure) {
+        console.Complain(failure.what());
+        return failure.Code();
+    } catch (const std::exception& error) {
+        console.Complain(error.what());
+        return kFailed;
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const auto read = ReadCommandLine(argc, argv);
+    if (const auto* leave = std::get_if<LeaveNow>(&read)) {
+        if (leave->exit == kDone) {
+            std::cout << leave->text << std::flush;
+        } else {
+            std::cerr << "qfc: " << leave->text << '\n';
+        }
+        return leave->exit;
+    }
+    const auto& invocation = std::get<Invocation>(read);
+    const Console console(invocation.global);
+    const int exit = RunCommand(invocation, console);
+    if (console.Flush()) return exit;
+    console.Complain("cannot write to standard output");
+    return kFailed;
+}
