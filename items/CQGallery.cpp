@@ -1,6 +1,7 @@
 #include "items/CQGallery.h"
 
 #include "folders/FolderPath.h"
+#include "folders/FolderWalk.h"
 #include "folders/PathComponents.h"
 #include "items/CQItem.h"
 
@@ -20,8 +21,6 @@ CQFolder* FirstSubFolderTrusted(CQFolder& folder, DWORD dwBit) {
     }
     return nullptr;
 }
-
-bool HasSubFolders(CQFolder& folder) { return folder.GetFirstSubFolder() != nullptr; }
 
 }  // namespace
 
@@ -69,10 +68,8 @@ CQFolder* CQGallery::GetFirstCanAddItemFolder() {
 
 int CQGallery::GetFinalFolderCount() {
     int nLeaves = 0;
-    CQFolder* pFolder = GetFirstSubFolder();
-    while (pFolder != nullptr && pFolder != this) {
-        if (!HasSubFolders(*pFolder)) ++nLeaves;
-        pFolder = pFolder->NextFolder(0);
+    for (CQFolder* const pFolder : qfc::SubtreeOf(*this)) {
+        if (pFolder->GetFirstSubFolder() == nullptr) ++nLeaves;
     }
     return nLeaves;
 }

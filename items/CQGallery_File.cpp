@@ -1,3 +1,4 @@
+#include "folders/FolderWalk.h"
 #include "folders/GalleryFile.h"
 #include "items/CQGallery.h"
 #include "items/CQGalleryDoc.h"
@@ -29,7 +30,7 @@ int CQGallery::SetCurrentFolder(CQFolder* pFolder, int bFlush) {
 
 void CQGallery::FlushCurrentFolder() {
     // The noted folder may be gone; only an address that is still in the tree is a folder.
-    if (m_pCurrentFolder != this && IsSubFolderValid(m_pCurrentFolder) == 0) return;
+    if (IsSubFolderValid(m_pCurrentFolder) == 0) return;
     if (auto* const pFile = qfc::GalleryFileOf(*m_pCurrentFolder)) pFile->FlushFolder(*m_pCurrentFolder);
 }
 
@@ -68,10 +69,7 @@ int qfc::UpdateGalleryFile(CQGallery* gallery, CQFolder* folder) {
     if (folder != nullptr) {
         pFile->FlushFolder(*folder);
     } else {
-        for (CQFolder* pNext = gallery->GetFirstSubFolder(); pNext != nullptr && pNext != gallery;
-             pNext = pNext->NextFolder(0)) {
-            pFile->FlushFolder(*pNext);
-        }
+        for (CQFolder* const pEach : SubtreeOf(*gallery)) pFile->FlushFolder(*pEach);
     }
     return pFile->SaveTreeAndClose(*gallery);
 }

@@ -1,6 +1,5 @@
 #include "items/CQGallery.h"
 #include "items/CQItem.h"
-#include "items/Handles.h"
 
 int CQGallery::AddItem2Map(CQItem* pItem, ULONGLONG hParent) {
     if (pItem == nullptr) return 0;
@@ -20,13 +19,7 @@ int CQGallery::RemoveItemFromMap(CQItem* pItem, ULONGLONG hParent) {
     if (entry.pItem == nullptr) return 1;
     entry.parents.remove(hParent);
     if (pItem != entry.pItem.get()) delete pItem;
-    if (entry.parents.empty()) {
-        m_itemMap.erase(found);
-        return 1;
-    }
-    // The folder that lets go may die next: the item must not look for its gallery through it.
-    CQItem& item = *entry.pItem;
-    if (qfc::ToHandle(item.GetParentFolder()) == hParent) item.SetParentFolder(qfc::AsFolder(entry.parents.front()));
+    if (entry.parents.empty()) m_itemMap.erase(found);
     return 1;
 }
 

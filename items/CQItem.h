@@ -43,9 +43,8 @@ public:
 
     DWORD& GetAttrib() { return m_dwAttrib; }
     DWORD GetAttrib() const { return m_dwAttrib; }
-    // Kept: both answer 1 and change nothing.
     int fn_GetAttrib_ReadOnly() const { return 1; }
-    int fn_SetAttrib_ReadOnly(int /*bReadOnly*/ = 1) { return 1; }
+    int fn_SetAttrib_ReadOnly(int /*bReadOnly*/ = 1) { return 1; }  // Kept: changes nothing.
 
     ULONGLONG fnGetTimeStamp() const { return m_ullTimeStamp; }
     void fnSetTimeStamp(ULONGLONG ullTimeStamp) { m_ullTimeStamp = ullTimeStamp; }
@@ -94,8 +93,7 @@ public:
     void* DetachBlackBox();
     unsigned GetBlackBoxSize() const { return m_dwBlackBoxSize; }
 
-    // Never loads.
-    void* GetCache() const;
+    void* GetCache() const { return m_cache.data(); }  // Never loads.
     // Frees the old cache and takes `pDib`, a locked global block holding a packed bitmap, or null (1).
     // 0 when `nSize` is too small for the bitmap's own header: no cache is left, the item is marked modified all the
     // same, and the block stays the caller's.
@@ -104,8 +102,7 @@ public:
     // (-1, -1) without a cache in memory. Never loads.
     SIZE GetBitmapCacheSize() const;
 
-    // Never loads.
-    unsigned char* GetFilm() const;
+    unsigned char* GetFilm() const { return m_film.data(); }  // Never loads.
     // Takes `pFilm`, a locked global block of nFilmSize / nFrameSize frames (may be null). Always 1.
     int ChangeFilm(unsigned char* pFilm, unsigned nFilmSize, unsigned nFrameSize);
     unsigned GetFilmSize() const { return m_dwFilmSize; }
@@ -151,8 +148,7 @@ public:
     int DeleteRelationFromDb(int nParentId);
     // Removes the cache data of every kind, whatever `nKind` says.
     int DeleteCacheDataFromDb(int nKind);
-    // Takes row, payloads and the one relation. Always 1.
-    int DeleteItemDb(int nParentId);
+    int DeleteItemDb(int nParentId);  // Takes row, payloads and the one relation. Always 1.
     // Loads one stored payload into `*ppData`, whose size is `nSize` on entry. A missing or too small buffer is
     // allocated anew: kinds 0 and 2 as global blocks, others with new[] of bytes; the caller frees it. 1 with nothing
     // allocated when the stored size is 0. 0 and nothing touched without a row; 0, buffer freed and null when the
@@ -161,6 +157,11 @@ public:
     // The same into the item's own payload. 0 for an unknown kind, and for a film that its frame size does not fit.
     int LoadCacheDataFromDb(DWORD dwKind);
     int LoadLibTagFromDB();
+
+protected:
+    // The data block: owned, copied and compared here, filled by derived classes alone. Taken like a black box.
+    void ChangeDataBlock(void* pData, unsigned nSize);
+    std::span<const std::byte> GetDataBlock() const { return m_dataBlock.bytes(); }
 
 private:
     friend class CQFolder;  // Attaches items: the attached flag and the number.

@@ -1,11 +1,14 @@
 #include "db/CachePayload.h"
+#include "db/Columns.h"
 #include "db/DBTools.h"
 #include "items/CQItem.h"
 #include "items/ItemTypes.h"
 #include "items/RowReader.h"
 
 #include <cstdint>
-#include <optional>
+#include <type_traits>
+
+namespace column = qfc::column;
 
 namespace {
 
@@ -46,11 +49,14 @@ LoadedPayload Load(DBTools& tools, const GUID& item, int nKind, int nDefaultSize
     if (row.AtEnd()) return {};
 
     qfc::StoredPayload stored;
-    stored.rawSize = row.Int("PRE_COMPRESSED_SIZE", nDefaultSize);
+    stored.rawSize = row.Int(column::kPreCompressedSize, nDefaultSize);
     const auto nAnnounced = static_cast<unsigned>(stored.rawSize);
-    if (stored.rawSize == 0) return {Stored::kEmpty, 0};
-    stored.compressedSize = row.Int("COMPRESSED_SIZE", 0);
-    stored.bytes = row.Blob("COMPRESSED_DATA");
+    if (stored.rawSize == 0) {
+        block = Block(block.release(), 0);
+        return {Stored::kEmpty, 0};
+    }
+    stored.compressedSize = row.Int(column::kCompressedSize, 0);
+    stored.bytes = row.Blob(column::kCompressedData);
     if (stored.bytes.empty()) return {Stored::kNoBytes, nAnnounced};
     if (!Unpack(stored, block)) {
         block.reset();
@@ -94,21 +100,21 @@ int CQItem::fnLoadItemFromDb() {
         using Member = std::remove_reference_t<decltype(member)>;
         member = static_cast<Member>(row.Int(pszColumn, static_cast<int>(member)));
     };
-    number("CUR_THUMB_FRAME_NUM", m_dwCurThumbFrameNum);
-    number("ORG_THUMB_FRAME_NUM", m_dwOrgThumbFrameNum);
-    number("BBID", m_nDBId);
-    number("ITEM_TYPE", m_dwItemType);
-    m_strItemName = row.NameText("ITEM_NAME", m_strItemName);
+    number(column::kCurThumbFrameNum, m_dwCurThumbFrameNum);
+    number(column::kOrgThumbFrameNum, m_dwOrgThumbFrameNum);
+    number(column::kBbid, m_nDBId);
+    number(column::kItemType, m_dwItemType);
+    m_strItemName = row.NameText(column::kItemName, m_strItemName);
     // Kept: names and paths are converted from UTF-8, description and annotation are taken as stored.
-    m_strDescription = row.Text("DESCRIPTION", m_strDescription);
-    m_strAnnotation = row.Text("ANNOTATION", m_strAnnotation);
-    m_strFileName = row.NameText("FILE_NAME", m_strFileName);
-    number("ATTRIB", m_dwAttrib);
+    m_strDescription = row.Text(column::kDescription, m_strDescription);
+    m_strAnnotation = row.Text(column::kAnnotation, m_strAnnotation);
+    m_strFileName = row.NameText(column::kFileName, m_strFileName);
+    number(column::kAttrib, m_dwAttrib);
     // Kept: the timestamp passes through 32 signed bits.
-    m_ullTimeStamp = static_cast<ULONGLONG>(std::int64_t{row.Int("TIMESTAMP", 0)});
-    number("FILM_SIZE", m_dwFilmSize);
-    number("FRAME_SIZE", m_dwFrameSize);
-    number("DELETABLE", m_bDeletable);
+    m_ullTimeStamp = static_cast<ULONGLONG>(std::int64_t{row.Int(column::kTimestamp, 0)});
+    number(column::kFilmSize, m_dwFilmSize);
+    number(column::kFrameSize, m_dwFrameSize);
+    number(column::kDeletable, m_bDeletable);
     // Once the film is in memory, its bytes tell its size, whatever the row says.
     if (m_film) m_dwFilmSize = static_cast<DWORD>(m_film.size());
     return 1;
@@ -183,7 +189,7 @@ int CQItem::LoadLibTagFromDB() {
     CppSQLite3Query query;
     if (m_pDBTools == nullptr || !m_pDBTools->QueryItemTags(m_guid, query)) return 0;
     for (qfc::RowReader row(query); !row.AtEnd(); row.Next()) {
-        if (const auto tag = row.Guid("TAGS_GUID")) AddLibTag(*tag);
+        if (const auto tag = row.Guid(column::kTagsGuid)) AddLibTag(*tag);
     }
     return 1;
 }

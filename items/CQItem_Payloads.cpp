@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <optional>
 
 namespace {
@@ -26,14 +25,6 @@ void Adopt(Block& block, void* pData, unsigned nSize) {
     block = Block(pData, nSize);
 }
 
-// The header as it stands, whatever it says about its own size.
-std::optional<BITMAPINFOHEADER> HeaderOf(const void* pDib, std::size_t nSize) {
-    BITMAPINFOHEADER header;
-    if (pDib == nullptr || nSize < sizeof(header)) return std::nullopt;
-    std::memcpy(&header, pDib, sizeof(header));
-    return header;
-}
-
 // Bytes that a packed bitmap of this header takes; empty for a width that is none. A bitmap stored from the top has a
 // negative height and the same rows.
 std::optional<std::int64_t> RequiredDibSize(const BITMAPINFOHEADER& header) {
@@ -48,7 +39,7 @@ std::optional<std::int64_t> RequiredDibSize(const BITMAPINFOHEADER& header) {
 }
 
 bool HoldsItsBitmap(const void* pDib, unsigned nSize) {
-    const auto header = HeaderOf(pDib, nSize);
+    const auto header = qfc::ReadDibHeader(pDib, nSize);
     if (!header) return false;
     const auto required = RequiredDibSize(*header);
     return required && std::int64_t{nSize} >= *required;
@@ -89,8 +80,13 @@ int CQItem::ChangeCache(void* pDib, unsigned nSize) {
     return 1;
 }
 
+void CQItem::ChangeDataBlock(void* pData, unsigned nSize) {
+    Adopt(m_dataBlock, pData, nSize);
+    m_dwDataBlockSize = nSize;
+}
+
 SIZE CQItem::GetBitmapCacheSize() const {
-    const auto header = HeaderOf(m_cache.data(), m_cache.size());
+    const auto header = qfc::ReadDibHeader(m_cache.data(), m_cache.size());
     return header ? SIZE{header->biWidth, header->biHeight} : SIZE{-1, -1};
 }
 

@@ -1,0 +1,109 @@
+#pragma once
+
+#include "db/CurrentDBTools.h"
+#include "db/DBTools.h"
+#include "tests/items/ItemBuilders.h"
+#include "tests/support/RawDb.h"
+#include "tests/support/TempFolder.h"
+
+#include <cstdio>
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+
+namespace qfc::test {
+
+// "X'...'" of the bytes.
+inline std::string BlobLiteral(const ByteVector& bytes) {
+    std::string text = "X'";
+    for (const BYTE byte : bytes) {
+        char szDigits[3];
+        std::snprintf(szDigits, sizeof(szDigits), "%02X", byte);
+        text += szDigits;
+    }
+    return text + "'";
+}
+
+inline std::string BlobLiteral(const GUID& guid) {
+    const auto* const pFirst = reinterpret_cast<const BYTE*>(&guid);
+    return BlobLiteral(ByteVector(pFirst, pFirst + sizeof(GUID)));
+}
+
+// A library file with its tools, and a second plain look at the rows.
+class LibraryFile {
+public:
+    explicit LibraryFile(const char* pszName = "library.db") : m_path(m_folder / pszName) { Open(); }
+
+    DBTools* Tools() const { return m_pTools.get(); }
+    const std::string& Path() const { return m_path; }
+    RawDb& Raw() {
+        if (m_pRaw == nullptr) m_pRaw = std::make_unique<RawDb>(m_path);
+        return *m_pRaw;
+    }
+    void Open() {
+        bool bOk = false;
+        m_pTools = std::make_unique<DBTools>(m_path.c_str(), bOk);
+        EXPECT_TRUE(bOk);
+    }
+    void Close() {
+        m_pRaw.reset();
+        m_pTools.reset();
+    }
+
+private:
+    TempFolder m_folder;
+    std::string m_path;
+    std::unique_ptr<DBTools> m_pTools;
+    std::unique_ptr<RawDb> m_pRaw;
+};
+
+// The file is the process's current database as long as this lives.
+class CurrentLibrary : public LibraryFile {
+public:
+    CurrentLibrary() { SetCurrentDBTools(Tools()); }
+    ~CurrentLibrary() { SetCurrentDBTools(nullptr); }
+};
+
+// A gallery of id 1 with the folders "A" and "B", stored, in memory.
+class StoredTree {
+public:
+    explicit StoredTree(DBTools* pTools) {
+        m_gallery.SetFolderID(1);
+        m_gallery.SetDBTools(pTools);
+        EXPECT_EQ(m_gallery.InsertOrUpdateFolder(), 1);
+        EXPECT_EQ(m_gallery.InsertOrUpdateGallery(), 1);
+        for (CQFolder** ppFolder : {&pA, &pB}) {
+            *ppFolder = AddSub(m_gallery, ppFolder == &pA ? "A" : "B");
+            EXPECT_EQ((*ppFolder)->InsertOrUpdateFolder(), 1);
+        }
+    }
+    CQGallery& Gallery() { return m_gallery; }
+
+    CQFolder* pA = nullptr;
+    CQFolder* pB = nullptr;
+
+private:
+    CQGallery m_gallery;
+};
+
+// The same tree as a later start of the library sees it.
+class LoadedTree {
+public:
+    explicit LoadedTree(DBTools* pTools) {
+        m_gallery.SetFolderID(1);
+        m_gallery.SetDBTools(pTools);
+        EXPECT_EQ(m_gallery.LoadTreeFromDb(), 1);
+        pA = m_gallery.GetFolderByName("A");
+        pB = m_gallery.GetFolderByName("B");
+    }
+    CQGallery& Gallery() { return m_gallery; }
+    CQItem* Item(unsigned nNumber) { return m_gallery.GetItemByGUID(GuidOf(nNumber)); }
+
+    CQFolder* pA = nullptr;
+    CQFolder* pB = nullptr;
+
+private:
+    CQGallery m_gallery;
+};
+
+}  // namespace qfc::test
