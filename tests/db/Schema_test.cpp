@@ -1,0 +1,289 @@
+#include "db/Schema.h"
+
+#include "tests/db/DbTestSupport.h"
+#include "tests/support/SqlTrace.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <regex>
+
+namespace {
+
+using qfc::test::LibraryTest;
+using qfc::test::RawDb;
+using qfc::test::SqlTrace;
+using qfc::test::TempFolder;
+
+struct ExpectedTable {
+    const char* name;
+    const char* create;
+};
+
+// The stored texts, with white space as single blanks and without the closing semicolon.
+const ExpectedTable kExpected[] = {
+    {"GALLERY_TABLE", "CREATE TABLE GALLERY_TABLE( GALLERY_FOLDER_ID INTEGER, GALLERY_ID INTEGER UNIQUE)"},
+    {"FOLDER_TABLE",
+     "CREATE TABLE FOLDER_TABLE( VERSION TEXT, PREDEFINED_ID INTEGER, FOLDER_NAME TEXT, ADOPT_TYPE INTEGER, "
+     "TRUSTY_TYPE INTEGER, TYPE_EXTRA INTEGER, PARENT_ID INTEGER, EXPAND_TYPE INTEGER, ORDER_INDEX INTEGER, ID "
+     "INTEGER PRIMARY KEY AUTOINCREMENT)"},
+    {"ITEM_TABLE",
+     "CREATE TABLE ITEM_TABLE( CUR_THUMB_FRAME_NUM INTEGER, ORG_THUMB_FRAME_NUM INTEGER, BBID INTEGER, ITEM_TYPE "
+     "INTEGER, ITEM_NAME TEXT, DESCRIPTION TEXT, ANNOTATION TEXT, FILE_NAME TEXT, ATTRIB INTEGER, TEMPLATE_PATH "
+     "TEXT, TIMESTAMP INTEGER, FRAME_SIZE INTEGER, FILM_SIZE INTEGER, DELETABLE INTEGER, ITEM_ID BLOB PRIMARY KEY)"},
+    {"CACHE_DATA_TABLE",
+     "CREATE TABLE CACHE_DATA_TABLE( PRE_COMPRESSED_SIZE INTEGER, COMPRESSED_SIZE INTEGER, COMPRESSED_DATA BLOB, "
+     "CACHE_DATA_TYPE INTEGER, ITEM_ID BLOB NOT NULL, PRIMARY KEY(CACHE_DATA_TYPE, ITEM_ID))"},
+    {"RELATION_TABLE",
+     "CREATE TABLE RELATION_TABLE( PARENT_ID INTEGER NOT NULL, ITEM_ID BLOB NOT NULL, ITEM_INDEX INTEGER NOT NULL, "
+     "PRIMARY KEY(PARENT_ID, ITEM_ID))"},
+    {"DEL_TABLE", "CREATE TABLE DEL_TABLE( FILE_NAME TEXT, FOLDER_ID TEXT, PRIMARY KEY(FILE_NAME, FOLDER_ID))"},
+    {"FLT_FILE_TABLE", "CREATE TABLE FLT_FILE_TABLE( FILE_NAME TEXT PRIMARY KEY, FILTER_COUNT INTEGER)"},
+    {"FLT_TABLE",
+     "CREATE TABLE FLT_TABLE( DSORVFT_DATA BLOB, DSVFTABLE_DATA BLOB, FILE_NAME TEXT, ITEM_ID BLOB PRIMARY KEY)"},
+    {"TRANSITION_TABLE", "CREATE TABLE TRANSITION_TABLE( FILE_NAME TEXT, DSORVFX_DATA BLOB, ITEM_ID BLOB PRIMARY KEY)"},
+    {"ITEM_AUTO_LOADED_TABLE",
+     "CREATE TABLE ITEM_AUTO_LOADED_TABLE( FOLDER_ID INTEGER, ITEM_ID BLOB, FILE_PATH TEXT, PRIMARY KEY(FOLDER_ID, "
+     "ITEM_ID, FILE_PATH))"},
+    {"LIB_TAG_CATEGORY_TABLE",
+     "CREATE TABLE LIB_TAG_CATEGORY_TABLE( CATEGORY_NAME TEXT, CATEGORY_GALLERY INTEGER, CATEGORY_DELETABLE INTEGER, "
+     "CATEGORY_TYPE INTEGER, CATEGORY_GUID BLOB PRIMARY KEY)"},
+    {"LIB_TAG_TABLE",
+     "CREATE TABLE LIB_TAG_TABLE( TAG_NAME TEXT, CATEGORY_GUID BLOB, TAG_TYPE INTEGER, TAG_CHECKED INTEGER, "
+     "TAG_DELETABLE INTEGER, TAG_PICTURE_SIZE INTEGER, TAG_PICTURE_DATA BLOB, TAG_GUID BLOB PRIMARY KEY)"},
+    {"TAG_ITEM_RELATION_TABLE",
+     "CREATE TABLE TAG_ITEM_RELATION_TABLE( ITEM_GUID BLOB, TAGS_GUID BLOB, PRIMARY KEY(ITEM_GUID, TAGS_GUID))"},
+};
+
+std::string Collapsed(std::string sql) {
+    sql = std::regex_replace(sql, std::regex("\\s+"), " ");
+    while (!sql.empty() && (sql.back() == ';' || sql.back() == ' ')) sql.pop_back();
+    return sql;
+}
+
+std::string Unquoted(const std::string& literal) { return literal.substr(1, literal.size() - 2); }
+
+std::map<std::string, std::string> StoredTables(const std::string& path) {
+    std::map<std::string, std::string> tables;
+    RawDb db(path);
+    for (const auto& row : db.Rows("select name, sql from sqlite_master where type = 'table'")) {
+        tables[Unquoted(row[0])] = Collapsed(Unquoted(row[1]));
+    }
+    return tables;
+}
+
+std::string ExistenceQuery(const std::string& table) {
+    return "select tbl_name from sqlite_master where name='" + table + "' AND tbl_name='" + table + "';";
+}
+
+bool OpensAsLibrary(const std::string& path) {
+    bool ok = false;
+    const DBTools tools(CString(path.c_str()), ok);
+    return ok;
+}
+
+using SchemaTest = LibraryTest;
+
+TEST_F(SchemaTest, NewFileHasTheThirteenTablesAndSqlitesOwnOnly) {
+    auto stored = StoredTables(m_path);
+    EXPECT_EQ(stored.erase("sqlite_sequence"), 1U);
+    for (const ExpectedTable& table : kExpected) {
+        EXPECT_EQ(stored[table.name], table.create);
+        stored.erase(table.name);
+    }
+    EXPECT_TRUE(stored.empty()) << "an additional table: " << stored.begin()->first;
+}
+
+TEST_F(SchemaTest, OnlyAutomaticIndexesAndNoViewsOrTriggers) {
+    EXPECT_EQ(Cell("select count(*) from sqlite_master where type in ('view', 'trigger')"), "0");
+    EXPECT_EQ(Cell("select count(*) from sqlite_master where type = 'index' and sql is not null"), "0");
+}
+
+TEST(Schema, NewFileIsAskedForAndGivenEachTableInOrder) {
+    const TempFolder folder;
+    SqlTrace trace;
+    ASSERT_TRUE(OpensAsLibrary(folder / "new.db"));
+    const auto sent = trace.Statements();
+    ASSERT_EQ(sent.size(), 26U);
+    for (std::size_t i = 0; i < 13; ++i) {
+        EXPECT_EQ(sent[2 * i], ExistenceQuery(kExpected[i].name));
+        EXPECT_EQ(Collapsed(sent[2 * i + 1]), kExpected[i].create);
+        EXPECT_EQ(sent[2 * i + 1].back(), ';');
+    }
+}
+
+TEST_F(SchemaTest, CompleteFileIsAskedThirteenTimesAndGivenNothing) {
+    m_tools.reset();
+    SqlTrace trace;
+    Open();
+    const auto sent = trace.Statements();
+    ASSERT_EQ(sent.size(), 13U);
+    for (std::size_t i = 0; i < 13; ++i) EXPECT_EQ(sent[i], ExistenceQuery(kExpected[i].name));
+}
+
+TEST_F(SchemaTest, AnyMissingTableIsMadeAgain) {
+    for (const ExpectedTable& table : kExpected) {
+        m_tools.reset();
+        Exec(std::string("DROP TABLE ") + table.name);
+        Open();
+        EXPECT_EQ(StoredTables(m_path)[table.name], table.create);
+    }
+}
+
+TEST(Schema, ExistingTableIsNeverAltered) {
+    const TempFolder folder;
+    const std::string path = folder / "odd.db";
+    RawDb(path).Exec("CREATE TABLE ITEM_TABLE(SOMETHING); INSERT INTO ITEM_TABLE VALUES(7)");
+    ASSERT_TRUE(OpensAsLibrary(path));
+    EXPECT_EQ(StoredTables(path)["ITEM_TABLE"], "CREATE TABLE ITEM_TABLE(SOMETHING)");
+    EXPECT_EQ(RawDb(path).Cell("select SOMETHING from ITEM_TABLE"), "7");
+}
+
+TEST(Schema, FileThatIsNoDatabaseIsRefusedAndLeftAlone) {
+    const TempFolder folder;
+    const std::string text(5000, 'x');
+    const std::string path = folder.Write("text.db", text);
+    EXPECT_FALSE(OpensAsLibrary(path));
+    EXPECT_EQ(qfc::test::ReadFile(path), text);
+}
+
+// --- A file from before folders had an order ---
+
+class OldLibraryTest : public testing::Test {
+protected:
+    void SetUp() override {
+        std::filesystem::copy_file(QFCLIB_TEST_DATA "/library-before-folder-order.db", m_path);
+        bool ok = false;
+        m_tools = std::make_unique<DBTools>(CString(m_path.c_str()), ok);
+        ASSERT_TRUE(ok);
+    }
+
+    TempFolder m_folder;
+    std::string m_path = m_folder / "old.db";
+    std::unique_ptr<DBTools> m_tools;
+};
+
+TEST_F(OldLibraryTest, OpeningAloneLeavesItsFolderTableAsItIs) {
+    EXPECT_EQ(StoredTables(m_path)["FOLDER_TABLE"].find("ORDER_INDEX"), std::string::npos);
+}
+
+TEST_F(OldLibraryTest, MigrationAddsTheColumnWithDefaultMinusOne) {
+    EXPECT_NE(m_tools->AddFolderOrderIndexColumn(), 0);
+    EXPECT_EQ(RawDb(m_path).Rows("select ID, ORDER_INDEX, typeof(ORDER_INDEX) from FOLDER_TABLE order by ID"),
+              (std::vector<RawDb::Row>{{"1", "-1", "'integer'"}, {"2", "-1", "'integer'"}}));
+    EXPECT_EQ(StoredTables(m_path)["FOLDER_TABLE"],
+              "CREATE TABLE FOLDER_TABLE( VERSION TEXT, PREDEFINED_ID INTEGER, FOLDER_NAME TEXT, ADOPT_TYPE INTEGER, "
+              "TRUSTY_TYPE INTEGER, TYPE_EXTRA INTEGER, PARENT_ID INTEGER, EXPAND_TYPE INTEGER, ID INTEGER PRIMARY "
+              "KEY AUTOINCREMENT, ORDER_INDEX INTEGER DEFAULT '-1')");
+}
+
+TEST_F(OldLibraryTest, SecondMigrationChangesNothing) {
+    ASSERT_NE(m_tools->AddFolderOrderIndexColumn(), 0);
+    const std::string before = qfc::test::DumpOf(m_path);
+    EXPECT_NE(m_tools->AddFolderOrderIndexColumn(), 0);
+    EXPECT_EQ(qfc::test::DumpOf(m_path), before);
+}
+
+TEST_F(OldLibraryTest, MigratedFoldersCanBeWritten) {
+    ASSERT_NE(m_tools->AddFolderOrderIndexColumn(), 0);
+    int folder = 2;
+    EXPECT_TRUE(m_tools->InsertOrUpdateFolder("1.0", 0, "new", 1, 2, 3, 1, 4, 5, folder));
+    EXPECT_EQ(RawDb(m_path).Cell("select ORDER_INDEX from FOLDER_TABLE where ID = 2"), "5");
+}
+
+TEST_F(OldLibraryTest, MigrationSendsTheGivenTexts) {
+    m_tools.reset();
+    SqlTrace trace;
+    bool ok = false;
+    DBTools tools(CString(m_path.c_str()), ok);
+    trace.Clear();
+    tools.AddFolderOrderIndexColumn();
+    const char* const query = "SELECT * FROM sqlite_master WHERE name = 'FOLDER_TABLE' AND SQL LIKE '%ORDER_INDEX%';";
+    EXPECT_EQ(trace.Count(query), 1);
+    EXPECT_EQ(trace.Count("ALTER TABLE FOLDER_TABLE ADD COLUMN ORDER_INDEX INTEGER DEFAULT '-1';"), 1);
+    trace.Clear();
+    tools.AddFolderOrderIndexColumn();
+    EXPECT_EQ(trace.Statements(), (std::vector<std::string>{"BEGIN TRANSACTION;", query, "END TRANSACTION;"}));
+}
+
+TEST_F(SchemaTest, MigrationWithoutFolderTableFails) {
+    Exec("DROP TABLE FOLDER_TABLE");
+    EXPECT_EQ(m_tools->AddFolderOrderIndexColumn(), 0);
+}
+
+// --- Clearing ---
+
+TEST_F(SchemaTest, ClearDropsTenTablesAndKeepsTheTags) {
+    Exec(
+        "INSERT INTO LIB_TAG_TABLE(TAG_NAME, TAG_GUID) VALUES('sun', x'01');"
+        "INSERT INTO LIB_TAG_CATEGORY_TABLE(CATEGORY_NAME, CATEGORY_GUID) VALUES('sky', x'02');"
+        "INSERT INTO TAG_ITEM_RELATION_TABLE VALUES(x'03', x'01')");
+    EXPECT_TRUE(m_tools->ClearDatabase());
+    auto stored = StoredTables(m_path);
+    stored.erase("sqlite_sequence");
+    EXPECT_EQ(stored.size(), 3U);
+    EXPECT_EQ(Cell("select TAG_NAME from LIB_TAG_TABLE"), "'sun'");
+    EXPECT_EQ(Cell("select CATEGORY_NAME from LIB_TAG_CATEGORY_TABLE"), "'sky'");
+    EXPECT_EQ(Count("TAG_ITEM_RELATION_TABLE"), "1");
+}
+
+TEST_F(SchemaTest, ClearedTablesComeBackEmptyWithTheNextConnection) {
+    AddItem(1, AddGallery(1));
+    ASSERT_TRUE(m_tools->ClearDatabase());
+    Open();
+    for (const ExpectedTable& table : kExpected) EXPECT_EQ(Count(table.name), "0");
+}
+
+TEST_F(SchemaTest, ClearSendsTenDropsInOrderInOneTransaction) {
+    m_tools.reset();
+    SqlTrace trace;
+    Open();
+    trace.Clear();
+    ASSERT_TRUE(m_tools->ClearDatabase());
+    const std::vector<std::string> drops{
+        "BEGIN TRANSACTION;",
+        "DROP TABLE IF EXISTS CACHE_DATA_TABLE;",
+        "DROP TABLE IF EXISTS DEL_TABLE;",
+        "DROP TABLE IF EXISTS FLT_FILE_TABLE;",
+        "DROP TABLE IF EXISTS FLT_TABLE;",
+        "DROP TABLE IF EXISTS FOLDER_TABLE;",
+        "DROP TABLE IF EXISTS GALLERY_TABLE;",
+        "DROP TABLE IF EXISTS ITEM_TABLE;",
+        "DROP TABLE IF EXISTS RELATION_TABLE;",
+        "DROP TABLE IF EXISTS TRANSITION_TABLE;",
+        "DROP TABLE IF EXISTS ITEM_AUTO_LOADED_TABLE;",
+        "END TRANSACTION;",
+    };
+    EXPECT_EQ(trace.Statements(), drops);
+}
+
+// --- Export ---
+
+TEST_F(SchemaTest, ExportCopiesTheWholeLibrary) {
+    AddItem(1, AddGallery(1), 0, qfc::test::Repeated(50000, 3));
+    const std::string target = m_folder / "export.db";
+    EXPECT_TRUE(m_tools->ExportDatabase(target.c_str()));
+    EXPECT_EQ(qfc::test::DumpOf(target), qfc::test::DumpOf(m_path));
+}
+
+TEST_F(SchemaTest, ExportOverwritesAnExistingDatabase) {
+    const std::string target = m_folder / "export.db";
+    RawDb(target).Exec("CREATE TABLE OLD(N)");
+    EXPECT_TRUE(m_tools->ExportDatabase(target.c_str()));
+    EXPECT_EQ(qfc::test::DumpOf(target), qfc::test::DumpOf(m_path));
+}
+
+TEST_F(SchemaTest, ExportIntoAMissingFolderFails) {
+    EXPECT_FALSE(m_tools->ExportDatabase((m_folder / "missing/export.db").c_str()));
+    EXPECT_FALSE(m_tools->ExportDatabase(""));
+}
+
+TEST_F(SchemaTest, ExportOntoItselfFailsAndChangesNothing) {
+    AddItem(1, AddGallery(1));
+    const std::string before = qfc::test::DumpOf(m_path);
+    EXPECT_FALSE(m_tools->ExportDatabase(m_path.c_str()));
+    EXPECT_EQ(qfc::test::DumpOf(m_path), before);
+    EXPECT_TRUE(AddItem(2, 1));
+}
+
+}  // namespace
