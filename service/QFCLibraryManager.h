@@ -24,6 +24,7 @@ class LibraryOperation;
 
 namespace qfc {
 class EntrySteps;
+class ServicePeer;
 class WorkerThread;
 }  // namespace qfc
 
@@ -121,6 +122,7 @@ public:
 
 private:
     friend class qfc::EntrySteps;
+    friend class qfc::ServicePeer;  // For tests.
 
     using SharedOperation = std::shared_ptr<LibraryOperation>;
 

@@ -1,0 +1,330 @@
+#include "items/Handles.h"
+#include "platform/os/Sync.h"
+#include "service/operations/AddItem.h"
+#include "service/operations/DeleteItem.h"
+#include "service/operations/QueryLibItemThumbnailInfo.h"
+#include "service/operations/UpdateItem.h"
+#include "service/operations/UpdateLibItemThumbnail.h"
+#include "tests/support/GateOperation.h"
+#include "tests/support/LibraryFixture.h"
+#include "tests/support/RawDb.h"
+#include "tests/support/ServicePeer.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+#include <optional>
+
+namespace {
+
+using Manager = QFCLibraryManager;
+using qfc::AsGallery;
+using qfc::ToHandle;
+using qfc::test::RawDb;
+
+class EntriesItems : public qfc::test::LibraryFixture {
+protected:
+    void SetUp() override {
+        LibraryFixture::SetUp();
+        m_pOther = MakeFolder("", "Other");
+    }
+    static void RefuseWrites(const std::string& table) {
+        RawDb(DatabaseFile())
+            .Exec("create trigger REFUSE before insert on " + table + " begin select raise(fail, 'refused'); end");
+    }
+    // Adds without waiting and answers what the callback got; empty when the operation raised none.
+    std::optional<QFCLibCallbackParam> AddAsync(const std::vector<CString>& paths, CQItem* pItem) {
+        std::optional<QFCLibCallbackParam> seen;
+        Manager::fnRegister_QFCLibCallBack("add", [&](QFCLibCallbackParam* pParam) {
+            if (!seen && pItem != nullptr && pParam->guidItem == pItem->GetUniqueID()) seen = *pParam;
+            return 1;
+        });
+        EXPECT_EQ(Manager::fnAddItemAsync(m_hMedia, paths, pItem, 0), 1);
+        Settle();
+        Manager::fnUnRegister_QFCLibCallBack("add");
+        return seen;
+    }
+    static CQItem* ItemOf(CQFolder* pFolder, const GUID& guid) { return pFolder->GetItemByGUID(guid); }
+
+    CQFolder* m_pOther = nullptr;
+};
+
+// --- Adding ------------------------------------------------------------------------------------------------------
+
+TEST_F(EntriesItems, AddItem_IsFoundAfterARestart) {
+    const GUID guid = AddItem("Sunrise")->GetUniqueID();
+    Restart();
+    CQItem* const pItem = ItemOf(m_pClips, guid);
+    ASSERT_NE(pItem, nullptr);
+    EXPECT_EQ(pItem->GetItemName(), "Sunrise");
+    EXPECT_EQ(pItem->GetFileName(), "C:\\media\\Sunrise.avi");
+}
+
+TEST_F(EntriesItems, AddItem_ToSeveralFolders_IsOneItem) {
+    CQItem* const pItem = AddItem("Sunrise", {"Clips", "Other"});
+    EXPECT_EQ(m_pClips->GetItemArray()->GetAt(0), pItem);
+    EXPECT_EQ(m_pOther->GetItemArray()->GetAt(0), pItem);
+    EXPECT_EQ(pItem->GetParentFolder(), m_pOther);
+    EXPECT_EQ(CountRows("ITEM_TABLE"), 1);
+    EXPECT_EQ(CountRows("RELATION_TABLE"), 2);
+}
+
+TEST_F(EntriesItems, AddItem_SkipsPathsThatNameNoFolder) {
+    CQItem* const pItem = NewItem("Sunrise");
+    EXPECT_EQ(Manager::fnAddItem(m_hMedia, {"Nowhere", "Clips", "", "Other"}, pItem), 1);
+    EXPECT_EQ(m_pClips->HasItem(pItem->GetUniqueID(), 0), 1);
+    EXPECT_EQ(m_pOther->HasItem(pItem->GetUniqueID(), 0), 1);
+}
+
+TEST_F(EntriesItems, AddItem_ToNoExistingFolder_StillReportsSuccessAndTheItemStaysTheCallers) {
+    const std::unique_ptr<CQItem> item(NewItem("Sunrise"));
+    EXPECT_EQ(Manager::fnAddItem(m_hMedia, {"Nowhere"}, item.get()), 1);
+    EXPECT_EQ(CountRows("ITEM_TABLE"), 0);
+}
+
+TEST_F(EntriesItems, AddItem_ThatTheDatabaseRefuses_StillReportsSuccessAndTheItemStaysTheCallers) {
+    RefuseWrites("RELATION_TABLE");
+    const std::unique_ptr<CQItem> item(NewItem("Sunrise"));
+    EXPECT_EQ(Manager::fnAddItem(m_hMedia, {"Clips", "Other"}, item.get()), 1);
+    EXPECT_EQ(m_pClips->HasItem(item->GetUniqueID(), 0), 0);
+    EXPECT_EQ(CountRows("ITEM_TABLE"), 0);
+}
+
+TEST_F(EntriesItems, AddItem_WithoutGalleryPathsOrItem_Fails) {
+    const std::unique_ptr<CQItem> item(NewItem("Sunrise"));
+    EXPECT_EQ(Manager::fnAddItem(0, {"Clips"}, item.get()), 0);
+    EXPECT_EQ(Manager::fnAddItem(m_hMedia, {}, item.get()), 0);
+    EXPECT_EQ(Manager::fnAddItem(m_hMedia, {"Clips"}, nullptr), 0);
+    EXPECT_EQ(CountRows("ITEM_TABLE"), 0);
+}
+
+TEST_F(EntriesItems, AddItem_LeavesTheCallersPathsAlone) {
+    const std::vector<CString> paths{"Clips", "Other"};
+    AddItem("Sunrise", paths);
+    EXPECT_EQ(paths, (std::vector<CString>{"Clips", "Other"}));
+}
+
+TEST_F(EntriesItems, AddItemAsync_TellsTheCallbackGalleryItemAndRowOfTheFirstFolder) {
+    CQItem* const pItem = NewItem("Sunrise");
+    const auto seen = AddAsync({"Other", "Clips"}, pItem);
+    ASSERT_TRUE(seen);
+    EXPECT_EQ(seen->hGallery, m_hMedia);
+    EXPECT_EQ(seen->guidItem, pItem->GetUniqueID());
+    EXPECT_EQ(seen->nFolderId, m_pOther->GetDBId());
+    EXPECT_EQ(m_pClips->HasItem(pItem->GetUniqueID(), 0), 1);
+}
+
+TEST_F(EntriesItems, AddItemAsync_WhoseFirstPathNamesNoFolder_TellsFolderMinusOne) {
+    CQItem* const pItem = NewItem("Sunrise");
+    const auto seen = AddAsync({"Nowhere", "Clips"}, pItem);
+    ASSERT_TRUE(seen);
+    EXPECT_EQ(seen->nFolderId, -1);
+    EXPECT_EQ(m_pClips->HasItem(pItem->GetUniqueID(), 0), 1);
+}
+
+TEST_F(EntriesItems, AddItemAsync_ToNoExistingFolder_StillRaisesTheCallback) {
+    const std::unique_ptr<CQItem> item(NewItem("Sunrise"));
+    const auto seen = AddAsync({"Nowhere"}, item.get());
+    ASSERT_TRUE(seen);
+    EXPECT_EQ(seen->nFolderId, -1);
+}
+
+TEST_F(EntriesItems, AddItemAsync_ReportsTheQueueingEvenIfTheAddFails) {
+    EXPECT_FALSE(AddAsync({}, nullptr));
+    const std::unique_ptr<CQItem> item(NewItem("Sunrise"));
+    EXPECT_FALSE(AddAsync({}, item.get()));
+}
+
+TEST_F(EntriesItems, AddItemAsync_ReturnsBeforeTheItemIsAdded) {
+    qfc::test::Gate gate;
+    CQItem* const pItem = NewItem("Sunrise");
+    EXPECT_EQ(Manager::fnAddItemAsync(m_hMedia, {"Clips"}, pItem, 0), 1);
+    EXPECT_EQ(CountRows("ITEM_TABLE"), 0);
+    gate.Open();
+    Settle();
+    EXPECT_EQ(m_pClips->HasItem(pItem->GetUniqueID(), 0), 1);
+}
+
+TEST_F(EntriesItems, AddItemAsync_OfLowPriority_ComesBehindFourOthers) {
+    std::string order;
+    Listen("order", [&](QFCLibCallbackParam* pParam) {
+        const CQItem* const pItem = AsGallery(m_hMedia)->GetItemByGUID(pParam->guidItem);
+        if (pItem != nullptr) order += std::string(pItem->GetItemName()) + " ";
+        return 1;
+    });
+    {
+        qfc::test::Gate gate;
+        Manager::fnAddItemAsync(m_hMedia, {"Clips"}, NewItem("late"), 1);
+        for (const char* name : {"a", "b", "c", "d", "e"}) {
+            Manager::fnAddItemAsync(m_hMedia, {"Clips"}, NewItem(name), 0);
+        }
+    }
+    Settle();
+    EXPECT_EQ(order, "a b c d late e ");
+}
+
+// --- Deleting ----------------------------------------------------------------------------------------------------
+
+TEST_F(EntriesItems, DeleteItem_ModeZero_TakesTheItemOutOfEveryFolderAndReportsZero) {
+    const GUID guid = AddItem("Sunrise", {"Clips", "Other"})->GetUniqueID();
+    EXPECT_EQ(Manager::fnDeleteItem(ToHandle(m_pClips), {guid}, 0), 0);
+    EXPECT_EQ(m_pClips->HasItem(guid, 0), 0);
+    EXPECT_EQ(m_pOther->HasItem(guid, 0), 0);
+    EXPECT_EQ(CountRows("ITEM_TABLE"), 0);
+    EXPECT_EQ(CountRows("RELATION_TABLE"), 0);
+}
+
+TEST_F(EntriesItems, DeleteItem_AnotherMode_TakesItOutOfThisFolderOnlyAndReportsZero) {
+    CQItem* const pItem = AddItem("Sunrise", {"Clips", "Other"});
+    qfc::test::GiveBlackBox(*pItem, 100);
+    ASSERT_EQ(pItem->UpdateItemDB(), 1);
+    const GUID guid = pItem->GetUniqueID();
+    EXPECT_EQ(Manager::fnDeleteItem(ToHandle(m_pClips), {guid}, 1), 0);
+    EXPECT_EQ(m_pClips->HasItem(guid, 0), 0);
+    EXPECT_EQ(m_pOther->HasItem(guid, 0), 1);
+    EXPECT_EQ(CountRows("ITEM_TABLE"), 1);
+    EXPECT_EQ(CountRows("CACHE_DATA_TABLE"), 1);
+    EXPECT_EQ(Manager::fnDeleteItem(ToHandle(m_pOther), {guid}, 1), 0);
+    EXPECT_EQ(CountRows("ITEM_TABLE"), 0);
+    EXPECT_EQ(CountRows("CACHE_DATA_TABLE"), 0);
+}
+
+TEST_F(EntriesItems, DeleteItem_TakesSeveralAndPassesOverUnknownOnes) {
+    const GUID first = AddItem("First")->GetUniqueID();
+    const GUID second = AddItem("Second", {"Other"})->GetUniqueID();
+    const GUID kept = AddItem("Kept")->GetUniqueID();
+    Manager::fnDeleteItem(ToHandle(m_pClips), {first, GUID{1, 2, 3, {}}, second}, 0);
+    EXPECT_EQ(m_pClips->HasItem(first, 0), 0);
+    EXPECT_EQ(m_pOther->HasItem(second, 0), 0);
+    EXPECT_EQ(m_pClips->HasItem(kept, 0), 1);
+}
+
+TEST_F(EntriesItems, DeleteItem_WithoutFolderGalleryOrItems_ChangesNothing) {
+    const GUID guid = AddItem("Sunrise")->GetUniqueID();
+    CQFolder loose("Loose", 0, 0, 0);
+    EXPECT_EQ(Manager::fnDeleteItem(0, {guid}, 0), 0);
+    EXPECT_EQ(Manager::fnDeleteItem(ToHandle(&loose), {guid}, 0), 0);
+    EXPECT_EQ(Manager::fnDeleteItem(ToHandle(m_pClips), {}, 0), 0);
+    EXPECT_EQ(m_pClips->HasItem(guid, 0), 1);
+}
+
+// --- Updating ----------------------------------------------------------------------------------------------------
+
+TEST_F(EntriesItems, UpdateItem_StoresTheFieldsOfTheMask) {
+    const GUID guid = AddItem("Sunrise")->GetUniqueID();
+    CQItem change("Sunset");
+    change.GetDescription() = "in the evening";
+    EXPECT_EQ(Manager::fnUpdateItem(m_hMedia, &change, guid, 1), 1);
+    Restart();
+    CQItem* const pItem = ItemOf(m_pClips, guid);
+    ASSERT_NE(pItem, nullptr);
+    EXPECT_EQ(pItem->GetItemName(), "Sunset");
+    EXPECT_EQ(pItem->GetDescription(), "in the evening");
+}
+
+TEST_F(EntriesItems, UpdateItem_OfAVideoAfterARestart_KeepsItsPayloads) {
+    CQItem* const pVideo = NewItem("Sunrise");
+    qfc::test::GiveBlackBox(*pVideo, 3000);
+    qfc::test::GiveBitmapCache(*pVideo, 16, 9);
+    qfc::test::GiveFilm(*pVideo, 10, 500);
+    const GUID guid = pVideo->GetUniqueID();
+    ASSERT_EQ(Manager::fnAddItem(m_hMedia, {"Clips"}, pVideo), 1);
+    Restart();
+    {
+        CQItem* const pStored = ItemOf(m_pClips, guid);
+        ASSERT_NE(pStored, nullptr);
+        CQItem renamed(*pStored);
+        renamed.SetItemName("Sunset");
+        EXPECT_EQ(Manager::fnUpdateItem(m_hMedia, &renamed, guid, 1), 1);
+    }
+    Restart();
+    CQItem* const pItem = ItemOf(m_pClips, guid);
+    ASSERT_NE(pItem, nullptr);
+    EXPECT_EQ(pItem->GetItemName(), "Sunset");
+    ASSERT_EQ(pItem->GetTotalFilmFrame(), 10u);
+    EXPECT_TRUE(qfc::test::HoldsPattern(pItem->GetFilmFrame(0), 5000));
+    EXPECT_TRUE(qfc::test::HoldsPattern(pItem->GetBlackBox(), 3000));
+    EXPECT_EQ(pItem->GetBitmapCacheSize().cx, 16);
+}
+
+// Kept: 1 says nothing about the update.
+TEST_F(EntriesItems, UpdateItem_ReportsSuccessWhateverBecameOfIt) {
+    const GUID guid = AddItem("Sunrise")->GetUniqueID();
+    CQItem change("Sunset");
+    EXPECT_EQ(Manager::fnUpdateItem(m_hMedia, &change, GUID{1, 2, 3, {}}, 1), 1);
+    RefuseWrites("ITEM_TABLE");
+    EXPECT_EQ(Manager::fnUpdateItem(m_hMedia, &change, guid, 1), 1);
+    EXPECT_EQ(CountRows("ITEM_TABLE where ITEM_NAME = 'Sunrise'"), 1);
+}
+
+TEST_F(EntriesItems, UpdateItem_WithoutGalleryOrItem_Fails) {
+    CQItem change("Sunset");
+    EXPECT_EQ(Manager::fnUpdateItem(0, &change, change.GetUniqueID(), 1), 0);
+    EXPECT_EQ(Manager::fnUpdateItem(m_hMedia, nullptr, change.GetUniqueID(), 1), 0);
+}
+
+TEST_F(EntriesItems, UpdateLibItemThumbnail_StoresTheBitmapCacheAlone) {
+    CQItem* const pItem = AddItem("Sunrise");
+    qfc::test::GiveBitmapCache(*pItem, 20, 10);
+    qfc::test::GiveBlackBox(*pItem, 64);
+    EXPECT_EQ(Manager::fnUpdateLibItemThumbnail(pItem), 1);
+    EXPECT_EQ(CountRows("CACHE_DATA_TABLE"), 1);
+    EXPECT_EQ(CountRows("CACHE_DATA_TABLE where CACHE_DATA_TYPE = 0"), 1);
+}
+
+TEST_F(EntriesItems, UpdateLibItemThumbnail_WithoutItemOrDatabase_Fails) {
+    EXPECT_EQ(Manager::fnUpdateLibItemThumbnail(nullptr), 0);
+    CQItem item("Sunrise");
+    qfc::test::GiveBitmapCache(item, 20, 10);
+    LibraryOperation_UpdateLibItemThumbnail operation(&item, nullptr);
+    EXPECT_EQ(operation.execute(), 0);
+    RefuseWrites("CACHE_DATA_TABLE");
+    EXPECT_EQ(Manager::fnUpdateLibItemThumbnail(&item), 0);
+}
+
+// --- Thumbnails --------------------------------------------------------------------------------------------------
+
+TEST_F(EntriesItems, QueryLibItemThumbnailInfo_ListsEveryStoredBitmapCache) {
+    CQItem* const pFirst = NewItem("First", 4);
+    qfc::test::GiveBitmapCache(*pFirst, 30, 20);
+    CQItem* const pSecond = NewItem("Second", 1);
+    qfc::test::GiveBlackBox(*pSecond, 50);
+    for (CQItem* const p : {pFirst, pSecond}) ASSERT_EQ(Manager::fnAddItem(m_hMedia, {"Clips"}, p), 1);
+
+    std::vector<_DS_LibItemTunmbnailInfo_> thumbnails(5);
+    EXPECT_EQ(Manager::fnQueryLibItemThumbnailInfo(thumbnails), 1);
+    ASSERT_EQ(thumbnails.size(), 1u);
+    EXPECT_EQ(thumbnails[0].guidItem, pFirst->GetUniqueID());
+    EXPECT_EQ(thumbnails[0].dwItemType, 4u);
+    EXPECT_EQ(thumbnails[0].nReserved, 0);
+    EXPECT_EQ(std::to_string(thumbnails[0].nCompressedSize),
+              RawDb(DatabaseFile()).Cell("select COMPRESSED_SIZE from CACHE_DATA_TABLE where CACHE_DATA_TYPE = 0"));
+    EXPECT_EQ(thumbnails[0].sizeBitmapCache.cx, 30);
+    EXPECT_EQ(thumbnails[0].sizeBitmapCache.cy, 20);
+    EXPECT_EQ(thumbnails[0].strPath, "C:\\media\\First.avi");
+}
+
+TEST_F(EntriesItems, QueryLibItemThumbnailInfo_PassesOverHostileRows) {
+    RawDb(DatabaseFile())
+        .Exec(
+            "insert into CACHE_DATA_TABLE values(10, 0, X'0011', 0, X'0102');"
+            "insert into CACHE_DATA_TABLE values(10, 0, X'0011', 0, 'text');"
+            "insert into CACHE_DATA_TABLE values(999999999, 3, X'001122', 0, X'00112233445566778899AABBCCDDEEFF')");
+    std::vector<_DS_LibItemTunmbnailInfo_> thumbnails;
+    EXPECT_EQ(Manager::fnQueryLibItemThumbnailInfo(thumbnails), 1);
+    ASSERT_EQ(thumbnails.size(), 1u);  // Known by its id, although its bytes are no bitmap.
+    EXPECT_EQ(thumbnails[0].sizeBitmapCache.cx, -1);
+    EXPECT_EQ(thumbnails[0].nCompressedSize, 3);
+    EXPECT_TRUE(thumbnails[0].strPath.IsEmpty());
+}
+
+// Kept: 1 says that the worker ran the query.
+TEST_F(EntriesItems, QueryLibItemThumbnailInfo_ThatFails_EmptiesTheListAndReportsSuccess) {
+    RawDb(DatabaseFile()).Exec("drop table CACHE_DATA_TABLE");
+    std::vector<_DS_LibItemTunmbnailInfo_> thumbnails(3);
+    EXPECT_EQ(Manager::fnQueryLibItemThumbnailInfo(thumbnails), 1);
+    EXPECT_TRUE(thumbnails.empty());
+    LibraryOperation_QueryLibItemThumbnailInfo operation(nullptr);
+    EXPECT_EQ(operation.execute(), 0);
+}
+
+}  // namespace

@@ -1,0 +1,50 @@
+#include "service/LibraryOperation.h"
+
+#include "platform/os/Sync.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class PlainOperation : public LibraryOperation {
+public:
+    explicit PlainOperation(ULONGLONG hGallery = 0) { SetGallery(hGallery); }
+    int execute() override { return 1; }
+};
+
+TEST(LibraryOperation, IsSynchronousWithoutResultAndNotSignalledAtFirst) {
+    const PlainOperation operation;
+    EXPECT_FALSE(operation.IsAsync());
+    EXPECT_EQ(operation.Result(), 0);
+    ASSERT_NE(operation.Event(), nullptr);
+    EXPECT_EQ(WaitForSingleObject(operation.Event(), 0), WAIT_TIMEOUT);
+}
+
+TEST(LibraryOperation, ItsEventStaysSignalledForEveryWaiter) {
+    const PlainOperation operation;
+    SetEvent(operation.Event());
+    EXPECT_EQ(WaitForSingleObject(operation.Event(), 0), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(operation.Event(), 0), WAIT_OBJECT_0);
+}
+
+TEST(LibraryOperation, ClosesItsEventAtTheEnd) {
+    HANDLE hEvent = nullptr;
+    {
+        const PlainOperation operation;
+        hEvent = operation.Event();
+    }
+    EXPECT_EQ(WaitForSingleObject(hEvent, 0), WAIT_FAILED);
+}
+
+TEST(LibraryOperation, TheBaseRecordHoldsTheGalleryAndNothingElse) {
+    PlainOperation operation(4711);
+    QFCLibCallbackParam param;
+    param.guidItem.Data1 = 1;
+    param.nFolderId = 9;
+    operation.FillCallbackParam(param);
+    EXPECT_EQ(param.hGallery, 4711u);
+    EXPECT_EQ(param.guidItem, GUID_NULL);
+    EXPECT_EQ(param.nFolderId, -1);
+}
+
+}  // namespace

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "service/EntrySteps.h"
+#include "service/LibraryOperation.h"
+#include "service/QFCLibraryManager.h"
+
+#include <functional>
+#include <memory>
+#include <utility>
+
+namespace qfc {
+
+// The private side of the service, for tests.
+class ServicePeer {
+public:
+    using SharedOperation = std::shared_ptr<LibraryOperation>;
+
+    static QFCLibraryManager& Manager() { return EntrySteps::Manager(); }
+    static int Add(SharedOperation p) { return Manager().fnAddLibraryOperation(std::move(p)); }
+    static int AddAsync(SharedOperation p, int nPriority) {
+        return Manager().fnAddLibraryOperationAsync(std::move(p), nPriority);
+    }
+    static SharedOperation Take() { return Manager().fnGetLibraryOperation(); }
+    static int IsSyncEmpty() { return Manager().fnIsLibraryOperationListEmpty(); }
+    static int Clear() { return Manager().fnClearLibraryOperation(); }
+    static int CallAll(QFCLibCallbackParam* pParam) { return Manager().fnCallbackExec(pParam); }
+    static unsigned RunWorker(void* pManager) { return QFCLibraryManager::fnThreadExecuteLibraryOperation(pManager); }
+    static DBTools* Database(const QFCLibraryManager& manager) { return manager.m_pDBTools; }
+    static int Running(const QFCLibraryManager& manager) { return manager.m_nRunning; }
+    static void* Mutex(const QFCLibraryManager& manager) { return manager.m_hServiceMutex; }
+    static WorkerThread* Worker(const QFCLibraryManager& manager) { return manager.m_pWorker; }
+    static SharedOperation TakeFrom(QFCLibraryManager& manager) { return manager.m_queues.Take(); }
+    // So that a copy that dies leaves the mutex to the original.
+    static void ForgetMutex(QFCLibraryManager& manager) { manager.m_hServiceMutex = nullptr; }
+};
+
+namespace test {
+
+// An operation made of two functions.
+class LambdaOperation : public LibraryOperation {
+public:
+    explicit LambdaOperation(std::function<int()> execute, std::function<void(QFCLibCallbackParam&)> fill = nullptr)
+        : m_execute(std::move(execute)), m_fill(std::move(fill)) {}
+    int execute() override { return m_execute(); }
+    void FillCallbackParam(QFCLibCallbackParam& param) override {
+        LibraryOperation::FillCallbackParam(param);
+        if (m_fill) m_fill(param);
+    }
+
+private:
+    std::function<int()> m_execute;
+    std::function<void(QFCLibCallbackParam&)> m_fill;
+};
+
+}  // namespace test
+}  // namespace qfc
