@@ -1,0 +1,74 @@
+#include "tests/db/DbTestSupport.h"
+#include "tests/support/SqlTrace.h"
+
+namespace {
+
+using namespace qfc::test;
+
+using DBToolsAutoLoaded = LibraryTest;
+
+TEST_F(DBToolsAutoLoaded, ItemRowHasAnEmptyPath) {
+    EXPECT_TRUE(m_tools->InsertAutoLoadedItem(MakeGuid(1), 5));
+    EXPECT_EQ(RawDb(m_path).Rows("select * from ITEM_AUTO_LOADED_TABLE"),
+              (std::vector<RawDb::Row>{{"5", Literal(MakeGuid(1)), "''"}}));
+}
+
+TEST_F(DBToolsAutoLoaded, FileRowHasTheZeroGuid) {
+    EXPECT_TRUE(m_tools->InsertAutoLoadedFile("C:\\a.flt", 5));
+    EXPECT_EQ(RawDb(m_path).Rows("select * from ITEM_AUTO_LOADED_TABLE"),
+              (std::vector<RawDb::Row>{{"5", "X'00000000000000000000000000000000'", "'C:\\a.flt'"}}));
+}
+
+TEST_F(DBToolsAutoLoaded, ItemIsKnownInItsFolderOnly) {
+    ASSERT_TRUE(m_tools->InsertAutoLoadedItem(MakeGuid(1), 5));
+    EXPECT_TRUE(m_tools->IsItemAutoLoaded(MakeGuid(1), 5));
+    EXPECT_FALSE(m_tools->IsItemAutoLoaded(MakeGuid(1), 6));
+    EXPECT_FALSE(m_tools->IsItemAutoLoaded(MakeGuid(2), 5));
+}
+
+TEST_F(DBToolsAutoLoaded, FileIsKnownInItsFolderOnly) {
+    ASSERT_TRUE(m_tools->InsertAutoLoadedFile("a", 5));
+    EXPECT_TRUE(m_tools->IsFileAutoLoaded("a", 5));
+    EXPECT_FALSE(m_tools->IsFileAutoLoaded("a", 6));
+    EXPECT_FALSE(m_tools->IsFileAutoLoaded("A", 5));
+}
+
+TEST_F(DBToolsAutoLoaded, TwoFilesOfOneFolderAreTwoRows) {
+    EXPECT_TRUE(m_tools->InsertAutoLoadedFile("a", 5));
+    EXPECT_TRUE(m_tools->InsertAutoLoadedFile("b", 5));
+    EXPECT_EQ(Count("ITEM_AUTO_LOADED_TABLE"), "2");
+}
+
+TEST_F(DBToolsAutoLoaded, SameRowTwiceIsOneRow) {
+    EXPECT_TRUE(m_tools->InsertAutoLoadedFile("a", 5));
+    EXPECT_TRUE(m_tools->InsertAutoLoadedFile("a", 5));
+    EXPECT_TRUE(m_tools->InsertAutoLoadedItem(MakeGuid(1), 5));
+    EXPECT_TRUE(m_tools->InsertAutoLoadedItem(MakeGuid(1), 5));
+    EXPECT_EQ(Count("ITEM_AUTO_LOADED_TABLE"), "2");
+}
+
+TEST_F(DBToolsAutoLoaded, FailureIsFalseLikeAbsence) {
+    Exec("DROP TABLE ITEM_AUTO_LOADED_TABLE");
+    EXPECT_FALSE(m_tools->IsItemAutoLoaded(MakeGuid(1), 5));
+    EXPECT_FALSE(m_tools->IsFileAutoLoaded("a", 5));
+    EXPECT_FALSE(m_tools->InsertAutoLoadedItem(MakeGuid(1), 5));
+    EXPECT_FALSE(m_tools->InsertAutoLoadedFile("a", 5));
+}
+
+TEST_F(DBToolsAutoLoaded, TagsOfAnItemComeAsRows) {
+    Exec("INSERT INTO TAG_ITEM_RELATION_TABLE VALUES(" + Literal(MakeGuid(1)) + ", " + Literal(MakeGuid(8)) + "), (" +
+         Literal(MakeGuid(1)) + ", x'01'), (" + Literal(MakeGuid(2)) + ", " + Literal(MakeGuid(9)) + ")");
+    CppSQLite3Query query;
+    ASSERT_TRUE(m_tools->QueryItemTags(MakeGuid(1), query));
+    std::vector<int> lengths;
+    for (; !query.eof(); query.nextRow()) {
+        int length = 0;
+        query.getBlobField("TAGS_GUID", length);
+        lengths.push_back(length);
+    }
+    EXPECT_EQ(lengths, (std::vector<int>{1, 16}));
+    ASSERT_TRUE(m_tools->QueryItemTags(MakeGuid(3), query));
+    EXPECT_TRUE(query.eof());
+}
+
+}  // namespace
