@@ -1,0 +1,363 @@
+#include "folders/FolderConstants.h"
+#include "tests/folders/FolderBuilders.h"
+#include "tests/items/ItemLibrary.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+
+namespace qfc::test {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+constexpr int kGallery = 1;
+constexpr int kRoot = 1;
+
+// A library whose rows are written by hand. Row 1 is the root of gallery 1.
+class CQFolder_DbLoad : public testing::Test {
+protected:
+    CQFolder_DbLoad() {
+        AddFolderRow(kRoot, -1, "Root");
+        Sql("insert into GALLERY_TABLE values(1, 1)");
+    }
+
+    void Sql(const std::string& text) { library.Raw().Exec(text); }
+    void AddFolderRow(int id, int parent, const std::string& name, int index = -1) {
+        Sql("insert into FOLDER_TABLE(ID, PARENT_ID, FOLDER_NAME, ORDER_INDEX, PREDEFINED_ID, TRUSTY_TYPE) values(" +
+            std::to_string(id) + ", " + std::to_string(parent) + ", '" + name + "', " + std::to_string(index) +
+            ", 0, 0)");
+    }
+    void AddItemRow(unsigned number, const std::string& name) {
+        Sql("insert into ITEM_TABLE(ITEM_NAME, ITEM_ID, ITEM_TYPE) values('" + name + "', " +
+            BlobLiteral(GuidOf(number)) + ", 2)");
+    }
+    void Place(unsigned number, int folder, int index) {
+        Sql("insert into RELATION_TABLE(PARENT_ID, ITEM_ID, ITEM_INDEX) values(" + std::to_string(folder) + ", " +
+            BlobLiteral(GuidOf(number)) + ", " + std::to_string(index) + ")");
+    }
+    int Load() { return Load(library.Tools()); }
+    int Load(DBTools* tools) {
+        gallery.SetFolderID(kGallery);
+        gallery.SetDBTools(tools);
+        return gallery.LoadTreeFromDb();
+    }
+
+    CurrentLibrary library;
+    CQGallery gallery;
+};
+
+TEST_F(CQFolder_DbLoad, Tree_NeedsAnIdAToolsObjectAGalleryRowAndARootRow) {
+    CQGallery none;
+    EXPECT_EQ(none.LoadTreeFromDb(), 0);
+    none.SetFolderID(kGallery);
+    EXPECT_EQ(none.LoadTreeFromDb(), 0);
+    none.SetDBTools(library.Tools());
+    none.SetFolderID(0);
+    EXPECT_EQ(none.LoadTreeFromDb(), 0);
+    none.SetFolderID(77);
+    EXPECT_EQ(none.LoadTreeFromDb(), 0);
+    Sql("insert into GALLERY_TABLE values(78, NULL), (79, 500)");
+    none.SetFolderID(78);
+    EXPECT_EQ(none.LoadTreeFromDb(), 0);
+    none.SetFolderID(79);
+    EXPECT_EQ(none.LoadTreeFromDb(), 0);
+}
+
+TEST_F(CQFolder_DbLoad, Folder_TakesEveryColumn) {
+    Sql("update FOLDER_TABLE set VERSION = '7974943A-25B8-405B-A276-A6037A049880', PREDEFINED_ID = 9, "
+        "FOLDER_NAME = 'Gr\xC3\xBC\xC3\x9F"
+        "e', ADOPT_TYPE = 3, TRUSTY_TYPE = 64, TYPE_EXTRA = 5, EXPAND_TYPE = 6, "
+        "ORDER_INDEX = 7 where ID = 1");
+    ASSERT_EQ(Load(), 1);
+    EXPECT_EQ(gallery.GetDBId(), kRoot);
+    EXPECT_EQ(gallery.GetVersion(), 4);
+    EXPECT_EQ(gallery.GetFolderID(), 9u);
+    EXPECT_STREQ(gallery.GetFolderName(),
+                 "Gr\xC3\xBC\xC3\x9F"
+                 "e");
+    EXPECT_EQ(gallery.GetAdopt(), 3u);
+    EXPECT_EQ(gallery.GetTrusty(), 64u);
+    EXPECT_EQ(gallery.GetExtra(), 5u);
+    EXPECT_EQ(gallery.GetExpandStatus(), 6);
+    EXPECT_EQ(gallery.GetIndex(), 7);
+}
+
+TEST_F(CQFolder_DbLoad, Folder_ReadsNullsAsTheirDefaults) {
+    Sql("insert into FOLDER_TABLE(ID, PARENT_ID) values(2, 1)");
+    ASSERT_EQ(Load(), 1);
+    CQFolder* folder = gallery.GetFirstSubFolder();
+    ASSERT_NE(folder, nullptr);
+    EXPECT_STREQ(FolderInside::Version(*folder), "");
+    EXPECT_EQ(folder->GetFolderID(), 0xFFFFFFFFu);
+    EXPECT_STREQ(folder->GetFolderName(), "");
+    EXPECT_EQ(folder->GetAdopt(), 0xFFFFFFFFu);
+    EXPECT_EQ(folder->GetTrusty(), 0xFFFFFFFFu);
+    EXPECT_EQ(folder->GetExtra(), 0xFFFFFFFFu);
+    EXPECT_EQ(folder->GetExpandStatus(), -1);
+    EXPECT_EQ(folder->GetIndex(), -1);
+}
+
+TEST_F(CQFolder_DbLoad, Folder_OfATableWithoutTheOrderColumnHasNoIndex) {
+    Sql("alter table FOLDER_TABLE drop column ORDER_INDEX");
+    Sql("insert into FOLDER_TABLE(ID, PARENT_ID, FOLDER_NAME) values(2, 1, 'old')");
+    ASSERT_EQ(Load(), 1);
+    EXPECT_EQ(gallery.GetFolderByName("old")->GetIndex(), -1);
+}
+
+TEST_F(CQFolder_DbLoad, KeyFormNames_GetTrustyBits1And4) {
+    const struct {
+        const char* name;
+        DWORD trusty;
+    } rows[] = {
+        {"Clips--Old", 5}, {"--Old", 0}, {"a--", 5}, {"--Old--New", 5}, {"a-b", 0}, {"", 0}, {"-", 0}, {"---", 5},
+    };
+    int id = 2;
+    for (const auto& row : rows) AddFolderRow(id++, kRoot, row.name);
+    ASSERT_EQ(Load(), 1);
+    for (const auto& row : rows) EXPECT_EQ(gallery.GetFolderByName(row.name)->GetTrusty(), row.trusty) << row.name;
+}
+
+TEST_F(CQFolder_DbLoad, KeyFormBits_AreAddedToTheStoredOnes) {
+    AddFolderRow(2, kRoot, "Clips--Old");
+    Sql("update FOLDER_TABLE set TRUSTY_TYPE = 66 where ID = 2");
+    Load();
+    EXPECT_EQ(gallery.GetFirstSubFolder()->GetTrusty(), 71u);
+}
+
+TEST_F(CQFolder_DbLoad, SubFolders_StandByIndexAndByRowAmongEqualOnes) {
+    AddFolderRow(2, kRoot, "b", 2);
+    AddFolderRow(3, kRoot, "a", 1);
+    AddFolderRow(4, kRoot, "c", 2);
+    AddFolderRow(5, kRoot, "d", 1);
+    AddFolderRow(6, 3, "deep", 1);
+    ASSERT_EQ(Load(), 1);
+    EXPECT_EQ(Names(gallery.GetFolderList()), (Texts{"a", "d", "b", "c"}));
+    EXPECT_EQ(Names(gallery.GetFolderByName("a")->GetFolderList()), Texts{"deep"});
+    const CQFolder* deep = gallery.GetFolderByPath("a\\deep");
+    EXPECT_EQ(deep->GetDBId(), 6);
+    EXPECT_EQ(deep->GetDBTools(), library.Tools());
+    EXPECT_EQ(deep->GetParent()->GetDBId(), 3);
+}
+
+TEST_F(CQFolder_DbLoad, SubFolders_GetStorageNumbersInTheOrderTheyAreAdded) {
+    AddFolderRow(2, kRoot, "a", 9);
+    AddFolderRow(3, kRoot, "b", 1);
+    AddFolderRow(4, 2, "a1");
+    Load();
+    EXPECT_EQ(FolderInside::StorageNumber(*gallery.GetFolderByName("a")), 1u);
+    EXPECT_EQ(FolderInside::StorageNumber(*gallery.GetFolderByName("b")), 2u);
+    EXPECT_EQ(FolderInside::StorageNumber(*gallery.GetFolderByPath("a\\a1")), 3u);
+}
+
+TEST_F(CQFolder_DbLoad, Items_StandByTheirIndexWithFieldsAndTags) {
+    AddFolderRow(2, kRoot, "A");
+    AddItemRow(1, "last");
+    AddItemRow(2, "first");
+    Place(1, 2, 5);
+    Place(2, 2, 1);
+    Sql("insert into TAG_ITEM_RELATION_TABLE values(" + BlobLiteral(GuidOf(1)) + ", " + BlobLiteral(GuidOf(90)) + ")");
+    ASSERT_EQ(Load(), 1);
+    CQFolder* folder = gallery.GetFolderByName("A");
+    EXPECT_EQ(ItemNames(folder->GetItemArray()), (Texts{"first", "last"}));
+    CQItem* item = folder->GetItemArray()->GetAt(1);
+    EXPECT_TRUE(item->IsTagExist(GuidOf(90)));
+    EXPECT_EQ(item->fnGetDbTools(), library.Tools());
+    EXPECT_EQ(item->GetParentFolder(), folder);
+    EXPECT_EQ(item->GetNumber(), 1u);
+    EXPECT_EQ(folder->GetAdopt() & 2u, 2u);
+    EXPECT_TRUE(item->IsExistInGalleryItemMap());
+}
+
+TEST_F(CQFolder_DbLoad, ItemsOfTheRoot_AreNotLoaded) {
+    AddItemRow(1, "own");
+    Place(1, kRoot, 0);
+    ASSERT_EQ(Load(), 1);
+    EXPECT_EQ(gallery.GetItemArray(), nullptr);
+}
+
+TEST_F(CQFolder_DbLoad, SharedItem_IsOneObjectWhoseParentIsTheFolderLoadedFirst) {
+    AddFolderRow(2, kRoot, "loaded first", 9);
+    AddFolderRow(3, kRoot, "shown first", 1);
+    AddItemRow(1, "shared");
+    Place(1, 2, 0);
+    Place(1, 3, 0);
+    ASSERT_EQ(Load(), 1);
+    CQFolder* first = gallery.GetFolderByName("loaded first");
+    CQFolder* second = gallery.GetFolderByName("shown first");
+    CQItem* item = first->GetItemArray()->GetAt(0);
+    EXPECT_EQ(second->GetItemArray()->GetAt(0), item);
+    EXPECT_EQ(item->GetParentFolder(), first);
+    EXPECT_EQ(gallery.GetItemParentList(GuidOf(1)), (std::list<ULONGLONG>{reinterpret_cast<std::uintptr_t>(first),
+                                                                          reinterpret_cast<std::uintptr_t>(second)}));
+}
+
+TEST_F(CQFolder_DbLoad, DepthFirst_TheItemsOfAFolderComeBeforeThoseOfItsSubFolders) {
+    AddFolderRow(2, kRoot, "A");
+    AddFolderRow(3, kRoot, "B");
+    AddFolderRow(4, 2, "below A");
+    AddItemRow(1, "in B and below A");
+    AddItemRow(2, "in A and below A");
+    Place(1, 3, 0);
+    Place(1, 4, 0);
+    Place(2, 2, 0);
+    Place(2, 4, 1);
+    Load();
+    EXPECT_EQ(gallery.GetItemByGUID(GuidOf(1))->GetParentFolder()->GetDBId(), 4);
+    EXPECT_EQ(gallery.GetItemByGUID(GuidOf(2))->GetParentFolder()->GetDBId(), 2);
+}
+
+TEST_F(CQFolder_DbLoad, LoadSubItems_Answers0AlsoAfterLoadingAll) {
+    AddFolderRow(2, kRoot, "A");
+    AddItemRow(1, "one");
+    Load();
+    Place(1, 2, 0);
+    CQFolder* folder = gallery.GetFolderByName("A");
+    EXPECT_EQ(folder->LoadSubItemsFromDb(), 0);
+    EXPECT_EQ(folder->GetItemsCount(), 1);
+    EXPECT_EQ(folder->LoadSubItemsFromDb(), 0);
+    EXPECT_EQ(folder->GetItemsCount(), 1);
+    EXPECT_EQ(CQFolder().LoadSubItemsFromDb(), 0);
+}
+
+TEST_F(CQFolder_DbLoad, APlacementWithoutItemRow_StillGivesAnItem) {
+    AddFolderRow(2, kRoot, "A");
+    Place(1, 2, 0);
+    Load();
+    ASSERT_EQ(gallery.GetFirstSubFolder()->GetItemsCount(), 1);
+    EXPECT_TRUE(gallery.GetFirstSubFolder()->HasItem(GuidOf(1), 0));
+}
+
+TEST_F(CQFolder_DbLoad, ItemsOfAnotherDatabase_AreSeparateAndOutsideTheMap) {
+    AddFolderRow(2, kRoot, "A");
+    AddFolderRow(3, kRoot, "B");
+    AddItemRow(1, "shared");
+    Place(1, 2, 0);
+    Place(1, 3, 0);
+    SetCurrentDBTools(nullptr);
+    ASSERT_EQ(Load(), 1);
+    CQItem* inA = gallery.GetFolderByName("A")->GetItemArray()->GetAt(0);
+    CQItem* inB = gallery.GetFolderByName("B")->GetItemArray()->GetAt(0);
+    EXPECT_NE(inA, inB);
+    EXPECT_TRUE(gallery.GetItemParentList(GuidOf(1)).empty());
+    // Clearing leaves them alone: they are whoever's loaded them.
+    gallery.Clear();
+    EXPECT_TRUE(inA->GetItemName() == "shared");
+    delete inA;
+    delete inB;
+}
+
+// --- Hostile rows ------------------------------------------------------------------------------------------------
+
+TEST_F(CQFolder_DbLoad, AFolderThatIsItsOwnParent_IsNeverReached) {
+    AddFolderRow(2, 2, "own parent");
+    AddFolderRow(3, kRoot, "A");
+    ASSERT_EQ(Load(), 1);
+    EXPECT_EQ(Names(gallery.GetFolderList()), Texts{"A"});
+}
+
+TEST_F(CQFolder_DbLoad, ARootThatIsItsOwnParent_IsNotItsOwnChild) {
+    Sql("update FOLDER_TABLE set PARENT_ID = 1 where ID = 1");
+    AddFolderRow(2, kRoot, "A");
+    ASSERT_EQ(Load(), 1);
+    EXPECT_EQ(Names(gallery.GetFolderList()), Texts{"A"});
+}
+
+TEST_F(CQFolder_DbLoad, ACycleThroughTheRoot_EndsWhereItCloses) {
+    AddFolderRow(2, kRoot, "A");
+    AddFolderRow(3, 2, "B");
+    Sql("update FOLDER_TABLE set PARENT_ID = 3 where ID = 1");
+    ASSERT_EQ(Load(), 1);
+    EXPECT_EQ(Names(gallery.GetFolderList()), Texts{"A"});
+    EXPECT_EQ(gallery.GetFolderByPath("A\\B")->GetFirstSubFolder(), nullptr);
+}
+
+TEST_F(CQFolder_DbLoad, LoadingBelowAnInnerFolder_NeverMeetsItsAncestors) {
+    AddFolderRow(2, kRoot, "A");
+    AddFolderRow(3, 2, "B");
+    Load();
+    Sql("update FOLDER_TABLE set PARENT_ID = 3 where ID in (1, 2)");
+    CQFolder* inner = gallery.GetFolderByPath("A\\B");
+    EXPECT_EQ(inner->LoadSubFoldersFromDb(), 1);
+    EXPECT_EQ(inner->GetFirstSubFolder(), nullptr);
+}
+
+TEST_F(CQFolder_DbLoad, RowsWithoutAUsableNumber_AreLeftOut) {
+    Sql("drop table FOLDER_TABLE");
+    Sql("create table FOLDER_TABLE(FOLDER_NAME TEXT, PARENT_ID INTEGER, ID)");
+    Sql("insert into FOLDER_TABLE values('Root', -1, 1), ('null', 1, NULL), ('minus one', 1, -1), ('minus', 1, -5), "
+        "('text', 1, 'x'), ('good', 1, 2), ('same number', 1, 2)");
+    ASSERT_EQ(Load(), 1);
+    // Text reads as the number 0, a row that does not exist.
+    EXPECT_EQ(Names(gallery.GetFolderList()), (Texts{"", "good"}));
+}
+
+TEST_F(CQFolder_DbLoad, GuidsOfAWrongLengthOrType_AreSkipped) {
+    AddFolderRow(2, kRoot, "A");
+    Sql("drop table RELATION_TABLE");
+    Sql("create table RELATION_TABLE(PARENT_ID INTEGER, ITEM_ID BLOB, ITEM_INDEX INTEGER)");
+    Sql("insert into RELATION_TABLE values(2, NULL, 0), (2, X'', 1), (2, X'0102', 2), (2, 'text', 3), (2, 5, 4)");
+    Sql("insert into RELATION_TABLE values(2, zeroblob(17), 5)");
+    Place(7, 2, 6);
+    Place(7, 2, 7);
+    ASSERT_EQ(Load(), 1);
+    CQFolder* folder = gallery.GetFolderByName("A");
+    EXPECT_EQ(folder->GetItemsCount(), 1);
+    EXPECT_TRUE(folder->HasItem(GuidOf(7), 0));
+}
+
+TEST_F(CQFolder_DbLoad, RowsBelowTheDepthBound_AreLeftOutOfTheTree) {
+    std::string rows = "begin; ";
+    for (int id = 2; id <= kMaxLoadDepth + 50; ++id) {
+        rows += "insert into FOLDER_TABLE(ID, PARENT_ID, FOLDER_NAME) values(" + std::to_string(id) + ", " +
+                std::to_string(id - 1) + ", 'd'); ";
+    }
+    Sql(rows + "commit;");
+    ASSERT_EQ(Load(), 1);
+    std::vector<CQFolder*> loaded;
+    ListBelow(gallery, loaded);
+    EXPECT_EQ(loaded.size(), static_cast<std::size_t>(kMaxLoadDepth));
+    EXPECT_EQ(loaded.back()->GetDBId(), kMaxLoadDepth + 1);
+}
+
+// Refuses to list what is below some folders.
+class RefusingTools : public DBTools {
+public:
+    using DBTools::DBTools;
+    bool QueryChildFolders(int parent, CppSQLite3Query& query) override {
+        return parent != refused && DBTools::QueryChildFolders(parent, query);
+    }
+    int refused = -1;
+};
+
+TEST_F(CQFolder_DbLoad, ASubFolderThatCannotBeRead_DoesNotStopTheLoad) {
+    AddFolderRow(2, kRoot, "A");
+    AddFolderRow(3, kRoot, "B");
+    AddFolderRow(4, 2, "below A");
+    AddFolderRow(5, 3, "below B");
+    bool ok = false;
+    RefusingTools tools(library.Path().c_str(), ok);
+    tools.refused = 2;
+    EXPECT_EQ(Load(&tools), 1);
+    EXPECT_EQ(gallery.GetFolderByPath("A\\below A"), nullptr);
+    EXPECT_NE(gallery.GetFolderByPath("B\\below B"), nullptr);
+    CQGallery other;
+    other.SetFolderID(kGallery);
+    other.SetDBTools(&tools);
+    tools.refused = kRoot;
+    EXPECT_EQ(other.LoadTreeFromDb(), 0);
+    EXPECT_TRUE(other.GetFolderName() == "Root");
+}
+
+TEST_F(CQFolder_DbLoad, FolderWithoutRow_Gives0) {
+    CQFolder folder;
+    EXPECT_EQ(folder.LoadFolderFromDb(), 0);
+    EXPECT_EQ(folder.LoadSubFoldersFromDb(), 0);
+    folder.SetDBTools(library.Tools());
+    FolderInside::DbId(folder) = 999;
+    folder.GetFolderName() = "before";
+    EXPECT_EQ(folder.LoadFolderFromDb(), 0);
+    EXPECT_TRUE(folder.GetFolderName() == "before");
+}
+
+}  // namespace
+}  // namespace qfc::test
