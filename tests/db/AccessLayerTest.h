@@ -1,6 +1,7 @@
 #pragma once
 
 #include "db/CppSQLite3.h"
+#include "tests/support/FaultVfs.h"
 #include "tests/support/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -30,6 +31,7 @@ protected:
     void Run(const char* sql) { m_db.compileStatement(sql).execDML(); }
     int Number(const char* sql) { return m_db.execQuery(sql).getIntField(0, -4711); }
 
+    FaultVfs m_disk;
     TempFolder m_folder;
     std::string m_path = m_folder / "test.db";
     CppSQLite3DB m_db;

@@ -2,6 +2,7 @@
 
 #include "db/CachePayload.h"
 #include "db/DBTools.h"
+#include "tests/support/FaultVfs.h"
 #include "tests/support/RawDb.h"
 #include "tests/support/TempFolder.h"
 
@@ -88,6 +89,7 @@ protected:
     std::string Count(const std::string& table) const { return Cell("select count(*) from " + table); }
     void Exec(const std::string& sql) const { RawDb(m_path).Exec(sql); }
 
+    FaultVfs m_disk;
     TempFolder m_folder;
     std::string m_path = m_folder / "library.db";
     std::unique_ptr<DBTools> m_tools;

@@ -1,6 +1,7 @@
 #include "tests/support/FaultVfs.h"
 
 #include <algorithm>
+#include <atomic>
 #include <filesystem>
 #include <new>
 #include <sqlite3.h>
@@ -12,14 +13,15 @@ namespace qfc::test {
 struct FaultVfs::State {
     sqlite3_vfs vfs{};
     sqlite3_vfs* real = nullptr;
-    int calls = 0;
+    std::atomic<int> calls = 0;
     int failAt = 0;  // 0: none.
     bool sticky = false;
     bool hasFailed = false;
     std::optional<std::int64_t> space;
 
     void Reset() {
-        calls = failAt = 0;
+        calls = 0;
+        failAt = 0;
         sticky = hasFailed = false;
         space.reset();
     }
@@ -84,10 +86,7 @@ int Truncate(sqlite3_file* file, sqlite3_int64 size) {
     return Real(file)->pMethods->xTruncate(Real(file), size);
 }
 
-int Sync(sqlite3_file* file, int flags) {
-    if (Self(file)->state->MustFail()) return SQLITE_IOERR_FSYNC;
-    return Real(file)->pMethods->xSync(Real(file), flags);
-}
+int Sync(sqlite3_file* file, int) { return Self(file)->state->MustFail() ? SQLITE_IOERR_FSYNC : SQLITE_OK; }
 
 int FileSize(sqlite3_file* file, sqlite3_int64* size) { return Real(file)->pMethods->xFileSize(Real(file), size); }
 int Lock(sqlite3_file* file, int level) { return Real(file)->pMethods->xLock(Real(file), level); }
@@ -134,13 +133,13 @@ int Open(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, int*
     return result;
 }
 
-int Delete(sqlite3_vfs* vfs, const char* name, int syncFolder) {
+int Delete(sqlite3_vfs* vfs, const char* name, int) {
     State& state = StateOf(vfs);
     if (state.MustFail()) return SQLITE_IOERR_DELETE;
     std::error_code missing;
     const auto size = std::filesystem::file_size(name, missing);
     if (state.space && !missing) *state.space += static_cast<std::int64_t>(size);
-    return state.real->xDelete(state.real, name, syncFolder);
+    return state.real->xDelete(state.real, name, 0);
 }
 
 int Access(sqlite3_vfs* vfs, const char* name, int flags, int* result) {

@@ -1,0 +1,212 @@
+#include "db/LibraryCheck.h"
+
+#include "db/LibrarySnapshot.h"
+#include "tests/db/DbTestSupport.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace {
+
+using namespace qfc::test;
+using qfc::LibraryFinding;
+using Kind = qfc::LibraryFindingKind;
+
+class LibraryCheckTest : public LibraryTest {
+protected:
+    // A sound library: two galleries, folders in folders, a shared item, payloads of all kinds.
+    void SetUp() override {
+        LibraryTest::SetUp();
+        m_root = AddGallery(1);
+        m_deep = AddFolder("b", AddFolder("a", m_root));
+        ASSERT_TRUE(AddItem(1, m_deep, 0, Repeated(3000, 1)));
+        ASSERT_TRUE(AddItem(1, m_root));
+        ASSERT_TRUE(AddItem(2, AddGallery(2), 0, Noise(300)));
+        m_tools.reset();
+    }
+
+    std::vector<LibraryFinding> Check() {
+        std::vector<LibraryFinding> findings;
+        EXPECT_EQ(fnCheckLibrary(m_path.c_str(), findings), 1);
+        return findings;
+    }
+
+    // The damage leads to exactly these findings.
+    void ExpectFindings(const std::string& damage, const std::vector<std::pair<Kind, std::string>>& expected) {
+        Exec(damage);
+        std::vector<std::pair<Kind, std::string>> found;
+        for (const LibraryFinding& finding : Check()) {
+            found.emplace_back(finding.kind, finding.row);
+            EXPECT_FALSE(finding.sentence.empty());
+        }
+        EXPECT_EQ(found, expected) << damage;
+    }
+
+    int m_root = 0;
+    int m_deep = 0;
+};
+
+const std::string kItem1 = qfc::GuidToText(MakeGuid(1));
+const std::string kItem2 = qfc::GuidToText(MakeGuid(2));
+
+TEST_F(LibraryCheckTest, SoundLibraryHasNoFindings) { EXPECT_TRUE(Check().empty()); }
+
+TEST_F(LibraryCheckTest, NewAndClearedLibrariesHaveNoFindings) {
+    Open();
+    ASSERT_TRUE(m_tools->ClearDatabase());
+    EXPECT_TRUE(Check().empty());
+    Open();
+    EXPECT_TRUE(Check().empty());
+}
+
+TEST_F(LibraryCheckTest, LibraryOfBeforeFolderOrderHasNoFindings) {
+    std::vector<LibraryFinding> findings;
+    EXPECT_EQ(fnCheckLibrary(QFCLIB_TEST_DATA "/library-before-folder-order.db", findings), 1);
+    EXPECT_TRUE(findings.empty());
+}
+
+TEST_F(LibraryCheckTest, MissingFileIsNotExaminedAndNotMade) {
+    std::vector<LibraryFinding> findings;
+    EXPECT_EQ(fnCheckLibrary((m_folder / "missing.db").c_str(), findings), 0);
+    EXPECT_EQ(fnCheckLibrary(m_folder.Path().c_str(), findings), 0);
+    EXPECT_EQ(fnCheckLibrary(nullptr, findings), 0);
+    EXPECT_TRUE(findings.empty());
+    EXPECT_EQ(m_folder.Entries(), std::vector<std::string>{"library.db"});
+}
+
+TEST_F(LibraryCheckTest, FileThatIsNoDatabaseIsNotExamined) {
+    std::vector<LibraryFinding> findings;
+    EXPECT_EQ(fnCheckLibrary(m_folder.Write("text", std::string(3000, 'x')).c_str(), findings), 0);
+    EXPECT_TRUE(findings.empty());
+}
+
+TEST_F(LibraryCheckTest, DatabaseOfSomethingElseIsNoLibrary) {
+    const std::string path = m_folder / "other.db";
+    RawDb(path).Exec("CREATE TABLE NOTES(N)");
+    std::vector<LibraryFinding> findings;
+    EXPECT_EQ(fnCheckLibrary(path.c_str(), findings), 1);
+    ASSERT_EQ(findings.size(), 1U);
+    EXPECT_EQ(findings[0].kind, Kind::kNoLibrary);
+}
+
+TEST_F(LibraryCheckTest, RelationWithoutItem) {
+    ExpectFindings("INSERT INTO RELATION_TABLE VALUES(" + std::to_string(m_deep) + ", " + Literal(MakeGuid(9)) + ", 0)",
+                   {{Kind::kRelationWithoutItem, qfc::GuidToText(MakeGuid(9))}});
+}
+
+TEST_F(LibraryCheckTest, RelationWithoutFolder) {
+    ExpectFindings("INSERT INTO RELATION_TABLE VALUES(999, " + Literal(MakeGuid(1)) + ", 0)",
+                   {{Kind::kRelationWithoutFolder, kItem1}});
+}
+
+TEST_F(LibraryCheckTest, ItemThatNoFolderHolds) {
+    ExpectFindings("DELETE FROM RELATION_TABLE WHERE ITEM_ID = " + Literal(MakeGuid(2)),
+                   {{Kind::kItemWithoutFolder, kItem2}});
+}
+
+TEST_F(LibraryCheckTest, PayloadWithoutItem) {
+    ExpectFindings(
+        "UPDATE CACHE_DATA_TABLE SET ITEM_ID = " + Literal(MakeGuid(9)) + " WHERE ITEM_ID = " + Literal(MakeGuid(2)),
+        {{Kind::kPayloadWithoutItem, qfc::GuidToText(MakeGuid(9))}});
+}
+
+TEST_F(LibraryCheckTest, PayloadsThatDoNotUnpackToTheirSize) {
+    const std::string of1 = " WHERE ITEM_ID = " + Literal(MakeGuid(1));
+    for (const char* damage :
+         {"PRE_COMPRESSED_SIZE = 2999", "PRE_COMPRESSED_SIZE = 2147483647", "PRE_COMPRESSED_SIZE = -1",
+          "PRE_COMPRESSED_SIZE = NULL", "COMPRESSED_SIZE = COMPRESSED_SIZE + 1", "COMPRESSED_SIZE = -5",
+          "COMPRESSED_DATA = x''", "COMPRESSED_DATA = NULL", "COMPRESSED_DATA = randomblob(100), COMPRESSED_SIZE = 100",
+          "COMPRESSED_SIZE = 0"}) {
+        const std::string kept = m_folder / "kept.db";
+        std::filesystem::copy_file(m_path, kept);
+        ExpectFindings("UPDATE CACHE_DATA_TABLE SET " + std::string(damage) + of1,
+                       {{Kind::kPayloadUnreadable, kItem1}});
+        std::filesystem::rename(kept, m_path);
+    }
+}
+
+TEST_F(LibraryCheckTest, FolderWithoutParent) {
+    ExpectFindings("INSERT INTO FOLDER_TABLE(ID, PARENT_ID) VALUES(70, 999), (71, NULL), (72, 70)",
+                   {{Kind::kFolderWithoutParent, "70"}, {Kind::kFolderWithoutParent, "71"}});
+}
+
+TEST_F(LibraryCheckTest, CyclesOfParentsAreReportedOnceEach) {
+    ExpectFindings(
+        "INSERT INTO FOLDER_TABLE(ID, PARENT_ID) VALUES(70, 72), (71, 70), (72, 71), (73, 72), (80, 80), (81, 80)",
+        {{Kind::kFolderCycle, "70"}, {Kind::kFolderCycle, "80"}});
+}
+
+TEST_F(LibraryCheckTest, GalleryIdStoredTwice) {
+    ExpectFindings("INSERT INTO GALLERY_TABLE VALUES(2, 555), (2, 556)", {{Kind::kGalleryIdTwice, "2"}});
+}
+
+TEST_F(LibraryCheckTest, GuidsOfAWrongLengthOrType) {
+    ExpectFindings(
+        "INSERT INTO TAG_ITEM_RELATION_TABLE VALUES(x'01', 'text');"
+        "INSERT INTO LIB_TAG_TABLE(TAG_GUID, CATEGORY_GUID) VALUES(NULL, zeroblob(17));"
+        "INSERT INTO ITEM_AUTO_LOADED_TABLE VALUES(1, zeroblob(15), '')",
+        {{Kind::kBadGuid, "ITEM_AUTO_LOADED_TABLE"},
+         {Kind::kBadGuid, "LIB_TAG_TABLE"},
+         {Kind::kBadGuid, "LIB_TAG_TABLE"},
+         {Kind::kBadGuid, "TAG_ITEM_RELATION_TABLE"},
+         {Kind::kBadGuid, "TAG_ITEM_RELATION_TABLE"}});
+}
+
+TEST_F(LibraryCheckTest, ItemWithoutAGuid) {
+    ExpectFindings("INSERT INTO ITEM_TABLE(ITEM_NAME, ITEM_ID) VALUES('nobody', NULL)",
+                   {{Kind::kItemWithoutFolder, "NULL"}, {Kind::kBadGuid, "ITEM_TABLE"}});
+}
+
+TEST_F(LibraryCheckTest, DamagedPagesAreReported) {
+    std::string bytes = ReadFile(m_path);
+    for (std::size_t i = 8192; i < bytes.size(); i += 3) bytes[i] = static_cast<char>(bytes[i] ^ 0x55);
+    m_folder.Write("library.db", bytes);
+    const auto findings = Check();
+    EXPECT_TRUE(std::any_of(findings.begin(), findings.end(),
+                            [](const LibraryFinding& finding) { return finding.kind == Kind::kDamagedFile; }));
+}
+
+// A copy of file and journal in the middle of a commit is what a crash leaves.
+TEST_F(LibraryCheckTest, HotJournalNeedsRecoveryAndIsLeftAlone) {
+    const std::string torn = m_folder / "torn.db";
+    {
+        RawDb writer(m_path);
+        writer.Exec(
+            "PRAGMA cache_size = 1; PRAGMA cache_spill = 1; BEGIN EXCLUSIVE; DELETE FROM CACHE_DATA_TABLE;"
+            "INSERT INTO CACHE_DATA_TABLE VALUES(1, 0, zeroblob(500000), 0, x'09')");
+        std::filesystem::copy_file(m_path, torn);
+        std::filesystem::copy_file(m_path + "-journal", torn + "-journal");
+    }
+    const std::string file = ReadFile(torn);
+    const std::string journal = ReadFile(torn + "-journal");
+    ASSERT_FALSE(journal.empty());
+    std::vector<LibraryFinding> findings;
+    EXPECT_EQ(fnCheckLibrary(torn.c_str(), findings), 1);
+    ASSERT_EQ(findings.size(), 1U);
+    EXPECT_EQ(findings[0].kind, Kind::kNeedsRecovery);
+    EXPECT_EQ(ReadFile(torn), file);
+    EXPECT_EQ(ReadFile(torn + "-journal"), journal);
+    EXPECT_EQ(fnSnapshotLibrary(torn.c_str(), (m_folder / "copy.db").c_str()), 0);
+}
+
+TEST_F(LibraryCheckTest, CheckNeverWrites) {
+    Exec("INSERT INTO GALLERY_TABLE VALUES(2, 555)");
+    const std::string before = ReadFile(m_path);
+    Check();
+    EXPECT_EQ(ReadFile(m_path), before);
+    EXPECT_EQ(m_folder.Entries().size(), 1U);
+}
+
+TEST(LibraryFindingName, IsDistinctForEveryKind) {
+    std::vector<std::string> names;
+    for (int kind = 0; kind <= static_cast<int>(Kind::kBadGuid); ++kind) {
+        names.emplace_back(qfc::LibraryFindingName(static_cast<Kind>(kind)));
+        EXPECT_NE(names.back(), "unknown");
+    }
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(std::adjacent_find(names.begin(), names.end()), names.end());
+    EXPECT_STREQ(qfc::LibraryFindingName(Kind::kFolderCycle), "folder-cycle");
+    EXPECT_STREQ(qfc::LibraryFindingName(static_cast<Kind>(99)), "unknown");
+}
+
+}  // namespace

@@ -1,0 +1,85 @@
+#include "db/LibrarySnapshot.h"
+
+#include "tests/db/DbTestSupport.h"
+
+#include <filesystem>
+
+namespace {
+
+using namespace qfc::test;
+
+class LibrarySnapshotTest : public LibraryTest {
+protected:
+    void SetUp() override {
+        LibraryTest::SetUp();
+        ASSERT_TRUE(AddItem(1, AddGallery(1), 0, Noise(100000)));
+    }
+
+    int Snapshot() { return fnSnapshotLibrary(m_path.c_str(), m_target.c_str()); }
+    std::size_t Files() const { return m_folder.Entries().size(); }
+
+    std::string m_target = m_folder / "copy.db";
+};
+
+TEST_F(LibrarySnapshotTest, CopiesALibraryInUseAndLeavesItAlone) {
+    const std::string before = ReadFile(m_path);
+    EXPECT_EQ(Snapshot(), 1);
+    EXPECT_EQ(DumpOf(m_target), DumpOf(m_path));
+    EXPECT_EQ(ReadFile(m_path), before);
+    EXPECT_EQ(Files(), 2U);
+}
+
+TEST_F(LibrarySnapshotTest, ReplacesTheTarget) {
+    m_folder.Write("copy.db", "something else");
+    EXPECT_EQ(Snapshot(), 1);
+    EXPECT_EQ(DumpOf(m_target), DumpOf(m_path));
+}
+
+TEST_F(LibrarySnapshotTest, FailureKeepsTheTargetAndLeavesNoTrace) {
+    m_folder.Write("copy.db", "something else");
+    m_disk.LimitSpace(30000);
+    EXPECT_EQ(Snapshot(), 0);
+    m_disk.Heal();
+    EXPECT_EQ(ReadFile(m_target), "something else");
+    EXPECT_EQ(Files(), 2U);
+}
+
+TEST_F(LibrarySnapshotTest, FailingAtAnyCallGivesTheOldTargetOrTheWholeCopy) {
+    for (const bool sticky : {false, true}) {
+        for (int n = 1;; ++n) {
+            m_folder.Write("copy.db", "something else");
+            m_disk.FailAt(n, sticky);
+            const int result = Snapshot();
+            const bool failed = m_disk.HasFailed();
+            m_disk.Heal();
+            if (result == 1) {
+                EXPECT_EQ(DumpOf(m_target), DumpOf(m_path)) << "call " << n;
+            } else {
+                EXPECT_EQ(ReadFile(m_target), "something else") << "call " << n;
+            }
+            EXPECT_EQ(Files(), 2U) << "call " << n;
+            if (HasFailure() || !failed) break;
+        }
+    }
+}
+
+TEST_F(LibrarySnapshotTest, SourceMustBeADatabaseThatIsThere) {
+    EXPECT_EQ(fnSnapshotLibrary((m_folder / "missing.db").c_str(), m_target.c_str()), 0);
+    EXPECT_EQ(fnSnapshotLibrary(m_folder.Write("text", std::string(2000, 'x')).c_str(), m_target.c_str()), 0);
+    EXPECT_EQ(fnSnapshotLibrary(nullptr, m_target.c_str()), 0);
+    EXPECT_FALSE(std::filesystem::exists(m_target));
+    EXPECT_EQ(Files(), 2U);
+}
+
+TEST_F(LibrarySnapshotTest, TargetMustBeAnotherFileInAFolderThatIsThere) {
+    const std::string before = ReadFile(m_path);
+    EXPECT_EQ(fnSnapshotLibrary(m_path.c_str(), m_path.c_str()), 0);
+    EXPECT_EQ(fnSnapshotLibrary(m_path.c_str(), (m_folder.Path() + "/./library.db").c_str()), 0);
+    EXPECT_EQ(fnSnapshotLibrary(m_path.c_str(), (m_folder / "missing/copy.db").c_str()), 0);
+    EXPECT_EQ(fnSnapshotLibrary(m_path.c_str(), ""), 0);
+    EXPECT_EQ(fnSnapshotLibrary(m_path.c_str(), nullptr), 0);
+    EXPECT_EQ(ReadFile(m_path), before);
+    EXPECT_EQ(Files(), 1U);
+}
+
+}  // namespace
