@@ -35,8 +35,7 @@ public:
 
     // --- Fields -------------------------------------------------------------------------------------------------
     int GetDBID() const { return m_nDBId; }
-    // The id is otherwise filled by the database row alone (column BBID).
-    void SetDBID(int nId) { m_nDBId = nId; }
+    void SetDBID(int nId) { m_nDBId = nId; }  // Otherwise filled by the row alone.
 
     CQFolder* GetParentFolder() const { return m_pParentFolder; }
     void SetParentFolder(CQFolder* pFolder) { m_pParentFolder = pFolder; }
@@ -67,11 +66,9 @@ public:
     CString& GetAnnotation() { return m_strAnnotation; }
     const CString& GetAnnotation() const { return m_strAnnotation; }
     CString GetTemplatePath() const { return m_strTemplatePath; }
-    // The path is stored with the row but never read back from it; hosts set it here.
+    // Stored with the row, but never read back from it.
     void SetTemplatePath(const CString& strPath) { m_strTemplatePath = strPath; }
-
-    // The number of the item's streams in a gallery file; a folder gives it when the item is added.
-    DWORD GetNumber() const { return m_dwNumber; }
+    DWORD GetNumber() const { return m_dwNumber; }  // Of its streams in a gallery file; given by the folder.
     int IsModified() const { return m_bModified; }
     void SetModified(int bModified) { m_bModified = bModified; }
     GUID& GetUniqueID() { return m_guid; }
@@ -103,7 +100,7 @@ public:
     SIZE GetBitmapCacheSize() const;
 
     unsigned char* GetFilm() const { return m_film.data(); }  // Never loads.
-    // Takes `pFilm`, a locked global block of nFilmSize / nFrameSize frames (may be null). Always 1.
+    // Takes `pFilm`, a locked global block of nFilmSize / nFrameSize frames, or null. Always 1.
     int ChangeFilm(unsigned char* pFilm, unsigned nFilmSize, unsigned nFrameSize);
     unsigned GetFilmSize() const { return m_dwFilmSize; }
     unsigned GetFrameSize() const { return m_dwFrameSize; }
@@ -142,8 +139,7 @@ public:
     int fnLoadItemFromDb();
     // Writes the row and the payloads in memory, in one transaction.
     int UpdateItemDB();
-    // Looks by name, not by GUID.
-    int IsItemInSql() const;
+    int IsItemInSql() const;  // Looks by name, not by GUID.
     int DeleteItemDataFromDb();
     int DeleteRelationFromDb(int nParentId);
     // Removes the cache data of every kind, whatever `nKind` says.

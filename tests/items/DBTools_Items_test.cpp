@@ -32,6 +32,18 @@ TEST(ItemRows, RowTakesEveryStoredField) {
     EXPECT_TRUE(row.itemId == GuidOf(1));
 }
 
+TEST(ItemRows, PayloadsComeInTheirOrderOfWriting) {
+    const LibraryFile library;
+    const std::unique_ptr<CQItem> pItem(NewFilledItem(1));
+    const auto payloads = qfc::PayloadsOf(*pItem, *library.Tools());
+    ASSERT_EQ(payloads.size(), 3u);
+    EXPECT_EQ(payloads[0].kind, qfc::kBlackBox);
+    EXPECT_EQ(payloads[1].kind, qfc::kFilm);
+    EXPECT_EQ(payloads[2].kind, qfc::kBitmapCache);
+    EXPECT_EQ(payloads[0].rawSize, 3000);
+    EXPECT_EQ(payloads[1].rawSize, 900);
+}
+
 class DBTools_Items : public testing::Test {
 protected:
     std::string Cell(const std::string& sql) { return m_library.Raw().Cell(sql); }

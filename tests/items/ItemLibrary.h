@@ -64,6 +64,29 @@ public:
     ~CurrentLibrary() { SetCurrentDBTools(nullptr); }
 };
 
+// One item of a library file, without a tree; rows are filled in by hand.
+class ItemRowFixture : public testing::Test {
+protected:
+    ItemRowFixture() {
+        m_item.SetUniqueID(GuidOf(1));
+        m_item.fnSetDbTools(m_library.Tools());
+    }
+    void Sql(const std::string& text) { m_library.Raw().Exec(text); }
+    // Columns and their values beside the GUID of item 1.
+    void InsertItem(const std::string& columns, const std::string& values) {
+        Sql("insert into ITEM_TABLE(" + columns + ", ITEM_ID) values(" + values + ", " + BlobLiteral(GuidOf(1)) + ")");
+    }
+    void InsertPayload(int nKind, const std::string& rawSize, const std::string& compressedSize,
+                       const std::string& data) {
+        Sql("insert into CACHE_DATA_TABLE values(" + rawSize + ", " + compressedSize + ", " + data + ", " +
+            std::to_string(nKind) + ", " + BlobLiteral(GuidOf(1)) + ")");
+    }
+    std::string CountOf(const std::string& table) { return m_library.Raw().Cell("select count(*) from " + table); }
+
+    CurrentLibrary m_library;
+    CQItem m_item;
+};
+
 // A gallery of id 1 with the folders "A" and "B", stored, in memory.
 class StoredTree {
 public:
