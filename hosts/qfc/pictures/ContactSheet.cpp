@@ -133,10 +133,10 @@ private:
         const TextStyle style = {.size = 14, .colour = kTitle, .bold = true};
         const std::string& text = m_sheet.cells[row.firstCell].section;
         const std::string count = text.empty() ? "" : std::to_string(SectionSize(m_sheet, row.firstCell));
-        const double text_width = std::min(m_canvas.TextWidth(text, style) + 2, width - 60);
-        m_canvas.DrawText(text, {kMargin, y + 10.0, text_width, 22}, style);
-        m_canvas.DrawText(count, {kMargin + text_width + 8, y + 10.0, 48, 22}, {.size = 12, .colour = kQuiet});
-        const double rule = kMargin + text_width + 8 + m_canvas.TextWidth(count, {.size = 12, .colour = kQuiet}) + 12;
+        const double textWidth = std::min(m_canvas.TextWidth(text, style) + 2, width - 60);
+        m_canvas.DrawText(text, {kMargin, y + 10.0, textWidth, 22}, style);
+        m_canvas.DrawText(count, {kMargin + textWidth + 8, y + 10.0, 48, 22}, {.size = 12, .colour = kQuiet});
+        const double rule = kMargin + textWidth + 8 + m_canvas.TextWidth(count, {.size = 12, .colour = kQuiet}) + 12;
         if (rule < m_width - kMargin) m_canvas.FillBox({rule, y + 21.0, m_width - kMargin - rule, 1}, 0, kRule);
     }
 

@@ -49,7 +49,8 @@ std::string Text(ExifData& data, ExifTag tag) {
 std::optional<std::int64_t> Recorded(ExifData& data) {
     const std::string stamp = Text(data, EXIF_TAG_DATE_TIME_ORIGINAL);
     if (stamp.empty()) return std::nullopt;
-    return ParseTime(stamp + Text(data, EXIF_TAG_OFFSET_TIME_ORIGINAL));
+    const std::optional<std::int64_t> zoned = ParseTime(stamp + Text(data, EXIF_TAG_OFFSET_TIME_ORIGINAL));
+    return zoned ? zoned : ParseTime(stamp);
 }
 
 std::size_t ReadAt(std::ifstream& file, std::uint64_t at, std::span<std::uint8_t> out) {

@@ -1,0 +1,154 @@
+#include "hosts/qfc/pictures/ContactSheet.h"
+
+#include "hosts/qfc/pictures/Canvas.h"
+#include "tests/qfc/MediaMaker.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <gmock/gmock.h>
+
+namespace {
+
+using namespace qfc::test;
+using qfc::host::Canvas;
+using qfc::host::ContactSheet;
+using qfc::host::ContactSheetSize;
+using qfc::host::MaxSheetColumns;
+using qfc::host::PictureError;
+using qfc::host::SheetBadge;
+using qfc::host::WriteContactSheet;
+
+ContactSheet Sheet(std::size_t cells, int columns) {
+    ContactSheet sheet;
+    sheet.title = "Holidays";
+    sheet.subtitle = "some items";
+    sheet.columns = columns;
+    for (std::size_t i = 0; i < cells; ++i)
+        sheet.cells.push_back({"", "name " + std::to_string(i) + ".mp4", "640 x 360", SheetBadge::Film, "0:10"});
+    sheet.picture = [](std::size_t) { return Picture(160, 120, 0xFFE02040u); };
+    return sheet;
+}
+
+std::size_t Count(const Picture& picture, std::uint32_t colour) {
+    return static_cast<std::size_t>(std::ranges::count(picture.pixels, colour));
+}
+
+TEST(ContactSheet, TheFileIsAPngOfTheAnnouncedSize) {
+    const TempFolder folder;
+    const ContactSheet sheet = Sheet(10, 4);
+    EXPECT_THAT(WriteContactSheet(sheet, folder / "sheet.png"), testing::ElementsAre(folder / "sheet.png"));
+    EXPECT_EQ(ReadFile(folder / "sheet.png").substr(0, 8), "\x89PNG\r\n\x1A\n");
+    EXPECT_EQ(SizeOf(ReadImage(folder / "sheet.png")), ContactSheetSize(sheet));
+}
+
+TEST(ContactSheet, MoreColumnsMakeItWiderAndLessHigh) {
+    const auto narrow = ContactSheetSize(Sheet(12, 3));
+    const auto wide = ContactSheetSize(Sheet(12, 6));
+    EXPECT_GT(wide.width, narrow.width);
+    EXPECT_LT(wide.height, narrow.height);
+}
+
+TEST(ContactSheet, EveryPictureIsDrawn) {
+    const TempFolder folder;
+    WriteContactSheet(Sheet(5, 3), folder / "sheet.png");
+    const std::size_t red = Count(ReadImage(folder / "sheet.png"), 0xFFE02040);
+    // Corners, the edge and the badge take a little of each.
+    EXPECT_GT(red, 5u * 160 * 120 * 85 / 100);
+    EXPECT_LE(red, 5u * 160 * 120);
+}
+
+TEST(ContactSheet, PicturesAreAskedForOneByOneInTheirOrder) {
+    const TempFolder folder;
+    ContactSheet sheet = Sheet(4, 2);
+    std::vector<std::size_t> asked;
+    sheet.picture = [&](std::size_t cell) {
+        asked.push_back(cell);
+        return Picture(90, 160);
+    };
+    WriteContactSheet(sheet, folder / "sheet.png");
+    EXPECT_THAT(asked, testing::ElementsAre(0u, 1u, 2u, 3u));
+}
+
+TEST(ContactSheet, WhereTheSectionChangesAHeadingStands) {
+    ContactSheet plain = Sheet(4, 4);
+    ContactSheet divided = Sheet(4, 4);
+    for (std::size_t i = 0; i < 4; ++i) divided.cells[i].section = i < 2 ? "First" : "Second";
+    EXPECT_GT(ContactSheetSize(divided).height, 2 * ContactSheetSize(plain).height - 200);
+}
+
+TEST(ContactSheet, NothingToShowIsStillASheetWithItsTitle) {
+    const TempFolder folder;
+    ContactSheet sheet = Sheet(0, 6);
+    WriteContactSheet(sheet, folder / "sheet.png");
+    EXPECT_GT(ReadImage(folder / "sheet.png").width, 300);
+}
+
+TEST(ContactSheet, ItemsWithoutAPictureAndOddTextsAreDrawn) {
+    const TempFolder folder;
+    ContactSheet sheet = Sheet(4, 4);
+    sheet.picture = [](std::size_t cell) { return cell % 2 ? Picture{} : Picture(1, 1); };
+    sheet.title = std::string(2000, 'W');
+    sheet.cells[0].name = "\xFF\xFE not UTF-8";
+    sheet.cells[1].name = std::string(500, 'W') + ".mp4";
+    sheet.cells[2].name = "<b>&amp;\n\t";
+    sheet.cells[3].name = "";
+    sheet.cells[3].badge = SheetBadge::Sound;
+    sheet.cells[3].duration = "";
+    EXPECT_EQ(WriteContactSheet(sheet, folder / "sheet.png").size(), 1u);
+}
+
+TEST(ContactSheet, ColumnsOutOfRangeAreRefused) {
+    const TempFolder folder;
+    for (const int columns : {0, -1, MaxSheetColumns() + 1})
+        EXPECT_THROW(WriteContactSheet(Sheet(1, columns), folder / "sheet.png"), PictureError) << columns;
+    EXPECT_THAT(folder.Entries(), testing::IsEmpty());
+}
+
+TEST(ContactSheet, TheWidestSheetCanBeMade) {
+    EXPECT_LE(ContactSheetSize(Sheet(1000, MaxSheetColumns())).width, Canvas::kMaxSide);
+    EXPECT_GT(ContactSheetSize(Sheet(1000, MaxSheetColumns())).width, Canvas::kMaxSide - 200);
+}
+
+TEST(ContactSheet, WhatDoesNotFitOnePictureGoesOntoFurtherPages) {
+    const TempFolder folder;
+    const ContactSheet sheet = Sheet(200, 1);
+    const auto files = WriteContactSheet(sheet, folder / "sheet.of.png");
+    ASSERT_GE(files.size(), 2u);
+    EXPECT_EQ(files[0], folder / "sheet.of.png");
+    EXPECT_EQ(files[1], folder / "sheet.of-2.png");
+    std::size_t red = 0;
+    for (const std::string& file : files) red += Count(ReadImage(file), 0xFFE02040);
+    EXPECT_GT(red, 200u * 160 * 120 * 85 / 100);
+    EXPECT_THAT(folder.Entries(), testing::SizeIs(files.size()));
+}
+
+TEST(ContactSheet, AFailureLeavesTheOldFileAndNothingBeside) {
+    const TempFolder folder;
+    const std::string blocked = folder.MakeFolder("blocked.png");
+    std::ofstream(blocked + "/inside") << "x";
+    EXPECT_THROW(WriteContactSheet(Sheet(1, 1), blocked), PictureError);
+    EXPECT_THROW(WriteContactSheet(Sheet(1, 1), folder / "missing/sheet.png"), PictureError);
+    EXPECT_THAT(folder.Entries(), testing::ElementsAre("blocked.png"));
+}
+
+TEST(ContactSheetDeathTest, ASystemWithoutFontsStillGetsASheet) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const TempFolder folder;
+    const std::string config = folder.Write("fonts.conf", "<?xml version=\"1.0\"?><fontconfig></fontconfig>");
+    EXPECT_EXIT(
+        {
+            setenv("FONTCONFIG_FILE", config.c_str(), 1);
+            const bool whole = WriteContactSheet(Sheet(3, 3), folder / "sheet.png").size() == 1;
+            // The title's letters are light: there is more than the ground, the cards and the pictures.
+            std::exit(whole && Count(ReadImage(folder / "sheet.png"), 0xFFF4F1EA) > 20 ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST(Canvas, SizesThatCannotBeDrawnAreRefused) {
+    for (const PictureSize size : {PictureSize{0, 1}, PictureSize{1, 0}, PictureSize{Canvas::kMaxSide + 1, 1},
+                                   PictureSize{1, Canvas::kMaxSide + 1}, PictureSize{-5, 5}})
+        EXPECT_THROW(Canvas(size, {}), PictureError) << size.width << " x " << size.height;
+}
+
+}  // namespace
