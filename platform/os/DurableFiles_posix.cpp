@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
@@ -76,16 +77,24 @@ bool FillAndSync(int source, Descriptor& target) {
            fsync(target.Get()) == 0 && target.Close();
 }
 
+// Gives the finished file its name. A target that another process made meanwhile is only replaced when it may be.
+bool MoveInPlace(const std::string& temporary, const std::string& target, bool replace) {
+    const unsigned flags = replace ? 0 : RENAME_NOREPLACE;
+    if (renameat2(AT_FDCWD, temporary.c_str(), AT_FDCWD, target.c_str(), flags) == 0) return true;
+    // Some file systems know no flags.
+    return errno == EINVAL && rename(temporary.c_str(), target.c_str()) == 0;
+}
+
 }  // namespace
 
-bool CopyFileDurably(const std::string& source, const std::string& target) {
+bool CopyFileDurably(const std::string& source, const std::string& target, bool replace) {
     const Descriptor from(open(source.c_str(), O_RDONLY | O_CLOEXEC));
     const Descriptor folder = OpenFolderOf(target);
     if (!from.IsOpen() || !folder.IsOpen()) return FailWithErrno();
     std::string temporary = FolderOf(target) + ".qfclib-XXXXXX";
     Descriptor to(mkostemp(temporary.data(), O_CLOEXEC));
     if (!to.IsOpen()) return FailWithErrno();
-    if (!FillAndSync(from.Get(), to) || rename(temporary.c_str(), target.c_str()) != 0) {
+    if (!FillAndSync(from.Get(), to) || !MoveInPlace(temporary, target, replace)) {
         FailWithErrno();
         unlink(temporary.c_str());
         return false;

@@ -36,8 +36,9 @@ QFCLIB_API std::string NativePath(const char* path);
 // What follows takes native paths.
 
 // Copies to a temporary name beside the target, syncs, renames, syncs the folder: a crash leaves the old target or the
-// new one. False leaves no trace.
-bool CopyFileDurably(const std::string& source, const std::string& target);
+// new one. Without `replace` a target that exists, were it made this moment by another process, fails the copy. False
+// leaves no trace.
+bool CopyFileDurably(const std::string& source, const std::string& target, bool replace = true);
 
 // Renames over `target` and syncs the folder.
 bool RenameDurably(const std::string& from, const std::string& to);

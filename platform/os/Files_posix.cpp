@@ -91,7 +91,7 @@ int CopyFileA(const char* source, const char* target, int failIfExists) {
     if (source == nullptr || target == nullptr) return Fail(ERROR_INVALID_PARAMETER);
     const std::string to = WithoutLinks(qfc::NativePath(target));
     if (!MayCopyOver(to, failIfExists != 0)) return 0;
-    return qfc::CopyFileDurably(qfc::NativePath(source), to) ? 1 : 0;
+    return qfc::CopyFileDurably(qfc::NativePath(source), to, failIfExists == 0) ? 1 : 0;
 }
 
 int DeleteFileA(const char* path) {
