@@ -212,13 +212,14 @@ TEST_F(ServiceLifecycle, ACopyOfTheManager_SharesEverythingWithTheOriginal) {
     copy = original;
     EXPECT_EQ(ServicePeer::TakeFrom(copy), pQueued);
     EXPECT_EQ(ServicePeer::TakeFrom(original), pQueued);
-    ServicePeer::ForgetMutex(copy);
+    ServicePeer::SetMutex(copy, nullptr);  // Leaves it to the original.
 }
 
 TEST_F(ServiceLifecycle, ACopyOfTheManager_ClosesTheSharedMutexWhenItDies) {
     const HANDLE hMutex = ServicePeer::Mutex(ServicePeer::Manager());
     { const QFCLibraryManager copy(ServicePeer::Manager()); }
     EXPECT_EQ(WaitForSingleObject(hMutex, 0), WAIT_FAILED);
+    ServicePeer::SetMutex(ServicePeer::Manager(), CreateMutexA(nullptr, 0, nullptr));
 }
 
 }  // namespace

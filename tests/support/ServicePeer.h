@@ -30,8 +30,7 @@ public:
     static void* Mutex(const QFCLibraryManager& manager) { return manager.m_hServiceMutex; }
     static WorkerThread* Worker(const QFCLibraryManager& manager) { return manager.m_pWorker; }
     static SharedOperation TakeFrom(QFCLibraryManager& manager) { return manager.m_queues.Take(); }
-    // So that a copy that dies leaves the mutex to the original.
-    static void ForgetMutex(QFCLibraryManager& manager) { manager.m_hServiceMutex = nullptr; }
+    static void SetMutex(QFCLibraryManager& manager, void* hMutex) { manager.m_hServiceMutex = hMutex; }
 };
 
 namespace test {
