@@ -150,7 +150,8 @@ void CQFolder::LetGoOfItems() {
     ItemArray* items = GetItemArray();
     if (items == nullptr) return;
     if (m_pDBTools == nullptr || qfc::IsCurrentDBTools(m_pDBTools)) {
-        for (CQItem* item : *items) qfc::Teardown::LetGo(item, *this);
+        const CObArray& objects = *items;  // Some may be dead, ended in another folder: not items yet.
+        for (CObject* object : objects) qfc::Teardown::LetGo(object, *this);
     }
     items->RemoveAll();
     m_pItemArray.reset();

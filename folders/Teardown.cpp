@@ -33,13 +33,14 @@ Teardown::~Teardown() {
     if (m_outer == nullptr) t_outermost = nullptr;
 }
 
-void Teardown::LetGo(CQItem* item, CQFolder& folder) {
+void Teardown::LetGo(CObject* item, CQFolder& folder) {
     const Teardown here(folder);
     t_outermost->LetGoOnce(item, folder);
 }
 
-void Teardown::LetGoOnce(CQItem* item, CQFolder& folder) {
-    if (item == nullptr || m_gone.contains(item)) return;
+void Teardown::LetGoOnce(CObject* object, CQFolder& folder) {
+    if (object == nullptr || m_gone.contains(object)) return;
+    auto* item = static_cast<CQItem*>(object);
     const GUID guid = item->GetUniqueID();  // The item may die in the next call.
     CQGallery* gallery = GalleryOf(folder);
     if (gallery == nullptr || gallery->RemoveItemFromMap(item, ToHandle(&folder)) == 0) {

@@ -8,6 +8,7 @@
 class CQFolder;
 class CQGallery;
 class CQItem;
+class CObject;
 
 namespace qfc {
 
@@ -22,17 +23,18 @@ public:
     Teardown& operator=(const Teardown&) = delete;
 
     // The folder's gallery takes the item back; the item is destroyed when there is no gallery or it does not know it.
-    // An item that lives on in other folders no longer has this one as its parent.
-    static void LetGo(CQItem* item, CQFolder& folder);
+    // An item that lives on in other folders no longer has this one as its parent. The item may be dead already: it is
+    // an address until it is known not to be.
+    static void LetGo(CObject* item, CQFolder& folder);
 
 private:
-    void LetGoOnce(CQItem* item, CQFolder& folder);
+    void LetGoOnce(CObject* object, CQFolder& folder);
     CQFolder* SurvivorHolding(CQGallery& gallery, const GUID& guid);
 
     CQFolder& m_cleared;
     Teardown* const m_outer;
     // Of the outermost one; addresses only.
-    std::unordered_set<const CQItem*> m_gone;
+    std::unordered_set<const CObject*> m_gone;
     std::optional<std::unordered_set<const CQFolder*>> m_survivors;  // Folders outside what is cleared; when needed.
 };
 
