@@ -3,10 +3,9 @@
 #include "tests/db/DbTestSupport.h"
 #include "tests/support/SqlTrace.h"
 
-#include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <map>
-#include <regex>
 
 namespace {
 
@@ -55,10 +54,15 @@ const ExpectedTable kExpected[] = {
      "CREATE TABLE TAG_ITEM_RELATION_TABLE( ITEM_GUID BLOB, TAGS_GUID BLOB, PRIMARY KEY(ITEM_GUID, TAGS_GUID))"},
 };
 
-std::string Collapsed(std::string sql) {
-    sql = std::regex_replace(sql, std::regex("\\s+"), " ");
-    while (!sql.empty() && (sql.back() == ';' || sql.back() == ' ')) sql.pop_back();
-    return sql;
+std::string Collapsed(const std::string& sql) {
+    std::string text;
+    for (const char c : sql) {
+        const bool blank = std::isspace(static_cast<unsigned char>(c)) != 0;
+        if (!blank) text += c;
+        if (blank && !text.empty() && text.back() != ' ') text += ' ';
+    }
+    while (!text.empty() && (text.back() == ';' || text.back() == ' ')) text.pop_back();
+    return text;
 }
 
 std::string Unquoted(const std::string& literal) { return literal.substr(1, literal.size() - 2); }
