@@ -385,6 +385,7 @@ TEST_F(Worker, OperationsNeverRunSideBySide) {
         });
     }
     for (std::thread& host : hosts) host.join();
+    AwaitEndOfPasses();
     EXPECT_EQ(most, 1);
 }
 
@@ -425,6 +426,7 @@ TEST_F(Worker, StartAndStopUnderLoad_LoseNothingAndHangNowhere) {
     }
     done = true;
     host.join();
+    AwaitEndOfPasses();
 }
 
 }  // namespace
