@@ -18,6 +18,9 @@ struct Release {
     void operator()(cairo_t* context) const noexcept { cairo_destroy(context); }
     void operator()(cairo_pattern_t* pattern) const noexcept { cairo_pattern_destroy(pattern); }
     void operator()(PangoLayout* layout) const noexcept { g_object_unref(layout); }
+    void operator()(PangoContext* context) const noexcept { g_object_unref(context); }
+    void operator()(PangoFontMap* fonts) const noexcept { g_object_unref(fonts); }
+    void operator()(PangoFont* font) const noexcept { g_object_unref(font); }
     void operator()(PangoFontDescription* font) const noexcept { pango_font_description_free(font); }
     void operator()(char* text) const noexcept { g_free(text); }
 };
@@ -25,7 +28,10 @@ using SurfacePtr = std::unique_ptr<cairo_surface_t, Release>;
 using ContextPtr = std::unique_ptr<cairo_t, Release>;
 using PatternPtr = std::unique_ptr<cairo_pattern_t, Release>;
 using LayoutPtr = std::unique_ptr<PangoLayout, Release>;
-using FontPtr = std::unique_ptr<PangoFontDescription, Release>;
+using LayoutContextPtr = std::unique_ptr<PangoContext, Release>;
+using FontMapPtr = std::unique_ptr<PangoFontMap, Release>;
+using FontPtr = std::unique_ptr<PangoFont, Release>;
+using FontDescriptionPtr = std::unique_ptr<PangoFontDescription, Release>;
 using GText = std::unique_ptr<char, Release>;
 
 double Part(Colour colour, unsigned shift) { return (colour.rgb >> shift & 0xFF) / 255.0; }
@@ -48,17 +54,27 @@ void RoundedPath(cairo_t* context, Box box, double radius) {
     cairo_close_path(context);
 }
 
-// Pango gives up loudly when there is no font at all; cairo has letters of its own.
-bool HasFonts() {
-    PangoFontFamily** families = nullptr;
-    int count = 0;
-    pango_font_map_list_families(pango_cairo_font_map_get_default(), &families, &count);
-    g_free(families);
-    return count > 0;
+// Without any font pango draws boxes for letters; cairo has plain letters of its own.
+bool HasFonts(PangoFontMap* fonts, PangoContext* layouts) {
+    const FontDescriptionPtr wanted(pango_font_description_from_string("Sans"));
+    const FontPtr font(pango_font_map_load_font(fonts, layouts, wanted.get()));
+    return font && pango_font_has_char(font.get(), 'a');
 }
 
 GText ValidUtf8(std::string_view text) {
     return GText(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
+}
+
+// Cairo's own letters go no further than ASCII.
+std::string AsAscii(std::string_view text) {
+    constexpr std::string_view kTimes = "\u00d7";
+    std::string ascii;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        if (byte < 0x80) ascii += byte < 0x20 ? ' ' : text[i];
+        if (byte >= 0xC0) ascii += text.substr(i, kTimes.size()) == kTimes ? 'x' : '?';
+    }
+    return ascii;
 }
 
 SurfacePtr SurfaceOf(const Picture& picture) {
@@ -81,11 +97,14 @@ SurfacePtr SurfaceOf(const Picture& picture) {
 struct Canvas::Surface {
     SurfacePtr surface;
     ContextPtr context;
-    bool hasFonts = HasFonts();
+    // The canvas's own: the map that pango shares is never released.
+    FontMapPtr fonts{pango_cairo_font_map_new()};
+    LayoutContextPtr layouts{pango_font_map_create_context(fonts.get())};
+    bool hasFonts = HasFonts(fonts.get(), layouts.get());
 
     LayoutPtr Layout(std::string_view text, const TextStyle& style) const {
-        LayoutPtr layout(pango_cairo_create_layout(context.get()));
-        const FontPtr font(pango_font_description_from_string("Sans"));
+        LayoutPtr layout(pango_layout_new(layouts.get()));
+        const FontDescriptionPtr font(pango_font_description_from_string("Sans"));
         pango_font_description_set_absolute_size(font.get(), style.size * PANGO_SCALE);
         pango_font_description_set_weight(font.get(), style.bold ? PANGO_WEIGHT_BOLD : PANGO_WEIGHT_NORMAL);
         pango_layout_set_font_description(layout.get(), font.get());
@@ -108,10 +127,8 @@ struct Canvas::Surface {
 
     void DrawBuiltIn(std::string_view text, Box box, const TextStyle& style) const {
         ChooseBuiltInLetters(style);
-        std::string shown(ValidUtf8(text).get());
-        while (!shown.empty() && BuiltInWidth(shown) > box.width) do
-                shown.pop_back();
-            while (!shown.empty() && (static_cast<unsigned char>(shown.back()) & 0x80) != 0);
+        std::string shown = AsAscii(text);
+        while (!shown.empty() && BuiltInWidth(shown) > box.width) shown.pop_back();
         const double rest = box.width - BuiltInWidth(shown);
         const double x = style.align == Align::Left ? 0 : style.align == Align::Centre ? rest / 2 : rest;
         cairo_move_to(context.get(), box.x + x, box.y + box.height / 2 + style.size * 0.35);
@@ -129,6 +146,7 @@ Canvas::Canvas(PictureSize size, Colour ground) : m_surface(std::make_unique<Sur
         throw PictureError(fmt::format("a picture of {} x {} pixels cannot be made: {}", size.width, size.height,
                                        cairo_status_to_string(status)));
     m_surface->context.reset(cairo_create(m_surface->surface.get()));
+    pango_cairo_update_context(m_surface->context.get(), m_surface->layouts.get());
     SetColour(m_surface->context.get(), ground);
     cairo_paint(m_surface->context.get());
 }
@@ -205,7 +223,7 @@ void Canvas::DrawText(std::string_view text, Box box, const TextStyle& style) {
 double Canvas::TextWidth(std::string_view text, const TextStyle& style) const {
     if (!m_surface->hasFonts) {
         m_surface->ChooseBuiltInLetters(style);
-        return m_surface->BuiltInWidth(ValidUtf8(text).get());
+        return m_surface->BuiltInWidth(AsAscii(text));
     }
     int width = 0;
     int height = 0;
