@@ -47,6 +47,7 @@ inline constexpr char kCompressedData[] = "COMPRESSED_DATA";
 inline constexpr char kCacheDataType[] = "CACHE_DATA_TYPE";
 
 // TAG_ITEM_RELATION_TABLE
+inline constexpr char kItemGuid[] = "ITEM_GUID";
 inline constexpr char kTagsGuid[] = "TAGS_GUID";
 
 }  // namespace qfc::column

@@ -1,6 +1,7 @@
 #include "db/DBTools.h"
 
 #include "db/DBToolsGuard.h"
+#include "db/TreeRows.h"
 
 DBTools::DBTools(const CString& path, bool& ok) : DBToolsInternal(path, ok) {}
 
@@ -134,5 +135,12 @@ bool DBTools::QueryGalleries(std::vector<qfc::StoredGallery>& galleries) {
     std::vector<qfc::StoredGallery> found;
     const bool bRead = Guarded([&] { return DBToolsInternal::QueryGalleries(found); });
     if (bRead) galleries = std::move(found);
+    return bRead;
+}
+
+bool DBTools::QueryTree(int nRoot, qfc::TreeRows& rows) {
+    qfc::TreeRows found;
+    const bool bRead = Guarded([&] { return DBToolsInternal::QueryTree(nRoot, found); });
+    if (bRead) rows = std::move(found);
     return bRead;
 }

@@ -73,6 +73,9 @@ public:
     int AddFolderOrderIndexColumn();
     // Lists the stored galleries by gallery id. On false the list is as it was.
     bool QueryGalleries(std::vector<qfc::StoredGallery>& galleries);
+    // A shortcut: reads at once what loading the tree below the folder would ask for row by row. False when shortcuts
+    // are off, and when the rows are too odd for it: ask for them one by one then.
+    bool QueryTree(int nRoot, qfc::TreeRows& rows);
 
 private:
     class Guard;  // db/DBToolsGuard.h

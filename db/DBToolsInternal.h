@@ -11,6 +11,10 @@
 #include <span>
 #include <vector>
 
+namespace qfc {
+struct TreeRows;
+}
+
 // The operations on the library database, one method per operation, without lock and without transaction: DBTools adds
 // both and is what everybody uses. Each method compiles its statement, binds, runs and finalises it; an exception of
 // the access layer becomes false. Without a connection every method answers false (0 for numbers) and touches nothing.
@@ -65,6 +69,7 @@ protected:
     bool DeleteFolderTrees(std::span<const int> galleryIds);
     int AddFolderOrderIndexColumn();
     bool QueryGalleries(std::vector<qfc::StoredGallery>& galleries);
+    bool QueryTree(int nRoot, qfc::TreeRows& rows);
 
     bool HasConnection() const { return m_pDB != nullptr; }
     CppSQLite3DB& Connection() { return *m_pDB; }

@@ -104,4 +104,32 @@ inline constexpr char kProbeOddCacheKinds[] =
 inline constexpr char kDeleteKnownCacheKinds[] =
     "Delete from CACHE_DATA_TABLE where CACHE_DATA_TYPE in (0, 1, 2) AND ITEM_ID = ?";
 
+// nothing; one row when scans of a whole tree could differ from single queries: folder numbers that are not 32-bit
+// integers, or tables without the keys by which single queries are ordered.
+inline constexpr char kProbeOddTreeRows[] =
+    "Select 1 where exists (select 1 from FOLDER_TABLE where typeof(ID) <> 'integer' or typeof(PARENT_ID) not in"
+    " ('integer', 'null') or ID not between -2147483648 and 2147483647 or PARENT_ID not between -2147483648 and"
+    " 2147483647) or (select count(*) from sqlite_master where type = 'index' and name in"
+    " ('sqlite_autoindex_RELATION_TABLE_1', 'sqlite_autoindex_TAG_ITEM_RELATION_TABLE_1')) <> 2";
+inline constexpr char kScanFolders[] = "Select * from FOLDER_TABLE order by rowid";
+// root folder
+inline constexpr char kQueryTreePlacements[] =
+    "With recursive TREE(ID) as (values(?) union select FOLDER_TABLE.ID from FOLDER_TABLE join TREE on"
+    " FOLDER_TABLE.PARENT_ID = TREE.ID) Select PARENT_ID, ITEM_ID from RELATION_TABLE where PARENT_ID in (select ID"
+    " from TREE) order by PARENT_ID, ITEM_INDEX, ITEM_ID";
+inline constexpr char kLargestItemRow[] = "Select max(rowid) from ITEM_TABLE";
+inline constexpr char kScanItems[] = "Select * from ITEM_TABLE order by rowid";
+// root folder
+inline constexpr char kQueryTreeItems[] =
+    "With recursive TREE(ID) as (values(?) union select FOLDER_TABLE.ID from FOLDER_TABLE join TREE on"
+    " FOLDER_TABLE.PARENT_ID = TREE.ID) Select * from ITEM_TABLE where ITEM_ID in (select ITEM_ID from RELATION_TABLE"
+    " where PARENT_ID in (select ID from TREE)) order by rowid";
+inline constexpr char kScanItemTags[] =
+    "Select ITEM_GUID, TAGS_GUID from TAG_ITEM_RELATION_TABLE order by ITEM_GUID, TAGS_GUID";
+// root folder
+inline constexpr char kQueryTreeItemTags[] =
+    "With recursive TREE(ID) as (values(?) union select FOLDER_TABLE.ID from FOLDER_TABLE join TREE on"
+    " FOLDER_TABLE.PARENT_ID = TREE.ID) Select ITEM_GUID, TAGS_GUID from TAG_ITEM_RELATION_TABLE where ITEM_GUID in"
+    " (select ITEM_ID from RELATION_TABLE where PARENT_ID in (select ID from TREE)) order by ITEM_GUID, TAGS_GUID";
+
 }  // namespace qfc::sql

@@ -5,6 +5,8 @@
 #include "items/CQItem.h"
 #include "items/ItemTypes.h"
 
+#include <cstdint>
+
 namespace qfc {
 
 namespace {
@@ -39,6 +41,22 @@ ItemRow RowOf(const CQItem& item) {
     row.deletable = item.GetIsDeletable();
     row.itemId = item.GetUniqueID();
     return row;
+}
+
+void FillFromRow(CQItem& item, const ItemRow& row) {
+    item.GetCurThumbFrameNum() = static_cast<DWORD>(row.currentThumbFrame);
+    item.GetOrgThumbFrameNum() = static_cast<DWORD>(row.originalThumbFrame);
+    item.SetDBID(row.bbid);
+    item.SetItemType(static_cast<DWORD>(row.itemType));
+    item.SetItemName(row.name);
+    item.GetDescription() = row.description;
+    item.GetAnnotation() = row.annotation;
+    item.SetFileName(row.fileName);
+    item.GetAttrib() = static_cast<DWORD>(row.attributes);
+    // Kept: the timestamp passes through 32 signed bits.
+    item.fnSetTimeStamp(static_cast<ULONGLONG>(std::int64_t{row.timestamp}));
+    item.ChangeFilm(nullptr, static_cast<unsigned>(row.filmSize), static_cast<unsigned>(row.frameSize));
+    item.fnSetDeletable(row.deletable);
 }
 
 PayloadWrite PayloadOf(CQItem& item, int nKind, const DBTools& target) {

@@ -14,6 +14,9 @@ namespace qfc {
 // The item's row as its fields stand now.
 ItemRow RowOf(const CQItem& item);
 
+// Takes the fields of a row into an item that is as new; the template path is not read back.
+void FillFromRow(CQItem& item, const ItemRow& row);
+
 // The payload of one kind as it is to be written to `target`. Without bytes in memory an item of that same database
 // writes nothing, since what a load would bring is the very row that stays; an item from elsewhere is loaded first,
 // and writes nothing when that fails. The result borrows the item's bytes.

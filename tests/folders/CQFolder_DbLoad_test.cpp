@@ -13,10 +13,12 @@ using Texts = std::vector<std::string>;
 constexpr int kGallery = 1;
 constexpr int kRoot = 1;
 
-// A library whose rows are written by hand. Row 1 is the root of gallery 1.
-class CQFolder_DbLoad : public testing::Test {
+// A library whose rows are written by hand. Row 1 is the root of gallery 1. With shortcuts (true) the tree is read at
+// once, without them row by row.
+class CQFolder_DbLoad : public testing::TestWithParam<bool> {
 protected:
     CQFolder_DbLoad() {
+        library.Tools()->SetShortcuts(GetParam());
         AddFolderRow(kRoot, -1, "Root");
         Sql("insert into GALLERY_TABLE values(1, 1)");
     }
@@ -46,7 +48,7 @@ protected:
     CQGallery gallery;
 };
 
-TEST_F(CQFolder_DbLoad, Tree_NeedsAnIdAToolsObjectAGalleryRowAndARootRow) {
+TEST_P(CQFolder_DbLoad, Tree_NeedsAnIdAToolsObjectAGalleryRowAndARootRow) {
     CQGallery none;
     EXPECT_EQ(none.LoadTreeFromDb(), 0);
     none.SetFolderID(kGallery);
@@ -63,7 +65,7 @@ TEST_F(CQFolder_DbLoad, Tree_NeedsAnIdAToolsObjectAGalleryRowAndARootRow) {
     EXPECT_EQ(none.LoadTreeFromDb(), 0);
 }
 
-TEST_F(CQFolder_DbLoad, Folder_TakesEveryColumn) {
+TEST_P(CQFolder_DbLoad, Folder_TakesEveryColumn) {
     Sql("update FOLDER_TABLE set VERSION = '7974943A-25B8-405B-A276-A6037A049880', PREDEFINED_ID = 9, "
         "FOLDER_NAME = 'Gr\xC3\xBC\xC3\x9F"
         "e', ADOPT_TYPE = 3, TRUSTY_TYPE = 64, TYPE_EXTRA = 5, EXPAND_TYPE = 6, "
@@ -82,7 +84,7 @@ TEST_F(CQFolder_DbLoad, Folder_TakesEveryColumn) {
     EXPECT_EQ(gallery.GetIndex(), 7);
 }
 
-TEST_F(CQFolder_DbLoad, Folder_ReadsNullsAsTheirDefaults) {
+TEST_P(CQFolder_DbLoad, Folder_ReadsNullsAsTheirDefaults) {
     Sql("insert into FOLDER_TABLE(ID, PARENT_ID) values(2, 1)");
     ASSERT_EQ(Load(), 1);
     CQFolder* folder = gallery.GetFirstSubFolder();
@@ -97,14 +99,14 @@ TEST_F(CQFolder_DbLoad, Folder_ReadsNullsAsTheirDefaults) {
     EXPECT_EQ(folder->GetIndex(), -1);
 }
 
-TEST_F(CQFolder_DbLoad, Folder_OfATableWithoutTheOrderColumnHasNoIndex) {
+TEST_P(CQFolder_DbLoad, Folder_OfATableWithoutTheOrderColumnHasNoIndex) {
     Sql("alter table FOLDER_TABLE drop column ORDER_INDEX");
     Sql("insert into FOLDER_TABLE(ID, PARENT_ID, FOLDER_NAME) values(2, 1, 'old')");
     ASSERT_EQ(Load(), 1);
     EXPECT_EQ(gallery.GetFolderByName("old")->GetIndex(), -1);
 }
 
-TEST_F(CQFolder_DbLoad, KeyFormNames_GetTrustyBits1And4) {
+TEST_P(CQFolder_DbLoad, KeyFormNames_GetTrustyBits1And4) {
     const struct {
         const char* name;
         DWORD trusty;
@@ -117,14 +119,14 @@ TEST_F(CQFolder_DbLoad, KeyFormNames_GetTrustyBits1And4) {
     for (const auto& row : rows) EXPECT_EQ(gallery.GetFolderByName(row.name)->GetTrusty(), row.trusty) << row.name;
 }
 
-TEST_F(CQFolder_DbLoad, KeyFormBits_AreAddedToTheStoredOnes) {
+TEST_P(CQFolder_DbLoad, KeyFormBits_AreAddedToTheStoredOnes) {
     AddFolderRow(2, kRoot, "Clips--Old");
     Sql("update FOLDER_TABLE set TRUSTY_TYPE = 66 where ID = 2");
     Load();
     EXPECT_EQ(gallery.GetFirstSubFolder()->GetTrusty(), 71u);
 }
 
-TEST_F(CQFolder_DbLoad, SubFolders_StandByIndexAndByRowAmongEqualOnes) {
+TEST_P(CQFolder_DbLoad, SubFolders_StandByIndexAndByRowAmongEqualOnes) {
     AddFolderRow(2, kRoot, "b", 2);
     AddFolderRow(3, kRoot, "a", 1);
     AddFolderRow(4, kRoot, "c", 2);
@@ -139,7 +141,7 @@ TEST_F(CQFolder_DbLoad, SubFolders_StandByIndexAndByRowAmongEqualOnes) {
     EXPECT_EQ(deep->GetParent()->GetDBId(), 3);
 }
 
-TEST_F(CQFolder_DbLoad, SubFolders_GetStorageNumbersInTheOrderTheyAreAdded) {
+TEST_P(CQFolder_DbLoad, SubFolders_GetStorageNumbersInTheOrderTheyAreAdded) {
     AddFolderRow(2, kRoot, "a", 9);
     AddFolderRow(3, kRoot, "b", 1);
     AddFolderRow(4, 2, "a1");
@@ -149,7 +151,7 @@ TEST_F(CQFolder_DbLoad, SubFolders_GetStorageNumbersInTheOrderTheyAreAdded) {
     EXPECT_EQ(FolderInside::StorageNumber(*gallery.GetFolderByPath("a\\a1")), 3u);
 }
 
-TEST_F(CQFolder_DbLoad, Items_StandByTheirIndexWithFieldsAndTags) {
+TEST_P(CQFolder_DbLoad, Items_StandByTheirIndexWithFieldsAndTags) {
     AddFolderRow(2, kRoot, "A");
     AddItemRow(1, "last");
     AddItemRow(2, "first");
@@ -168,14 +170,14 @@ TEST_F(CQFolder_DbLoad, Items_StandByTheirIndexWithFieldsAndTags) {
     EXPECT_TRUE(item->IsExistInGalleryItemMap());
 }
 
-TEST_F(CQFolder_DbLoad, ItemsOfTheRoot_AreNotLoaded) {
+TEST_P(CQFolder_DbLoad, ItemsOfTheRoot_AreNotLoaded) {
     AddItemRow(1, "own");
     Place(1, kRoot, 0);
     ASSERT_EQ(Load(), 1);
     EXPECT_EQ(gallery.GetItemArray(), nullptr);
 }
 
-TEST_F(CQFolder_DbLoad, SharedItem_IsOneObjectWhoseParentIsTheFolderLoadedFirst) {
+TEST_P(CQFolder_DbLoad, SharedItem_IsOneObjectWhoseParentIsTheFolderLoadedFirst) {
     AddFolderRow(2, kRoot, "loaded first", 9);
     AddFolderRow(3, kRoot, "shown first", 1);
     AddItemRow(1, "shared");
@@ -191,7 +193,7 @@ TEST_F(CQFolder_DbLoad, SharedItem_IsOneObjectWhoseParentIsTheFolderLoadedFirst)
                                                                           reinterpret_cast<std::uintptr_t>(second)}));
 }
 
-TEST_F(CQFolder_DbLoad, DepthFirst_TheItemsOfAFolderComeBeforeThoseOfItsSubFolders) {
+TEST_P(CQFolder_DbLoad, DepthFirst_TheItemsOfAFolderComeBeforeThoseOfItsSubFolders) {
     AddFolderRow(2, kRoot, "A");
     AddFolderRow(3, kRoot, "B");
     AddFolderRow(4, 2, "below A");
@@ -206,7 +208,7 @@ TEST_F(CQFolder_DbLoad, DepthFirst_TheItemsOfAFolderComeBeforeThoseOfItsSubFolde
     EXPECT_EQ(gallery.GetItemByGUID(GuidOf(2))->GetParentFolder()->GetDBId(), 2);
 }
 
-TEST_F(CQFolder_DbLoad, LoadSubItems_Answers0AlsoAfterLoadingAll) {
+TEST_P(CQFolder_DbLoad, LoadSubItems_Answers0AlsoAfterLoadingAll) {
     AddFolderRow(2, kRoot, "A");
     AddItemRow(1, "one");
     Load();
@@ -219,7 +221,7 @@ TEST_F(CQFolder_DbLoad, LoadSubItems_Answers0AlsoAfterLoadingAll) {
     EXPECT_EQ(CQFolder().LoadSubItemsFromDb(), 0);
 }
 
-TEST_F(CQFolder_DbLoad, APlacementWithoutItemRow_StillGivesAnItem) {
+TEST_P(CQFolder_DbLoad, APlacementWithoutItemRow_StillGivesAnItem) {
     AddFolderRow(2, kRoot, "A");
     Place(1, 2, 0);
     Load();
@@ -227,7 +229,7 @@ TEST_F(CQFolder_DbLoad, APlacementWithoutItemRow_StillGivesAnItem) {
     EXPECT_TRUE(gallery.GetFirstSubFolder()->HasItem(GuidOf(1), 0));
 }
 
-TEST_F(CQFolder_DbLoad, ItemsOfAnotherDatabase_AreSeparateAndOutsideTheMap) {
+TEST_P(CQFolder_DbLoad, ItemsOfAnotherDatabase_AreSeparateAndOutsideTheMap) {
     AddFolderRow(2, kRoot, "A");
     AddFolderRow(3, kRoot, "B");
     AddItemRow(1, "shared");
@@ -248,21 +250,21 @@ TEST_F(CQFolder_DbLoad, ItemsOfAnotherDatabase_AreSeparateAndOutsideTheMap) {
 
 // --- Hostile rows ------------------------------------------------------------------------------------------------
 
-TEST_F(CQFolder_DbLoad, AFolderThatIsItsOwnParent_IsNeverReached) {
+TEST_P(CQFolder_DbLoad, AFolderThatIsItsOwnParent_IsNeverReached) {
     AddFolderRow(2, 2, "own parent");
     AddFolderRow(3, kRoot, "A");
     ASSERT_EQ(Load(), 1);
     EXPECT_EQ(Names(gallery.GetFolderList()), Texts{"A"});
 }
 
-TEST_F(CQFolder_DbLoad, ARootThatIsItsOwnParent_IsNotItsOwnChild) {
+TEST_P(CQFolder_DbLoad, ARootThatIsItsOwnParent_IsNotItsOwnChild) {
     Sql("update FOLDER_TABLE set PARENT_ID = 1 where ID = 1");
     AddFolderRow(2, kRoot, "A");
     ASSERT_EQ(Load(), 1);
     EXPECT_EQ(Names(gallery.GetFolderList()), Texts{"A"});
 }
 
-TEST_F(CQFolder_DbLoad, ACycleThroughTheRoot_EndsWhereItCloses) {
+TEST_P(CQFolder_DbLoad, ACycleThroughTheRoot_EndsWhereItCloses) {
     AddFolderRow(2, kRoot, "A");
     AddFolderRow(3, 2, "B");
     Sql("update FOLDER_TABLE set PARENT_ID = 3 where ID = 1");
@@ -271,7 +273,7 @@ TEST_F(CQFolder_DbLoad, ACycleThroughTheRoot_EndsWhereItCloses) {
     EXPECT_EQ(gallery.GetFolderByPath("A\\B")->GetFirstSubFolder(), nullptr);
 }
 
-TEST_F(CQFolder_DbLoad, LoadingBelowAnInnerFolder_NeverMeetsItsAncestors) {
+TEST_P(CQFolder_DbLoad, LoadingBelowAnInnerFolder_NeverMeetsItsAncestors) {
     AddFolderRow(2, kRoot, "A");
     AddFolderRow(3, 2, "B");
     Load();
@@ -281,7 +283,7 @@ TEST_F(CQFolder_DbLoad, LoadingBelowAnInnerFolder_NeverMeetsItsAncestors) {
     EXPECT_EQ(inner->GetFirstSubFolder(), nullptr);
 }
 
-TEST_F(CQFolder_DbLoad, RowsWithoutAUsableNumber_AreLeftOut) {
+TEST_P(CQFolder_DbLoad, RowsWithoutAUsableNumber_AreLeftOut) {
     Sql("drop table FOLDER_TABLE");
     Sql("create table FOLDER_TABLE(FOLDER_NAME TEXT, PARENT_ID INTEGER, ID)");
     Sql("insert into FOLDER_TABLE values('Root', -1, 1), ('null', 1, NULL), ('minus one', 1, -1), ('minus', 1, -5), "
@@ -291,7 +293,7 @@ TEST_F(CQFolder_DbLoad, RowsWithoutAUsableNumber_AreLeftOut) {
     EXPECT_EQ(Names(gallery.GetFolderList()), (Texts{"", "good"}));
 }
 
-TEST_F(CQFolder_DbLoad, GuidsOfAWrongLengthOrType_AreSkipped) {
+TEST_P(CQFolder_DbLoad, GuidsOfAWrongLengthOrType_AreSkipped) {
     AddFolderRow(2, kRoot, "A");
     Sql("drop table RELATION_TABLE");
     Sql("create table RELATION_TABLE(PARENT_ID INTEGER, ITEM_ID BLOB, ITEM_INDEX INTEGER)");
@@ -305,7 +307,7 @@ TEST_F(CQFolder_DbLoad, GuidsOfAWrongLengthOrType_AreSkipped) {
     EXPECT_TRUE(folder->HasItem(GuidOf(7), 0));
 }
 
-TEST_F(CQFolder_DbLoad, RowsBelowTheDepthBound_AreLeftOutOfTheTree) {
+TEST_P(CQFolder_DbLoad, RowsBelowTheDepthBound_AreLeftOutOfTheTree) {
     std::string rows = "begin; ";
     for (int id = 2; id <= kMaxLoadDepth + 50; ++id) {
         rows += "insert into FOLDER_TABLE(ID, PARENT_ID, FOLDER_NAME) values(" + std::to_string(id) + ", " +
@@ -329,13 +331,14 @@ public:
     int refused = -1;
 };
 
-TEST_F(CQFolder_DbLoad, ASubFolderThatCannotBeRead_DoesNotStopTheLoad) {
+TEST_P(CQFolder_DbLoad, ASubFolderThatCannotBeRead_DoesNotStopTheLoad) {
     AddFolderRow(2, kRoot, "A");
     AddFolderRow(3, kRoot, "B");
     AddFolderRow(4, 2, "below A");
     AddFolderRow(5, 3, "below B");
     bool ok = false;
     RefusingTools tools(library.Path().c_str(), ok);
+    tools.SetShortcuts(false);
     tools.refused = 2;
     EXPECT_EQ(Load(&tools), 1);
     EXPECT_EQ(gallery.GetFolderByPath("A\\below A"), nullptr);
@@ -348,7 +351,7 @@ TEST_F(CQFolder_DbLoad, ASubFolderThatCannotBeRead_DoesNotStopTheLoad) {
     EXPECT_TRUE(other.GetFolderName() == "Root");
 }
 
-TEST_F(CQFolder_DbLoad, FolderWithoutRow_Gives0) {
+TEST_P(CQFolder_DbLoad, FolderWithoutRow_Gives0) {
     CQFolder folder;
     EXPECT_EQ(folder.LoadFolderFromDb(), 0);
     EXPECT_EQ(folder.LoadSubFoldersFromDb(), 0);
@@ -358,6 +361,8 @@ TEST_F(CQFolder_DbLoad, FolderWithoutRow_Gives0) {
     EXPECT_EQ(folder.LoadFolderFromDb(), 0);
     EXPECT_TRUE(folder.GetFolderName() == "before");
 }
+
+INSTANTIATE_TEST_SUITE_P(Shortcuts, CQFolder_DbLoad, testing::Bool());
 
 }  // namespace
 }  // namespace qfc::test
