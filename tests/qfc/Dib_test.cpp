@@ -1,7 +1,7 @@
 #include "hosts/qfc/pictures/Dib.h"
 
-#include <gtest/gtest.h>
 #include <algorithm>
+#include <gtest/gtest.h>
 #include <limits>
 #include <random>
 #include <span>
