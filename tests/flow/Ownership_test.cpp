@@ -13,6 +13,7 @@
 
 namespace {
 
+namespace fs = std::filesystem;
 using Manager = QFCLibraryManager;
 using qfc::AsGallery;
 using qfc::ToHandle;
@@ -138,6 +139,50 @@ TEST_F(Ownership, GalleriesOfSeveralThreads_EachWorkedOnByItsOwn) {
     }
     for (std::thread& host : hosts) host.join();
     EXPECT_EQ(CountRows("ITEM_TABLE"), 80);
+}
+
+// Every entry function from several threads at once, each on a gallery of its own.
+TEST_F(Ownership, EveryEntryFunctionAtOnce_FromSeveralThreads) {
+    auto work = [](int host) {
+        const CString strName(("host" + std::to_string(host)).c_str());
+        const int nGallery = 100 + host;
+        const ULONGLONG hGallery = Manager::fnCreateGallery(nGallery, strName, 0, 0, 0);
+        ASSERT_NE(hGallery, 0u);
+        CQFolder* const pKept = Manager::fnCreateFolder(hGallery, "", "Kept", 0, 0, 0, 0);
+        for (int round = 0; round < 8; ++round) {
+            CQFolder* const pFolder = Manager::fnCreateFolder(hGallery, "", "Folder", 0, 0, 0, 0);
+            CQItem* const pItem = NewItem("item");
+            const GUID guid = pItem->GetUniqueID();
+            qfc::test::GiveBitmapCache(*pItem, 8, 8);
+            Manager::fnRegister_QFCLibCallBack(strName, [](QFCLibCallbackParam*) { return 1; });
+            ASSERT_EQ(Manager::fnAddItem(hGallery, {"Folder", "Kept"}, pItem), 1);
+            CQItem change("changed");
+            EXPECT_EQ(Manager::fnUpdateItem(hGallery, &change, guid, 1), 1);
+            EXPECT_EQ(Manager::fnUpdateLibItemThumbnail(pItem), 1);
+            EXPECT_EQ(Manager::fnUpdateFolder(ToHandle(pFolder), "Renamed", 0, 0, 0), 1);
+            std::vector<_DS_LibItemTunmbnailInfo_> thumbnails;
+            EXPECT_EQ(Manager::fnQueryLibItemThumbnailInfo(thumbnails), 1);
+            EXPECT_FALSE(thumbnails.empty());
+            std::vector<qfc::StoredGallery> galleries;
+            EXPECT_EQ(Manager::fnListGalleries(galleries), 1);
+            const fs::path file = Scratch() / (std::to_string(host) + ".db");
+            EXPECT_EQ(Manager::fnExportDB(file.c_str()), 1);
+            const ULONGLONG hSession = Manager::StartDbSession4ImportLib(file.c_str());
+            const ULONGLONG hForeign = Manager::fnLoadGallery(nGallery, reinterpret_cast<DBTools*>(hSession));
+            EXPECT_EQ(Manager::fnCloseSessionGallery(hForeign), 1);
+            EXPECT_EQ(Manager::EndDbSession4ImportLib(hSession), 1);
+            Manager::fnDeleteItem(ToHandle(pKept), {guid}, static_cast<int>(round % 2));
+            EXPECT_EQ(Manager::fnDeleteFolder(ToHandle(pFolder)), 1);
+            EXPECT_EQ(Manager::fnUnRegister_QFCLibCallBack(strName), 1);
+            EXPECT_EQ(Manager::fnStartService(), 0);
+        }
+        EXPECT_EQ(Manager::fnDeleteGallery({nGallery}), 1);
+    };
+    std::vector<std::thread> hosts;
+    for (int host = 0; host < 4; ++host) hosts.emplace_back(work, host);
+    for (std::thread& host : hosts) host.join();
+    EXPECT_EQ(CountRows("GALLERY_TABLE"), 1);
+    EXPECT_EQ(CountRows("ITEM_TABLE"), 0);
 }
 
 }  // namespace
