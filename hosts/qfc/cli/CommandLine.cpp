@@ -17,8 +17,25 @@ constexpr const char* kFolderHelp = "Folder: a path below the gallery (A\\B, or 
 const std::map<std::string, SortKey> kSortKeys{
     {"name", SortKey::Name}, {"date", SortKey::Date}, {"kind", SortKey::Kind}};
 
-// CLI11 takes "[a,b]" apart into several values; a file may be called so.
-CLI::Option* Literal(CLI::Option* option) { return option->allow_extra_args(false); }
+// CLI11 takes a path "[a,b]" apart into two; a file may be called so. A leading byte that nobody types keeps it whole
+// until it has been read.
+constexpr char kShield = '\x01';
+
+std::string Shielded(const std::string& argument) {
+    const bool bracketed = argument.size() > 1 && argument.front() == '[' && argument.back() == ']';
+    return bracketed ? kShield + argument : argument;
+}
+
+std::string Unshielded(const std::string& argument) {
+    return !argument.empty() && argument.front() == kShield ? argument.substr(1) : argument;
+}
+
+void TakeShieldsAway(CLI::App& app) {
+    for (CLI::Option* option : app.get_options()) {
+        if (option != app.get_help_ptr()) option->transform(Unshielded);
+    }
+    for (CLI::App* command : app.get_subcommands({})) TakeShieldsAway(*command);
+}
 
 void AddSortKey(CLI::App& app, const std::string& flags, std::optional<SortKey>& key, const std::string& help) {
     app.add_option_function<std::string>(
@@ -46,11 +63,14 @@ public:
         AddItems();
         AddPictures();
         AddWholeLibrary();
+        TakeShieldsAway(m_app);
     }
 
     std::variant<Invocation, LeaveNow> Read(int argc, const char* const* argv) {
         try {
-            m_app.parse(argc, argv);
+            std::vector<std::string> arguments;  // The last one first, as the parser wants them.
+            for (int i = argc - 1; i > 0; --i) arguments.push_back(Shielded(argv[i]));
+            m_app.parse(arguments);
             for (const auto& [app, take] : m_commands) {
                 if (app->parsed()) return Invocation{m_global, take()};
             }
@@ -90,7 +110,7 @@ private:
     void AddImporting() {
         auto [app, options] = Add<ImportOptions>(m_app, "import", "Add media files; directories become folders",
                                                  "import holiday.mp4 ~/Pictures --folder \"2024\\Summer\"");
-        Literal(app->add_option("PATH", options->paths, "Files and directories")->required()->type_name(""));
+        app->add_option("PATH", options->paths, "Files and directories")->required()->type_name("");
         AddGallery(app, options);
         app->add_option("--folder", options->folder, "Folder to import into; made when missing")->type_name("A\\B");
     }

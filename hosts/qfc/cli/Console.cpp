@@ -10,7 +10,10 @@ void Console::Show(const std::string& line) const {
 }
 
 void Console::Say(const std::string& line) const {
-    if (!m_quiet) Show(line);
+    if (m_quiet) return;
+    Show(line);
+    // Lines of long work are read while it goes on.
+    std::cout.flush();
 }
 
 void Console::ShowJson(const Json& document) const {

@@ -76,10 +76,7 @@ private:
     }
 
     // A name that a path can give back.
-    static std::string ComponentOf(const CQFolder& folder) {
-        const std::string name = FolderComponent(ToText(folder.GetFolderName()));
-        return name.empty() ? "Folder" : name;
-    }
+    static std::string ComponentOf(const CQFolder& folder) { return FolderComponent(ToText(folder.GetFolderName())); }
     static std::string NameIn(const CQGallery& gallery, const std::string& path) {
         return Galleries::NameOf(gallery).name + ": " + path;
     }

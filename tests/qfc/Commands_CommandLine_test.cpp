@@ -1,0 +1,138 @@
+#include "CommandsTest.h"
+
+namespace qfc::test {
+namespace {
+
+class CommandsCommandLine : public CommandsTest {};
+
+const std::vector<Args> kCommands = {
+    {},
+    {"import"},
+    {"tree"},
+    {"ls"},
+    {"show"},
+    {"find"},
+    {"gallery"},
+    {"gallery", "create"},
+    {"gallery", "list"},
+    {"gallery", "rm"},
+    {"mkdir"},
+    {"rmdir"},
+    {"mv"},
+    {"rename"},
+    {"rm"},
+    {"reorder"},
+    {"thumbs"},
+    {"sheet"},
+    {"film"},
+    {"export"},
+    {"import-library"},
+    {"clear"},
+    {"check"},
+};
+
+TEST_F(CommandsCommandLine, EveryCommandHasHelpWithAnExample) {
+    for (Args command : kCommands) {
+        command.push_back("--help");
+        const QfcResult result = Qfc(command);
+        EXPECT_EQ(result.exit, 0) << command.front();
+        EXPECT_NE(result.out.find("Example:\n  qfc "), std::string::npos) << result.out;
+        EXPECT_EQ(result.err, "");
+    }
+}
+
+TEST_F(CommandsCommandLine, HelpMakesNoLibrary) {
+    Qfc({"tree", "--help"});
+    EXPECT_FALSE(std::filesystem::exists(m_library));
+}
+
+TEST_F(CommandsCommandLine, WrongUsage_ExitsTwoWithOneLine) {
+    const std::vector<Args> wrong = {
+        {},
+        {"fly"},
+        {"tree", "--fast"},
+        {"tree", "surplus"},
+        {"import"},
+        {"ls"},
+        {"ls", "A", "--sort", "size"},
+        {"gallery"},
+        {"gallery", "create"},
+        {"rename", "A"},
+        {"rename", "A", ""},
+        {"rename", "A", "B\\C"},
+        {"mv", "A"},
+        {"reorder", "A"},
+        {"reorder", "A", "--by", "name", "--to", "1"},
+        {"reorder", "A", "--to", "0"},
+        {"reorder", "A", "--to", "1", "--desc"},
+        {"sheet", "out.png", "--columns", "0"},
+        {"sheet", "out.png", "--columns", "99999"},
+        {"gallery", "create", "12"},
+        {"mkdir", "\\"},
+        {"clear"},
+    };
+    for (const Args& arguments : wrong) {
+        const QfcResult result = Qfc(arguments);
+        std::string text;
+        for (const std::string& argument : arguments) text += argument + " ";
+        EXPECT_EQ(result.exit, 2) << text << result.out << result.err;
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << text << result.err;
+    }
+}
+
+TEST_F(CommandsCommandLine, WordsBehindACommandAreItsArguments) {
+    const std::string path = Image("tree.ppm");
+    Done({"import", path, "--folder", "find"});
+    Done({"rename", "find\\tree.ppm", "tree"});
+    EXPECT_EQ(ItemsOf("find"), Names{"tree"});
+}
+
+TEST_F(CommandsCommandLine, BracketsAndCommasAreLettersOfAName) {
+    const std::string path = m_media.MakeFolder("[a,b]");
+    Image("[a,b]/x.ppm");
+    Done({"import", path});
+    EXPECT_EQ(ItemsOf("[a,b]"), Names{"x.ppm"});
+}
+
+TEST_F(CommandsCommandLine, GlobalOptionsMayStandBehindTheCommand) {
+    const QfcResult result = QfcProcess({"tree", "--json", "--data-dir", m_library}, {}).Wait();
+    EXPECT_EQ(result.exit, 0) << result.err;
+    EXPECT_TRUE(Json::accept(result.out)) << result.out;
+    EXPECT_TRUE(std::filesystem::exists(Database()));
+}
+
+TEST_F(CommandsCommandLine, TheEnvironmentNamesTheLibraryWhenNoOptionDoes) {
+    setenv("QFCLIB_DATA_DIR", m_library.c_str(), 1);
+    EXPECT_EQ(QfcProcess({"mkdir", "A"}, {}).Wait().exit, 0);
+    EXPECT_EQ(FoldersOf("\\"), Names{"A"});
+}
+
+TEST_F(CommandsCommandLine, Quiet_SaysNothingOfWhatWasDone) {
+    const QfcResult result = Qfc({"--quiet", "import", Image("a.ppm")});
+    EXPECT_EQ(result.exit, 0);
+    EXPECT_EQ(result.out, "");
+    EXPECT_NE(Qfc({"--quiet", "tree"}).out, "");
+}
+
+TEST_F(CommandsCommandLine, DataFolderThatCannotBeMade_Fails) {
+    m_folder.Write("file", "in the way");
+    const QfcResult result = QfcProcess({"--data-dir", m_folder / "file", "tree"}, {}).Wait();
+    EXPECT_EQ(result.exit, 1);
+    EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+}
+
+TEST_F(CommandsCommandLine, DataFolderTooLongForTheInterface_Fails) {
+    const QfcResult result = QfcProcess({"--data-dir", m_folder / std::string(240, 'x'), "tree"}, {}).Wait();
+    EXPECT_EQ(result.exit, 1);
+    EXPECT_NE(result.err, "");
+}
+
+TEST_F(CommandsCommandLine, OutputThatCannotBeWritten_Fails) {
+    Done({"mkdir", "A"});
+    const std::string command =
+        std::string(QFC_PROGRAM) + " --data-dir '" + m_library + "' tree > /dev/full 2>/dev/null";
+    EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1);
+}
+
+}  // namespace
+}  // namespace qfc::test

@@ -1,0 +1,155 @@
+#include "CommandsTest.h"
+
+#include <algorithm>
+#include <csignal>
+#include <set>
+
+namespace qfc::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class CommandsFaults : public CommandsTest {
+protected:
+    // Names so long that few lines of a report fill a narrow pipe: the program then cannot be done before it is read.
+    Names ManyImages(int count) {
+        m_media.MakeFolder("many");
+        Names names;
+        for (int i = 0; i < count; ++i) {
+            char number[16];
+            std::snprintf(number, sizeof number, "%04d", i);
+            names.push_back(number + std::string(180, 'x') + ".ppm");
+            Image("many/" + names.back(), i, 64);
+        }
+        return names;
+    }
+    static std::set<std::string> AddedNames(const std::string& out) {
+        std::set<std::string> names;
+        const std::string marker = "added many\\";
+        for (std::size_t at = out.find(marker); at != std::string::npos; at = out.find(marker, at + 1)) {
+            const std::size_t end = out.find('\n', at);
+            if (end == std::string::npos) break;
+            names.insert(out.substr(at + marker.size(), end - at - marker.size()));
+        }
+        return names;
+    }
+    std::set<std::string> StoredNames() const {
+        const Names names = ItemsOf("many");
+        return {names.begin(), names.end()};
+    }
+    void MakeReadOnly() const {
+        fs::permissions(m_folder.Path(), fs::perms(0755));
+        fs::permissions(m_media.Path(), fs::perms(0755));
+        fs::permissions(Database(), fs::perms(0444));
+        fs::permissions(m_library, fs::perms(0555));
+    }
+    static constexpr QfcWorld kUnprivileged{.unprivileged = true, .largestFile = std::nullopt, .narrowPipe = false};
+    static constexpr QfcWorld kNarrow{.unprivileged = false, .largestFile = std::nullopt, .narrowPipe = true};
+    static QfcWorld FullAt(long bytes) { return {.unprivileged = false, .largestFile = bytes, .narrowPipe = false}; }
+};
+
+TEST_F(CommandsFaults, ReadOnlyLibrary_EveryChangeFailsWithTheNames) {
+    if (!CanRunUnprivileged()) GTEST_SKIP() << "nobody else can start the program here";
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    Done({"mkdir", "B"});
+    const std::string fresh = Image("new.ppm", 9);
+    const std::string before = ReadFile(Database());
+    MakeReadOnly();
+    const std::vector<std::pair<Args, std::string>> changes = {
+        {{"import", fresh, "--folder", "A"}, "new.ppm"},
+        {{"import", fresh, "--folder", "New"}, "new.ppm"},
+        {{"mkdir", "C"}, "C"},
+        {{"rmdir", "A", "--recursive"}, "A"},
+        {{"mv", "A\\a.ppm", "B"}, "a.ppm"},
+        {{"mv", "B", "A"}, "B"},
+        {{"rename", "A\\a.ppm", "b"}, "b"},
+        {{"rename", "B", "C"}, "C"},
+        {{"rm", "A\\a.ppm"}, "a.ppm"},
+        {{"rm", "A\\a.ppm", "--everywhere"}, "a.ppm"},
+        {{"reorder", "B", "--to", "1"}, "B"},
+        {{"gallery", "create", "Holidays"}, "Holidays"},
+        {{"gallery", "rm", "Media"}, "A"},
+        {{"clear", "--yes"}, "library"},
+    };
+    for (const auto& [arguments, name] : changes) {
+        const QfcResult result = Qfc(arguments, kUnprivileged);
+        EXPECT_EQ(result.exit, 1) << arguments.front() << ": " << result.out << result.err;
+        EXPECT_NE(result.err.find(name), std::string::npos) << arguments.front() << ": " << result.err;
+        EXPECT_EQ(ReadFile(Database()), before) << arguments.front();
+    }
+}
+
+TEST_F(CommandsFaults, ReadOnlyLibrary_CanBeLookedAt) {
+    if (!CanRunUnprivileged()) GTEST_SKIP() << "nobody else can start the program here";
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    MakeReadOnly();
+    for (const Args& arguments :
+         {Args{"tree"}, Args{"ls", "A"}, Args{"show", "A\\a.ppm"}, Args{"find", "a"}, Args{"thumbs"}, Args{"check"}}) {
+        const QfcResult result = Qfc(arguments, kUnprivileged);
+        EXPECT_EQ(result.exit, 0) << arguments.front() << ": " << result.err;
+    }
+}
+
+TEST_F(CommandsFaults, FullDisk_CountsOnlyWhatIsStored_AndNamesTheRest) {
+    Done({"mkdir", "many"});
+    const Names names = ManyImages(60);
+    const auto size = static_cast<long>(fs::file_size(Database()));
+    const QfcResult result = Qfc({"import", Media("many")}, FullAt(size + 40000));
+    EXPECT_EQ(result.exit, 1);
+    const std::set<std::string> added = AddedNames(result.out);
+    EXPECT_GT(added.size(), 0u) << result.out;
+    EXPECT_LT(added.size(), names.size());
+    EXPECT_EQ(StoredNames(), added);
+    for (const std::string& name : names) {
+        const bool named = result.err.find(name) != std::string::npos;
+        EXPECT_NE(named, added.contains(name)) << name;
+    }
+    ExpectSound();
+    EXPECT_EQ(Done({"import", Media("many")})["added"].size(), names.size() - added.size());
+}
+
+TEST_F(CommandsFaults, FullDisk_MoveAndRenameLeaveEverythingAsItWas) {
+    Done({"import", Image("a.ppm", 0, 64), "--folder", "A"});
+    Done({"mkdir", "B"});
+    const std::string before = DumpOf(Database());
+    for (const Args& arguments : {Args{"mv", "A\\a.ppm", "B"}, Args{"mv", "B", "A"}, Args{"rename", "A\\a.ppm", "b"},
+                                  Args{"rename", "B", "C"}, Args{"rm", "A\\a.ppm"}}) {
+        EXPECT_EQ(Qfc(arguments, FullAt(512)).exit, 1) << arguments.front();
+        EXPECT_EQ(DumpOf(Database()), before) << arguments.front();
+    }
+}
+
+TEST_F(CommandsFaults, CtrlC_FinishesWhatIsOnTheWay_AndSaysWhatWasDone) {
+    ManyImages(400);
+    QfcProcess process(WithLibrary({"import", Media("many")}), kNarrow);
+    ASSERT_TRUE(process.ReadLine());
+    process.Signal(SIGINT);
+    const QfcResult result = process.Wait();
+    EXPECT_EQ(result.exit, 1);
+    EXPECT_NE(result.err.find("interrupted: "), std::string::npos) << result.err;
+    const std::set<std::string> added = AddedNames(result.out);
+    EXPECT_GT(added.size(), 0u);
+    EXPECT_LT(added.size(), 400u);
+    EXPECT_EQ(StoredNames(), added);
+    ExpectSound();
+}
+
+TEST_F(CommandsFaults, KilledImport_LosesNothingItSaid) {
+    ManyImages(400);
+    QfcProcess process(WithLibrary({"import", Media("many")}), kNarrow);
+    for (int i = 0; i < 20; ++i) ASSERT_TRUE(process.ReadLine());
+    process.Signal(SIGKILL);
+    const QfcResult result = process.Wait();
+    EXPECT_EQ(result.exit, 128 + SIGKILL);
+    const std::set<std::string> stored = StoredNames();
+    const std::set<std::string> added = AddedNames(result.out);
+    EXPECT_GE(added.size(), 20u);
+    EXPECT_TRUE(std::ranges::includes(stored, added));
+    ExpectSound();
+    Done({"import", Media("many")});
+    EXPECT_EQ(StoredNames().size(), 400u);
+    ExpectSound();
+}
+
+}  // namespace
+}  // namespace qfc::test

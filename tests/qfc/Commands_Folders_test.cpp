@@ -1,0 +1,167 @@
+#include "CommandsTest.h"
+
+namespace qfc::test {
+namespace {
+
+class CommandsFolders : public CommandsTest {
+protected:
+    std::string Count(const std::string& table) { return RawDb(Database()).Cell("select count(*) from " + table); }
+};
+
+TEST_F(CommandsFolders, MkdirMakesEveryLevel) {
+    const Json made = Done({"mkdir", "A\\B\\C"});
+    EXPECT_EQ(made["made"], (Json{"A", "A\\B", "A\\B\\C"}));
+    EXPECT_EQ(FoldersOf("A\\B"), Names{"C"});
+}
+
+TEST_F(CommandsFolders, MkdirOfAFolderThatIsThere_Fails) {
+    Done({"mkdir", "A"});
+    Refused({"mkdir", "A"});
+    EXPECT_EQ(Done({"mkdir", "A\\B"})["made"], Json{"A\\B"});
+}
+
+TEST_F(CommandsFolders, NewFoldersComeLast) {
+    for (const char* name : {"C", "A", "B"}) Done({"mkdir", name});
+    EXPECT_EQ(FoldersOf("\\"), (Names{"C", "A", "B"}));
+}
+
+TEST_F(CommandsFolders, RmdirRemovesAnEmptyFolder) {
+    Done({"mkdir", "A\\B"});
+    Done({"rmdir", "A\\B"});
+    EXPECT_EQ(FoldersOf("A"), Names{});
+    Refused({"rmdir", "A\\B"});
+}
+
+TEST_F(CommandsFolders, RmdirRefusesAFilledFolder) {
+    Done({"import", Image("a.ppm"), "--folder", "A\\B"});
+    EXPECT_NE(Refused({"rmdir", "A"}).find("--recursive"), std::string::npos);
+    Refused({"rmdir", "A\\B"});
+    EXPECT_EQ(ItemsOf("A\\B"), Names{"a.ppm"});
+}
+
+TEST_F(CommandsFolders, RmdirRecursive_TakesItemsAndPayloadsAlong) {
+    Done({"import", Video("v.mp4"), "--folder", "A\\B"});
+    Done({"mkdir", "C"});
+    Done({"rmdir", "A", "--recursive"});
+    EXPECT_EQ(FoldersOf("\\"), Names{"C"});
+    EXPECT_EQ(Count("ITEM_TABLE"), "0");
+    EXPECT_EQ(Count("CACHE_DATA_TABLE"), "0");
+    ExpectSound();
+}
+
+TEST_F(CommandsFolders, RmdirRecursive_LeavesAnItemThatAnotherFolderHolds) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    const int row = Done({"mkdir", "B"})["folder"]["row"];
+    RawDb(Database())
+        .Exec("insert into RELATION_TABLE (PARENT_ID, ITEM_ID, ITEM_INDEX) select " + std::to_string(row) +
+              ", ITEM_ID, 0 from ITEM_TABLE");
+    Done({"rmdir", "A", "--recursive"});
+    EXPECT_EQ(ItemsOf("B"), Names{"a.ppm"});
+    EXPECT_GT(Done({"show", "B\\a.ppm"})["bitmapCache"]["bytes"], 0);
+}
+
+TEST_F(CommandsFolders, RmdirRefusesTheGallery) {
+    Done({"mkdir", "A"});
+    Refused({"rmdir", "\\"});
+    EXPECT_EQ(FoldersOf("\\"), Names{"A"});
+}
+
+// --- mv
+// ---------------------------------------------------------------------------------------------------------------
+
+TEST_F(CommandsFolders, MvMovesAFolderWithAllBelowIt_BehindTheOthers) {
+    Done({"import", Image("a.ppm"), "--folder", "A\\B"});
+    Done({"mkdir", "T\\First"});
+    Done({"mv", "A", "T"});
+    EXPECT_EQ(FoldersOf("\\"), Names{"T"});
+    EXPECT_EQ(FoldersOf("T"), (Names{"First", "A"}));
+    EXPECT_EQ(ItemsOf("T\\A\\B"), Names{"a.ppm"});
+    ExpectSound();
+}
+
+TEST_F(CommandsFolders, MvComesLast_AlsoWhereIndexesHaveGaps) {
+    for (const char* name : {"T\\1", "T\\2", "T\\3", "X"}) Done({"mkdir", name});
+    Done({"rmdir", "T\\1"});
+    Done({"mv", "X", "T"});
+    EXPECT_EQ(FoldersOf("T"), (Names{"2", "3", "X"}));
+}
+
+TEST_F(CommandsFolders, MvToTheGallery) {
+    Done({"mkdir", "A\\B"});
+    Done({"mv", "A\\B", "\\"});
+    EXPECT_EQ(FoldersOf("\\"), (Names{"A", "B"}));
+}
+
+TEST_F(CommandsFolders, MvNeverGoesIntoItselfOrBelow) {
+    Done({"mkdir", "A\\B\\C"});
+    Refused({"mv", "A", "A"});
+    Refused({"mv", "A", "A\\B\\C"});
+    EXPECT_EQ(FoldersOf("A\\B"), Names{"C"});
+}
+
+TEST_F(CommandsFolders, MvRefusesANameThatIsTaken) {
+    Done({"mkdir", "A\\X"});
+    Done({"mkdir", "X"});
+    Refused({"mv", "A\\X", "\\"});
+    Refused({"mv", "X", "A"});
+    EXPECT_EQ(FoldersOf("\\"), (Names{"A", "X"}));
+    EXPECT_EQ(FoldersOf("A"), Names{"X"});
+}
+
+TEST_F(CommandsFolders, MvToWhereItIs_Fails) {
+    Done({"mkdir", "A\\B"});
+    Refused({"mv", "A\\B", "A"});
+}
+
+TEST_F(CommandsFolders, NothingMovesToAnotherGallery) {
+    Done({"mkdir", "A"});
+    const int row = Done({"mkdir", "B", "--gallery", "Titles"})["folder"]["row"];
+    Refused({"mv", "A", "#" + std::to_string(row)});
+    EXPECT_EQ(FoldersOf("\\"), Names{"A"});
+}
+
+// --- rename and reorder
+// -------------------------------------------------------------------------------------------------
+
+TEST_F(CommandsFolders, RenameKeepsContentAndPlace) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    Done({"mkdir", "B"});
+    Done({"rename", "A", "New name"});
+    EXPECT_EQ(FoldersOf("\\"), (Names{"New name", "B"}));
+    EXPECT_EQ(ItemsOf("New name"), Names{"a.ppm"});
+}
+
+TEST_F(CommandsFolders, RenameRefusesANameThatIsTaken) {
+    Done({"mkdir", "A"});
+    Done({"mkdir", "B"});
+    Refused({"rename", "A", "B"});
+    Done({"rename", "A", "A"});
+    EXPECT_EQ(FoldersOf("\\"), (Names{"A", "B"}));
+}
+
+TEST_F(CommandsFolders, ReorderPutsAFolderAmongItsNeighbours) {
+    for (const char* name : {"A", "B", "C", "D"}) Done({"mkdir", name});
+    Done({"reorder", "D", "--to", "2"});
+    EXPECT_EQ(FoldersOf("\\"), (Names{"A", "D", "B", "C"}));
+    Done({"reorder", "A", "--to", "4"});
+    EXPECT_EQ(FoldersOf("\\"), (Names{"D", "B", "C", "A"}));
+    Refused({"reorder", "A", "--to", "5"});
+    EXPECT_EQ(FoldersOf("\\"), (Names{"D", "B", "C", "A"}));
+}
+
+TEST_F(CommandsFolders, ReorderOfAnOnlyChildChangesNothing) {
+    Done({"mkdir", "A\\B"});
+    Done({"reorder", "A\\B", "--to", "1"});
+    EXPECT_EQ(FoldersOf("A"), Names{"B"});
+}
+
+TEST_F(CommandsFolders, ATextThatIsAnItemAndAFolder_IsRefused) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    Done({"mkdir", "A\\a.ppm"});
+    const std::string line = Refused({"rename", "A\\a.ppm", "b"});
+    EXPECT_NE(line.find("#"), std::string::npos) << line;
+    EXPECT_NE(line.find(GuidOf("A\\a.ppm")), std::string::npos) << line;
+}
+
+}  // namespace
+}  // namespace qfc::test

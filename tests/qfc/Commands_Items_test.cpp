@@ -1,0 +1,211 @@
+#include "CommandsTest.h"
+
+namespace qfc::test {
+namespace {
+
+class CommandsItems : public CommandsTest {
+protected:
+    std::string Count(const std::string& table) { return RawDb(Database()).Cell("select count(*) from " + table); }
+    // Places every item of the library in the folder as well.
+    void ShareInto(const std::string& folder) {
+        const int row = Done({"ls", folder})["row"];
+        RawDb(Database())
+            .Exec("insert or ignore into RELATION_TABLE (PARENT_ID, ITEM_ID, ITEM_INDEX) select " +
+                  std::to_string(row) + ", ITEM_ID, 0 from ITEM_TABLE");
+    }
+    void ImportAbc() { Done({"import", Image("c.ppm", 3), Image("a.ppm", 1), Image("b.ppm", 2), "--folder", "F"}); }
+};
+
+// --- mv
+// ---------------------------------------------------------------------------------------------------------------
+
+TEST_F(CommandsItems, MvMovesAnItemWithItsPayloads) {
+    Done({"import", Video("v.mp4"), "--folder", "A"});
+    Done({"mkdir", "B"});
+    const Json before = Done({"show", "A\\v.mp4"});
+    Done({"mv", "A\\v.mp4", "B"});
+    EXPECT_EQ(ItemsOf("A"), Names{});
+    Json after = Done({"show", "B\\v.mp4"});
+    after["paths"] = before["paths"];
+    EXPECT_EQ(after, before);
+    EXPECT_EQ(Count("RELATION_TABLE"), "1");
+    ExpectSound();
+}
+
+TEST_F(CommandsItems, MvByGuid) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    Done({"mkdir", "B"});
+    Done({"mv", GuidOf("A\\a.ppm"), "B"});
+    EXPECT_EQ(ItemsOf("B"), Names{"a.ppm"});
+}
+
+TEST_F(CommandsItems, MvByGuid_FindsTheTargetInTheItemsGallery) {
+    Done({"import", Sound("s.wav"), "--folder", "A", "--gallery", "Sounds"});
+    Done({"mkdir", "B", "--gallery", "Sounds"});
+    const std::string guid = Done({"show", "A\\s.wav", "--gallery", "Sounds"})["guid"];
+    Done({"mv", guid, "B"});
+    EXPECT_EQ(ItemsOf("B", {"--gallery", "Sounds"}), Names{"s.wav"});
+}
+
+TEST_F(CommandsItems, MvOfOnePlacementLeavesTheOther) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    for (const char* folder : {"B", "C"}) Done({"mkdir", folder});
+    ShareInto("B");
+    Refused({"mv", GuidOf("A\\a.ppm"), "C"});
+    Done({"mv", "A\\a.ppm", "C"});
+    EXPECT_EQ(ItemsOf("A"), Names{});
+    EXPECT_EQ(ItemsOf("B"), Names{"a.ppm"});
+    EXPECT_EQ(ItemsOf("C"), Names{"a.ppm"});
+}
+
+TEST_F(CommandsItems, MvRefusesANameThatIsTaken) {
+    m_media.MakeFolder("d");
+    Done({"import", Image("a.ppm", 1), "--folder", "A"});
+    Done({"import", Image("d/a.ppm", 2), "--folder", "B"});
+    const std::string before = DumpOf(Database());
+    Refused({"mv", "A\\a.ppm", "B"});
+    EXPECT_EQ(DumpOf(Database()), before);
+}
+
+TEST_F(CommandsItems, MvRefusesTheFolderThatHoldsIt_TheGallery_AndAMissingTarget) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    const std::string before = DumpOf(Database());
+    Refused({"mv", "A\\a.ppm", "A"});
+    Refused({"mv", "A\\a.ppm", "\\"});
+    Refused({"mv", "A\\a.ppm", "Nowhere"});
+    EXPECT_EQ(DumpOf(Database()), before);
+}
+
+// --- rename
+// -----------------------------------------------------------------------------------------------------------
+
+TEST_F(CommandsItems, RenameChangesTheNameAlone) {
+    Done({"import", Video("v.mp4"), "--folder", "A"});
+    const Json before = Done({"show", "A\\v.mp4"});
+    Done({"rename", "A\\v.mp4", "Day one"});
+    Json after = Done({"show", "A\\Day one"});
+    EXPECT_EQ(after["name"], "Day one");
+    after["name"] = before["name"];
+    after["paths"] = before["paths"];
+    EXPECT_EQ(after, before);
+}
+
+TEST_F(CommandsItems, RenameOfAVideo_KeepsItsFilm) {
+    Done({"import", Video("v.mp4"), "--folder", "A"});
+    const std::string payloads = "select CACHE_DATA_TYPE, hex(COMPRESSED_DATA) from CACHE_DATA_TABLE order by 1";
+    const auto before = RawDb(Database()).Rows(payloads);
+    ASSERT_EQ(before.size(), 3u);
+    Done({"rename", "A\\v.mp4", "movie"});
+    EXPECT_EQ(RawDb(Database()).Rows(payloads), before);
+    EXPECT_EQ(Done({"show", "A\\movie"})["film"]["frames"], 10);
+}
+
+TEST_F(CommandsItems, RenameOfASharedItem_ShowsInEveryFolder) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    Done({"mkdir", "B"});
+    ShareInto("B");
+    Done({"rename", "A\\a.ppm", "b"});
+    EXPECT_EQ(ItemsOf("B"), Names{"b"});
+}
+
+TEST_F(CommandsItems, RenameRefusesANameThatIsTaken) {
+    ImportAbc();
+    const std::string before = DumpOf(Database());
+    Refused({"rename", "F\\a.ppm", "b.ppm"});
+    EXPECT_EQ(DumpOf(Database()), before);
+    Done({"rename", "F\\a.ppm", "a.ppm"});
+}
+
+// --- rm
+// ---------------------------------------------------------------------------------------------------------------
+
+TEST_F(CommandsItems, RmByPath_RemovesThisPlacement) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    Done({"mkdir", "B"});
+    ShareInto("B");
+    Done({"rm", "A\\a.ppm"});
+    EXPECT_EQ(ItemsOf("A"), Names{});
+    EXPECT_EQ(ItemsOf("B"), Names{"a.ppm"});
+    EXPECT_GT(Done({"show", "B\\a.ppm"})["bitmapCache"]["bytes"], 0);
+}
+
+TEST_F(CommandsItems, RmOfTheLastPlacement_TakesItemAndPayloadsAlong) {
+    Done({"import", Video("v.mp4"), "--folder", "A"});
+    Done({"rm", "A\\v.mp4"});
+    EXPECT_EQ(Count("ITEM_TABLE"), "0");
+    EXPECT_EQ(Count("CACHE_DATA_TABLE"), "0");
+    EXPECT_EQ(FoldersOf("\\"), Names{"A"});
+}
+
+TEST_F(CommandsItems, RmByGuid_RemovesAllPlacements) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    Done({"mkdir", "B"});
+    ShareInto("B");
+    EXPECT_EQ(Done({"rm", GuidOf("A\\a.ppm")})["removed"], (Json{"A\\a.ppm", "B\\a.ppm"}));
+    EXPECT_EQ(Count("RELATION_TABLE"), "0");
+    EXPECT_EQ(Count("ITEM_TABLE"), "0");
+}
+
+TEST_F(CommandsItems, RmEverywhere_RemovesAllPlacementsInAllGalleries) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    const int row = Done({"mkdir", "B", "--gallery", "Overlays"})["folder"]["row"];
+    RawDb(Database())
+        .Exec("insert into RELATION_TABLE (PARENT_ID, ITEM_ID, ITEM_INDEX) select " + std::to_string(row) +
+              ", ITEM_ID, 0 from ITEM_TABLE");
+    Done({"rm", "A\\a.ppm", "--everywhere"});
+    EXPECT_EQ(ItemsOf("B", {"--gallery", "Overlays"}), Names{});
+    EXPECT_EQ(Count("ITEM_TABLE"), "0");
+}
+
+TEST_F(CommandsItems, RmOfNothing_Fails) {
+    ImportAbc();
+    Refused({"rm", "F\\d.ppm"});
+    Refused({"rm", "F"});
+    EXPECT_EQ(ItemsOf("F").size(), 3u);
+}
+
+// --- reorder
+// ----------------------------------------------------------------------------------------------------------
+
+TEST_F(CommandsItems, ReorderByName_IsStored) {
+    ImportAbc();
+    EXPECT_EQ(ItemsOf("F"), (Names{"c.ppm", "a.ppm", "b.ppm"}));
+    Done({"reorder", "F", "--by", "name"});
+    EXPECT_EQ(ItemsOf("F"), (Names{"a.ppm", "b.ppm", "c.ppm"}));
+    Done({"reorder", "F", "--by", "name", "--desc"});
+    EXPECT_EQ(ItemsOf("F"), (Names{"c.ppm", "b.ppm", "a.ppm"}));
+}
+
+TEST_F(CommandsItems, ReorderByKindAndDate) {
+    Done({"import", Video("v.mp4"), Image("i.ppm"), Sound("s.wav"), "--folder", "F"});
+    Done({"reorder", "F", "--by", "kind"});
+    EXPECT_EQ(ItemsOf("F"), (Names{"s.wav", "i.ppm", "v.mp4"}));
+    Done({"reorder", "F", "--by", "date"});
+    EXPECT_EQ(ItemsOf("F"), ItemsOf("F", {"--sort", "date"}));
+}
+
+TEST_F(CommandsItems, ReorderPutsAnItemInItsPlace) {
+    ImportAbc();
+    Done({"reorder", "F\\c.ppm", "--to", "3"});
+    EXPECT_EQ(ItemsOf("F"), (Names{"a.ppm", "b.ppm", "c.ppm"}));
+    Done({"reorder", GuidOf("F\\c.ppm"), "--to", "2"});
+    EXPECT_EQ(ItemsOf("F"), (Names{"a.ppm", "c.ppm", "b.ppm"}));
+    Refused({"reorder", "F\\c.ppm", "--to", "4"});
+}
+
+TEST_F(CommandsItems, ReorderAfterARemoval) {
+    ImportAbc();
+    Done({"import", Image("d.ppm", 4), "--folder", "F"});
+    Done({"rm", "F\\c.ppm"});
+    Done({"import", Image("e.ppm", 5), "--folder", "F"});
+    Done({"reorder", "F\\e.ppm", "--to", "1"});
+    EXPECT_EQ(ItemsOf("F"), (Names{"e.ppm", "a.ppm", "b.ppm", "d.ppm"}));
+}
+
+TEST_F(CommandsItems, ReorderOfAnEmptyFolderChangesNothing) {
+    Done({"mkdir", "A"});
+    Done({"reorder", "A", "--by", "name"});
+}
+
+}  // namespace
+}  // namespace qfc::test

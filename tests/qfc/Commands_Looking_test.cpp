@@ -1,0 +1,207 @@
+#include "CommandsTest.h"
+
+namespace qfc::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class CommandsLooking : public CommandsTest {
+protected:
+    void SetTime(const std::string& path, long seconds) {
+        fs::last_write_time(path, fs::file_time_type(std::chrono::file_clock::from_sys(
+                                      std::chrono::sys_seconds(std::chrono::seconds(seconds)))));
+    }
+    // Stored in the order b (image), a (sound), c (video); by time a, c, b.
+    void ImportThree() {
+        const std::string b = Image("b.ppm"), a = Sound("a.wav"), c = Video("c.mp4");
+        SetTime(b, 3000000);
+        SetTime(a, 1000000);
+        SetTime(c, 2000000);
+        Done({"import", b, a, c, "--folder", "F"});
+    }
+};
+
+TEST_F(CommandsLooking, TreeOfAGalleryNobodyUsedIsEmpty_AndMakesNothing) {
+    const Json tree = Done({"tree"});
+    EXPECT_EQ(tree["name"], "Media");
+    EXPECT_TRUE(tree["folders"].empty());
+    EXPECT_EQ(RawDb(Database()).Cell("select count(*) from FOLDER_TABLE"), "0");
+}
+
+TEST_F(CommandsLooking, TreeShowsFoldersAndItems) {
+    Done({"import", Image("a.ppm"), "--folder", "A\\B"});
+    const Json tree = Done({"tree"});
+    EXPECT_EQ(tree["id"], 1);
+    EXPECT_EQ(tree["folders"][0]["folders"][0]["items"][0]["paths"], Json{"A\\B\\a.ppm"});
+    const QfcResult text = Qfc({"tree"});
+    EXPECT_NE(text.out.find("└── a.ppm  (image)"), std::string::npos) << text.out;
+    EXPECT_NE(text.out.find("2 folders, 1 item"), std::string::npos) << text.out;
+}
+
+TEST_F(CommandsLooking, TreeOfAnUnknownGallery_Fails) { Refused({"tree", "--gallery", "Nowhere"}); }
+
+TEST_F(CommandsLooking, ControlCharactersOfNamesDoNotReachTheTerminal) {
+    Done({"import", Image("a.ppm"), "--folder", "evil\x1b[31m"});
+    EXPECT_EQ(Qfc({"tree"}).out.find('\x1b'), std::string::npos);
+}
+
+TEST_F(CommandsLooking, LsWithoutSort_IsTheStoredOrder) {
+    ImportThree();
+    EXPECT_EQ(ItemsOf("F"), (Names{"b.ppm", "a.wav", "c.mp4"}));
+}
+
+TEST_F(CommandsLooking, LsSorts_AndLeavesTheStoredOrder) {
+    ImportThree();
+    EXPECT_EQ(ItemsOf("F", {"--sort", "name"}), (Names{"a.wav", "b.ppm", "c.mp4"}));
+    EXPECT_EQ(ItemsOf("F", {"--sort", "name", "--desc"}), (Names{"c.mp4", "b.ppm", "a.wav"}));
+    EXPECT_EQ(ItemsOf("F", {"--sort", "date"}), (Names{"a.wav", "c.mp4", "b.ppm"}));
+    EXPECT_EQ(ItemsOf("F", {"--sort", "date", "--desc"}), (Names{"b.ppm", "c.mp4", "a.wav"}));
+    EXPECT_EQ(ItemsOf("F", {"--sort", "kind"}), (Names{"a.wav", "b.ppm", "c.mp4"}));
+    EXPECT_EQ(ItemsOf("F"), (Names{"b.ppm", "a.wav", "c.mp4"}));
+}
+
+TEST_F(CommandsLooking, FoldersByPathWithEitherSeparator_AndByRow) {
+    Done({"import", Image("a.ppm"), "--folder", "A\\B"});
+    const int row = Done({"ls", "A"})["folders"][0]["row"];
+    EXPECT_EQ(ItemsOf("A\\B"), Names{"a.ppm"});
+    EXPECT_EQ(ItemsOf("A/B"), Names{"a.ppm"});
+    EXPECT_EQ(ItemsOf("/A//B/"), Names{"a.ppm"});
+    EXPECT_EQ(ItemsOf("#" + std::to_string(row)), Names{"a.ppm"});
+}
+
+TEST_F(CommandsLooking, SlashesAreLettersWhereABackslashSeparates) {
+    Done({"mkdir", "A\\x/y"});
+    EXPECT_EQ(FoldersOf("A"), Names{"x/y"});
+    Refused({"ls", "A/x/y"});
+}
+
+TEST_F(CommandsLooking, ARowIsFoundInEveryGallery) {
+    const int row = Done({"mkdir", "Deep", "--gallery", "Titles"})["folder"]["row"];
+    EXPECT_EQ(Done({"ls", "#" + std::to_string(row)})["name"], "Deep");
+    Refused({"ls", "#99999"});
+}
+
+TEST_F(CommandsLooking, TheRowOfAGalleryIsNoFolder) {
+    Done({"mkdir", "A"});
+    Refused({"ls", "#1"});
+}
+
+TEST_F(CommandsLooking, AMissingFolderOrItem_Fails) {
+    Done({"mkdir", "A"});
+    Refused({"ls", "B"});
+    Refused({"show", "A\\b"});
+    Refused({"show", "00112233-4455-6677-8899-AABBCCDDEEFF"});
+}
+
+TEST_F(CommandsLooking, AnItemNamedWithoutItsFolderIsPointedOut) {
+    Done({"import", Image("a.ppm"), "--folder", "A\\B"});
+    EXPECT_NE(Refused({"show", "a.ppm"}).find("A\\B\\a.ppm"), std::string::npos);
+}
+
+TEST_F(CommandsLooking, AGuidIsSearchedInAllGalleries) {
+    Done({"import", Sound("s.wav"), "--gallery", "Sounds"});
+    const std::string guid = Done({"show", "Imported\\s.wav", "--gallery", "Sounds"})["guid"];
+    EXPECT_EQ(Done({"show", guid})["gallery"], "Sounds");
+    EXPECT_EQ(Done({"show", "{" + guid + "}"})["name"], "s.wav");
+}
+
+TEST_F(CommandsLooking, ANameThatFitsSeveralItems_ListsTheirGuids) {
+    m_media.MakeFolder("d");
+    Done({"import", Image("a.ppm", 1), "--folder", "F"});
+    Done({"import", Image("d/a.ppm", 2), "--folder", "F"});
+    const Json items = Done({"ls", "F"})["items"];
+    ASSERT_EQ(items.size(), 2u);
+    const std::string line = Refused({"show", "F\\a.ppm"});
+    for (const Json& item : items) {
+        const std::string guid = item["guid"];
+        EXPECT_NE(line.find(guid), std::string::npos) << line;
+        EXPECT_EQ(Done({"show", guid})["file"], item["file"]);
+    }
+}
+
+TEST_F(CommandsLooking, ShowGivesEveryField) {
+    Done({"import", Video("v.mp4")});
+    const Json item = Done({"show", "Imported\\v.mp4"});
+    for (const char* field : {"guid",
+                              "name",
+                              "kind",
+                              "file",
+                              "timestamp",
+                              "gallery",
+                              "paths",
+                              "type",
+                              "attributes",
+                              "description",
+                              "annotation",
+                              "templatePath",
+                              "databaseId",
+                              "deletable",
+                              "currentThumbFrame",
+                              "originalThumbFrame",
+                              "tags",
+                              "blackBox",
+                              "bitmapCache",
+                              "film"}) {
+        EXPECT_TRUE(item.contains(field)) << field;
+    }
+    EXPECT_GT(item["blackBox"]["bytes"], 0);
+    EXPECT_EQ(item["bitmapCache"]["width"], 64);
+    const QfcResult text = Qfc({"show", "Imported\\v.mp4"});
+    EXPECT_NE(text.out.find("film                bytes"), std::string::npos) << text.out;
+}
+
+TEST_F(CommandsLooking, FindLooksInNamesWithoutCase) {
+    Done({"import", Image("Holiday.ppm", 1), Image("work.ppm", 2)});
+    const Json found = Done({"find", "HOLI"});
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_EQ(found[0]["name"], "Holiday.ppm");
+}
+
+TEST_F(CommandsLooking, FindLooksInDescriptionsAndAnnotationsWhenAsked) {
+    const std::string path = Image("a.ppm");
+    SetTime(path, 1000000000);
+    Done({"import", path});
+    RawDb(Database()).Exec("update ITEM_TABLE set ANNOTATION = 'by the sea'");
+    EXPECT_EQ(Qfc({"find", "2001 9 9"}).exit, 1);
+    EXPECT_EQ(Done({"find", "2001 9 9", "--description"}).size(), 1u);
+    EXPECT_EQ(Qfc({"find", "the sea", "--description"}).exit, 1);
+    EXPECT_EQ(Done({"find", "the sea", "--annotation"}).size(), 1u);
+}
+
+TEST_F(CommandsLooking, FindLooksInAllGalleriesUnlessOneIsNamed) {
+    Done({"import", Image("same.ppm", 1)});
+    Done({"import", Sound("same.wav"), "--gallery", "Sounds"});
+    EXPECT_EQ(Done({"find", "same"}).size(), 2u);
+    EXPECT_EQ(Done({"find", "same", "--gallery", "Sounds"}).size(), 1u);
+}
+
+TEST_F(CommandsLooking, FindShowsASharedItemOnce_WithAllItsPaths) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    const int row = Done({"mkdir", "B"})["folder"]["row"];
+    RawDb(Database())
+        .Exec("insert into RELATION_TABLE (PARENT_ID, ITEM_ID, ITEM_INDEX) select " + std::to_string(row) +
+              ", ITEM_ID, 0 from ITEM_TABLE");
+    const Json found = Done({"find", "a.ppm"});
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_EQ(found[0]["paths"], (Json{"A\\a.ppm", "B\\a.ppm"}));
+}
+
+TEST_F(CommandsLooking, FindNothing_Fails) {
+    Done({"import", Image("a.ppm")});
+    Refused({"find", "nowhere"});
+}
+
+TEST_F(CommandsLooking, ThumbsListsTheStoredBitmaps) {
+    Done({"import", Image("a.ppm", 0, 16), Sound("s.wav")});
+    const Json thumbs = Done({"thumbs"});
+    ASSERT_EQ(thumbs.size(), 2u);
+    for (const Json& thumb : thumbs) {
+        EXPECT_GT(thumb["width"], 0);
+        EXPECT_NE(thumb["file"], "");
+    }
+}
+
+TEST_F(CommandsLooking, ThumbsOfAnEmptyLibrary_Fails) { Refused({"thumbs"}); }
+
+}  // namespace
+}  // namespace qfc::test

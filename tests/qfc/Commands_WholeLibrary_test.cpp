@@ -1,0 +1,228 @@
+#include "CommandsTest.h"
+
+namespace qfc::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class CommandsWholeLibrary : public CommandsTest {
+protected:
+    std::string Out(const std::string& name) const { return m_folder / name; }
+    // The same program on a second library.
+    Args OnOther(const Args& arguments) const { return Joined({"--data-dir", m_folder / "other"}, arguments); }
+    QfcResult Other(const Args& arguments) const { return QfcProcess(OnOther(arguments), {}).Wait(); }
+    std::string OtherDatabase() const { return m_folder / "other/CinelumeDatabase.db"; }
+};
+
+// --- export
+// -------------------------------------------------------------------------------------------------------------
+
+TEST_F(CommandsWholeLibrary, ExportWritesALibraryWithTheSameContent) {
+    Done({"import", Video("v.mp4"), "--folder", "A\\B"});
+    Done({"export", Out("copy.db")});
+    EXPECT_EQ(DumpOf(Out("copy.db")), DumpOf(Database()));
+}
+
+TEST_F(CommandsWholeLibrary, ExportReplacesAnOlderCopy_AndLeavesNothingElse) {
+    Done({"mkdir", "A"});
+    m_folder.Write("copy.db", "something else");
+    Done({"export", Out("copy.db")});
+    EXPECT_EQ(DumpOf(Out("copy.db")), DumpOf(Database()));
+    EXPECT_EQ(m_folder.Entries().size(), 2u);
+}
+
+TEST_F(CommandsWholeLibrary, ExportRefusesTheLibraryItself_HoweverSpelt) {
+    Done({"mkdir", "A"});
+    fs::create_symlink(Database(), Out("link.db"));
+    fs::create_hard_link(Database(), Out("hard.db"));
+    fs::create_directory_symlink(m_library, Out("dir"));
+    const std::string before = ReadFile(Database());
+    for (const std::string& path : {Database(), m_library + "/../library/CinelumeDatabase.db", Out("link.db"),
+                                    Out("hard.db"), Out("dir/CinelumeDatabase.db"), Database() + "-journal"}) {
+        EXPECT_NE(Refused({"export", path}).find("the library itself"), std::string::npos) << path;
+    }
+    EXPECT_EQ(ReadFile(Database()), before);
+    EXPECT_TRUE(fs::is_symlink(Out("link.db")));
+}
+
+TEST_F(CommandsWholeLibrary, ExportThatCannotBeWritten_LeavesTheOldCopyAndNoTrace) {
+    Done({"mkdir", "A"});
+    Refused({"export", Out("missing/copy.db")});
+    m_folder.MakeFolder("taken");
+    Refused({"export", Out("taken")});
+    m_folder.Write("copy.db", "the old copy");
+    QfcWorld full;
+    full.largestFile = 8192;
+    EXPECT_EQ(Qfc({"export", Out("copy.db")}, full).exit, 1);
+    EXPECT_EQ(ReadFile(Out("copy.db")), "the old copy");
+    EXPECT_EQ(m_folder.Entries().size(), 3u);  // library, taken, copy.db
+}
+
+// --- import-library
+// -----------------------------------------------------------------------------------------------------
+
+TEST_F(CommandsWholeLibrary, ImportLibraryBringsGalleriesFoldersAndItems) {
+    Other({"import", Video("v.mp4"), Image("a.ppm"), "--folder", "A\\B"});
+    Other({"mkdir", "Empty"});
+    Other({"import", Sound("s.wav"), "--gallery", "Sounds"});
+    const Json report = Done({"import-library", OtherDatabase()});
+    EXPECT_EQ(report["added"].size(), 3u);
+    EXPECT_EQ(FoldersOf("\\"), (Names{"A", "Empty"}));
+    EXPECT_EQ(ItemsOf("A\\B"), (Names{"v.mp4", "a.ppm"}));
+    EXPECT_EQ(ItemsOf("Imported", {"--gallery", "Sounds"}), Names{"s.wav"});
+    const Json item = Done({"show", "A\\B\\v.mp4"});
+    EXPECT_EQ(item["film"]["frames"], 10);
+    EXPECT_GT(item["blackBox"]["bytes"], 0);
+    EXPECT_GT(item["bitmapCache"]["bytes"], 0);
+    ExpectSound();
+}
+
+TEST_F(CommandsWholeLibrary, ImportLibraryNeverChangesTheOther) {
+    Other({"import", Image("a.ppm"), "--folder", "A"});
+    const std::string before = ReadFile(OtherDatabase());
+    const auto time = fs::last_write_time(OtherDatabase());
+    Done({"import-library", OtherDatabase()});
+    EXPECT_EQ(ReadFile(OtherDatabase()), before);
+    EXPECT_EQ(fs::last_write_time(OtherDatabase()), time);
+    EXPECT_EQ(std::distance(fs::directory_iterator(m_folder / "other"), fs::directory_iterator()), 1);
+}
+
+TEST_F(CommandsWholeLibrary, ImportLibraryOfBeforeFoldersHadAnOrder) {
+    const std::string old = m_folder / "old.db";
+    fs::copy_file(QFCLIB_TEST_DATA "/library-before-folder-order.db", old);
+    const std::string before = ReadFile(old);
+    const QfcResult result = Qfc({"import-library", old});
+    EXPECT_EQ(result.exit, 0) << result.out << result.err;
+    EXPECT_EQ(ReadFile(old), before);
+}
+
+TEST_F(CommandsWholeLibrary, ImportLibraryTwice_SaysWhatWasThere) {
+    Other({"import", Image("a.ppm"), "--folder", "A"});
+    Done({"import-library", OtherDatabase()});
+    const std::string before = DumpOf(Database());
+    const Json report = Done({"import-library", OtherDatabase()});
+    EXPECT_TRUE(report["added"].empty());
+    EXPECT_EQ(report["already"], Json{"Media: A\\a.ppm"});
+    EXPECT_EQ(DumpOf(Database()), before);
+}
+
+TEST_F(CommandsWholeLibrary, ImportLibraryKeepsAnItemSharedByFoldersOne) {
+    Other({"import", Image("a.ppm"), "--folder", "A"});
+    Other({"mkdir", "B"});
+    RawDb(OtherDatabase())
+        .Exec(
+            "insert into RELATION_TABLE (PARENT_ID, ITEM_ID, ITEM_INDEX) select (select ID from FOLDER_TABLE where "
+            "FOLDER_NAME = 'B'), ITEM_ID, 0 from ITEM_TABLE");
+    Done({"import-library", OtherDatabase()});
+    EXPECT_EQ(Done({"show", "A\\a.ppm"})["paths"], (Json{"A\\a.ppm", "B\\a.ppm"}));
+    EXPECT_EQ(RawDb(Database()).Cell("select count(*) from ITEM_TABLE"), "1");
+}
+
+TEST_F(CommandsWholeLibrary, ImportLibraryDoesNotOverwriteAnItemItKnows) {
+    Other({"import", Image("a.ppm"), "--folder", "A"});
+    Done({"import-library", OtherDatabase()});
+    Done({"rename", "A\\a.ppm", "mine"});
+    RawDb(OtherDatabase()).Exec("update ITEM_TABLE set FILE_NAME = '/elsewhere/a.ppm'");
+    EXPECT_EQ(Done({"import-library", OtherDatabase()})["already"].size(), 1u);
+    EXPECT_EQ(ItemsOf("A"), Names{"mine"});
+}
+
+TEST_F(CommandsWholeLibrary, ImportLibraryMergesOwnGalleriesByName) {
+    Other({"gallery", "create", "First"});
+    Other({"gallery", "create", "Holidays"});
+    Other({"import", Image("a.ppm"), "--gallery", "Holidays"});
+    Done({"gallery", "create", "Holidays"});
+    Done({"import-library", OtherDatabase()});
+    EXPECT_EQ(Done({"gallery", "list"}), (Json{{{"id", 100}, {"name", "Holidays"}}, {{"id", 101}, {"name", "First"}}}));
+    EXPECT_EQ(ItemsOf("Imported", {"--gallery", "100"}), Names{"a.ppm"});
+}
+
+TEST_F(CommandsWholeLibrary, ImportLibraryRefusesTheLibraryItself) {
+    Done({"import", Image("a.ppm")});
+    fs::create_symlink(Database(), Out("link.db"));
+    EXPECT_NE(Refused({"import-library", Database()}).find("the library itself"), std::string::npos);
+    EXPECT_NE(Refused({"import-library", Out("link.db")}).find("the library itself"), std::string::npos);
+}
+
+TEST_F(CommandsWholeLibrary, ImportLibraryOfWhatIsNone_Fails) {
+    Refused({"import-library", Out("missing.db")});
+    Refused({"import-library", m_folder.Write("text.db", "this is no library")});
+    Refused({"import-library", m_folder.MakeFolder("directory")});
+    EXPECT_FALSE(fs::exists(Out("missing.db")));
+}
+
+TEST_F(CommandsWholeLibrary, ImportLibraryLeavesNoTemporaryFiles) {
+    Other({"import", Image("a.ppm")});
+    const std::string temporary = m_folder.MakeFolder("tmp");
+    setenv("TMPDIR", temporary.c_str(), 1);
+    Done({"import-library", OtherDatabase()});
+    EXPECT_TRUE(fs::is_empty(temporary));
+    unsetenv("TMPDIR");
+}
+
+// --- clear
+// --------------------------------------------------------------------------------------------------------------
+
+TEST_F(CommandsWholeLibrary, ClearEmptiesTheLibrary_AndItCanBeUsedAgain) {
+    Done({"import", Video("v.mp4")});
+    Done({"clear", "--yes"});
+    RawDb db(Database());
+    for (const char* table : {"GALLERY_TABLE", "FOLDER_TABLE", "ITEM_TABLE", "RELATION_TABLE", "CACHE_DATA_TABLE"}) {
+        EXPECT_EQ(db.Cell(std::string("select count(*) from ") + table), "0") << table;
+    }
+    Done({"import", Image("a.ppm")});
+    EXPECT_EQ(ItemsOf("Imported"), Names{"a.ppm"});
+    ExpectSound();
+}
+
+TEST_F(CommandsWholeLibrary, ClearKeepsTags) {
+    Done({"mkdir", "A"});
+    RawDb(Database()).Exec("insert into LIB_TAG_TABLE (TAG_NAME, TAG_GUID) values ('Beach', X'00')");
+    Done({"clear", "--yes"});
+    EXPECT_EQ(RawDb(Database()).Cell("select count(*) from LIB_TAG_TABLE"), "1");
+}
+
+TEST_F(CommandsWholeLibrary, ClearWithoutYes_ChangesNothing) {
+    Done({"import", Image("a.ppm")});
+    Refused({"clear"}, 2);
+    EXPECT_EQ(ItemsOf("Imported"), Names{"a.ppm"});
+}
+
+TEST_F(CommandsWholeLibrary, ClearWithoutALibrary_FailsAndMakesNone) {
+    Refused({"clear", "--yes"});
+    EXPECT_FALSE(fs::exists(Database()));
+}
+
+// --- check
+// --------------------------------------------------------------------------------------------------------------
+
+TEST_F(CommandsWholeLibrary, CheckOfASoundLibrary) {
+    Done({"import", Video("v.mp4")});
+    EXPECT_TRUE(Done({"check"})["findings"].empty());
+}
+
+TEST_F(CommandsWholeLibrary, CheckListsWhatIsWrong) {
+    Done({"import", Image("a.ppm")});
+    RawDb(Database()).Exec("delete from ITEM_TABLE");
+    const std::string before = ReadFile(Database());
+    const Json report = Document({"check"}, 1);
+    ASSERT_FALSE(report["findings"].empty());
+    EXPECT_EQ(report["findings"][0]["kind"], "relation-without-item");
+    EXPECT_NE(Qfc({"check"}).out.find("relation-without-item"), std::string::npos);
+    EXPECT_EQ(ReadFile(Database()), before);
+}
+
+TEST_F(CommandsWholeLibrary, CheckWithoutALibrary_FailsAndMakesNone) {
+    Refused({"check"});
+    EXPECT_FALSE(fs::exists(Database()));
+}
+
+TEST_F(CommandsWholeLibrary, CheckOfWhatIsNoLibrary_Fails) {
+    m_folder.MakeFolder("library");
+    m_folder.Write("library/CinelumeDatabase.db", "this is no library, whatever its name says");
+    Refused({"check"});
+    Refused({"tree"});
+}
+
+}  // namespace
+}  // namespace qfc::test

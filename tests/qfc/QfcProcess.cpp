@@ -1,0 +1,113 @@
+#include "QfcProcess.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <stdexcept>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace qfc::test {
+namespace {
+
+constexpr uid_t kNobody = 65534;
+
+void EnterWorld(const QfcWorld& world) {
+    if (world.largestFile) {
+        const rlimit limit{static_cast<rlim_t>(*world.largestFile), static_cast<rlim_t>(*world.largestFile)};
+        if (setrlimit(RLIMIT_FSIZE, &limit) != 0) _exit(127);
+        std::signal(SIGXFSZ, SIG_IGN);
+    }
+    if (world.unprivileged && geteuid() == 0) {
+        if (setgid(kNobody) != 0 || setuid(kNobody) != 0) _exit(127);
+    }
+}
+
+[[noreturn]] void Become(const std::vector<std::string>& arguments) {
+    std::vector<char*> argv{const_cast<char*>(QFC_PROGRAM)};
+    for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+    argv.push_back(nullptr);
+    execv(QFC_PROGRAM, argv.data());
+    _exit(127);
+}
+
+std::string ReadFromStart(int file) {
+    std::string text;
+    char buffer[4096];
+    lseek(file, 0, SEEK_SET);
+    for (ssize_t n; (n = read(file, buffer, sizeof buffer)) > 0;) text.append(buffer, static_cast<std::size_t>(n));
+    return text;
+}
+
+}  // namespace
+
+QfcProcess::QfcProcess(const std::vector<std::string>& arguments, const QfcWorld& world) {
+    int out[2];
+    if (pipe2(out, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+    if (world.narrowPipe) fcntl(out[1], F_SETPIPE_SZ, 4096);
+    m_out = out[0];
+    m_err = open("/tmp", O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+    m_child = fork();
+    if (m_child == 0) {
+        dup2(out[1], STDOUT_FILENO);
+        dup2(m_err, STDERR_FILENO);
+        EnterWorld(world);
+        Become(arguments);
+    }
+    close(out[1]);
+    if (m_child < 0 || m_err < 0) throw std::runtime_error("no process");
+}
+
+QfcProcess::~QfcProcess() {
+    if (m_child > 0) {
+        kill(m_child, SIGKILL);
+        waitpid(m_child, nullptr, 0);
+    }
+    close(m_out);
+    close(m_err);
+}
+
+bool QfcProcess::ReadMore() {
+    char buffer[4096];
+    const ssize_t n = read(m_out, buffer, sizeof buffer);
+    if (n > 0) m_read.append(buffer, static_cast<std::size_t>(n));
+    return n > 0;
+}
+
+std::optional<std::string> QfcProcess::ReadLine() {
+    std::size_t end;
+    while ((end = m_read.find('\n', m_line)) == std::string::npos) {
+        if (!ReadMore()) return std::nullopt;
+    }
+    const std::string line = m_read.substr(m_line, end - m_line);
+    m_line = end + 1;
+    return line;
+}
+
+void QfcProcess::Signal(int signal) { kill(m_child, signal); }
+
+QfcResult QfcProcess::Wait() {
+    while (ReadMore()) {
+    }
+    int status = 0;
+    waitpid(m_child, &status, 0);
+    m_child = -1;
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), m_read, ReadFromStart(m_err)};
+}
+
+bool CanRunUnprivileged() {
+    const pid_t child = fork();
+    if (child == 0) {
+        const QfcWorld world{.unprivileged = true, .largestFile = std::nullopt, .narrowPipe = false};
+        EnterWorld(world);
+        const int null = open("/dev/null", O_WRONLY);
+        dup2(null, STDOUT_FILENO);
+        Become({"--help"});
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+}  // namespace qfc::test

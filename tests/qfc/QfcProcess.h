@@ -1,0 +1,52 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+namespace qfc::test {
+
+// What a run of the program came to. A signal that ended it counts as 128 and its number.
+struct QfcResult {
+    int exit = -1;
+    std::string out;
+    std::string err;
+};
+
+// Under which conditions the program runs.
+struct QfcWorld {
+    bool unprivileged = false;        // as a user who owns nothing
+    std::optional<long> largestFile;  // bytes: writing beyond fails, as on a full disk
+    bool narrowPipe = false;          // its output waits for the reader after a page
+};
+
+// One run of the built program, to be talked to while it runs.
+class QfcProcess {
+public:
+    QfcProcess(const std::vector<std::string>& arguments, const QfcWorld& world);
+    // Kills it if it still runs.
+    ~QfcProcess();
+    QfcProcess(const QfcProcess&) = delete;
+    QfcProcess& operator=(const QfcProcess&) = delete;
+
+    // The next line of its standard output; nothing when there are no more.
+    std::optional<std::string> ReadLine();
+    void Signal(int signal);
+    // Reads to the end of its output.
+    QfcResult Wait();
+
+private:
+    bool ReadMore();
+
+    pid_t m_child = -1;
+    int m_out = -1;
+    int m_err = -1;
+    std::string m_read;      // all of its output so far
+    std::size_t m_line = 0;  // where the next line begins
+};
+
+// Whether a user who owns nothing can start the program at all.
+bool CanRunUnprivileged();
+
+}  // namespace qfc::test
