@@ -184,6 +184,9 @@ TEST_F(CommandsLooking, FindShowsASharedItemOnce_WithAllItsPaths) {
     const Json found = Done({"find", "a.ppm"});
     ASSERT_EQ(found.size(), 1u);
     EXPECT_EQ(found[0]["paths"], (Json{"A\\a.ppm", "B\\a.ppm"}));
+    const std::string text = Qfc({"find", "a.ppm"}).out;
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1) << text;
+    EXPECT_NE(text.find("Media: A\\a.ppm, B\\a.ppm"), std::string::npos) << text;
 }
 
 TEST_F(CommandsLooking, FindNothing_Fails) {

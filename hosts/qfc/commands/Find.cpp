@@ -42,8 +42,10 @@ int Run(const FindOptions& options, const Console& console) {
     for (CQGallery* gallery : Searched(galleries, options.gallery)) {
         for (const CQItem* item : Matches(*gallery, options)) {
             json.push_back(ItemJson(*gallery, *item));
-            const std::string prefix = Galleries::NameOf(*gallery).name + ": ";
-            for (const std::string& path : PathsOf(*gallery, *item)) console.Show(ItemLine(*item, prefix + path));
+            std::string where = Galleries::NameOf(*gallery).name + ":";
+            for (const std::string& path : PathsOf(*gallery, *item)) where += " " + path + ",";
+            where.pop_back();
+            console.Show(ItemLine(*item, where));
         }
     }
     console.ShowJson(json);

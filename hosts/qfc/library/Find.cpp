@@ -17,7 +17,7 @@ namespace {
 std::vector<CQGallery*> NamedFirst(Galleries& galleries, const std::string& gallery) {
     CQGallery* named = galleries.Find(gallery);
     std::vector<CQGallery*> all = galleries.All();
-    std::ranges::stable_partition(all, [&](const CQGallery* g) { return g == named; });
+    std::stable_partition(all.begin(), all.end(), [&](const CQGallery* g) { return g == named; });
     return all;
 }
 

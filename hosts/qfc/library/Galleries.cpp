@@ -115,9 +115,7 @@ CQGallery* Galleries::Find(const std::string& idOrName) {
 std::vector<CQGallery*> Galleries::All() {
     std::vector<CQGallery*> galleries;
     for (const GalleryName& stored : Stored()) {
-        CQGallery* gallery = Load(stored.id);
-        if (gallery == nullptr) throw Failure("cannot load the gallery " + stored.name);
-        galleries.push_back(gallery);
+        if (CQGallery* gallery = Load(stored.id)) galleries.push_back(gallery);
     }
     return galleries;
 }

@@ -38,7 +38,7 @@ public:
     CQGallery& Open(const std::string& idOrName);
     // The same, but makes nothing: null for a predefined gallery that is not stored.
     CQGallery* Find(const std::string& idOrName);
-    // Every stored gallery, loaded.
+    // Every stored gallery, loaded; those that cannot be read are left out (`check` tells of them).
     std::vector<CQGallery*> All();
 
     // The gallery of this library that answers to one of another: the same predefined one, else the one of that name.
