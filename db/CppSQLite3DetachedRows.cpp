@@ -43,6 +43,11 @@ int DetachedRows::Int(int column) const {
     return cell != nullptr ? sqlite3_value_int(cell) : 0;
 }
 
+std::int64_t DetachedRows::Int64(int column) const {
+    sqlite3_value* cell = Cell(column);
+    return cell != nullptr ? sqlite3_value_int64(cell) : 0;
+}
+
 const char* DetachedRows::Text(int column) const {
     sqlite3_value* cell = Cell(column);
     return cell != nullptr ? reinterpret_cast<const char*>(sqlite3_value_text(cell)) : nullptr;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <deque>
 #include <memory>
 #include <string>
@@ -29,6 +30,7 @@ public:
     // Of the first row; behind the last row every cell reads as NULL.
     int Type(int column) const;
     int Int(int column) const;
+    std::int64_t Int64(int column) const;
     const char* Text(int column) const;
     const unsigned char* Blob(int column, int& length) const;
 

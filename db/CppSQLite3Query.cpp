@@ -73,6 +73,15 @@ int CppSQLite3Query::getIntField(const char* szField, int nNullValue) const {
     return getIntField(fieldIndex(szField), nNullValue);
 }
 
+std::int64_t CppSQLite3Query::getInt64Field(int nField, std::int64_t nNullValue) const {
+    if (fieldType(nField) == SQLITE_NULL) return nNullValue;
+    return m_pRows ? m_pRows->Int64(nField) : sqlite3_column_int64(m_pVM, nField);
+}
+
+std::int64_t CppSQLite3Query::getInt64Field(const char* szField, std::int64_t nNullValue) const {
+    return getInt64Field(fieldIndex(szField), nNullValue);
+}
+
 const char* CppSQLite3Query::getStringField(int nField, const char* szNullValue) const {
     if (fieldType(nField) == SQLITE_NULL) return szNullValue;
     return m_pRows ? m_pRows->Text(nField) : reinterpret_cast<const char*>(sqlite3_column_text(m_pVM, nField));

@@ -2,6 +2,7 @@
 
 #include "platform/Export.h"
 
+#include <cstdint>
 #include <memory>
 
 struct sqlite3;
@@ -37,6 +38,9 @@ public:
     // The null value stands for NULL cells only; other types are converted as SQLite does.
     int getIntField(int nField, int nNullValue = 0) const;
     int getIntField(const char* szField, int nNullValue = 0) const;
+    // The same in 64 bits: what a row number may really be; see qfc::RowNumber.
+    std::int64_t getInt64Field(int nField, std::int64_t nNullValue = 0) const;
+    std::int64_t getInt64Field(const char* szField, std::int64_t nNullValue = 0) const;
     // The text is valid until the next row or the finalising.
     const char* getStringField(int nField, const char* szNullValue = "") const;
     const char* getStringField(const char* szField, const char* szNullValue = "") const;

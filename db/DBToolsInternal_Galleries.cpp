@@ -1,9 +1,11 @@
 #include "db/Columns.h"
 #include "db/DBToolsInternal.h"
+#include "db/RowNumber.h"
 #include "db/Sql.h"
 #include "db/Statements.h"
 #include "platform/text/CodePages.h"
 
+#include <optional>
 #include <unordered_set>
 #include <utility>
 
@@ -21,7 +23,7 @@ int DBToolsInternal::GetGalleryIdByFolder(int nGalleryId) {
     int nRootFolder = qfc::kNoFolder;
     Attempt([&] {
         CppSQLite3Query query = qfc::statement::Compile(Connection(), sql::kQueryGallery, nGalleryId).execQuery();
-        if (!query.eof()) nRootFolder = query.getIntField(column::kGalleryId, qfc::kNoFolder);
+        if (!query.eof()) nRootFolder = qfc::RowNumber(query, column::kGalleryId).value_or(qfc::kNoFolder);
     });
     return nRootFolder;
 }
@@ -31,7 +33,7 @@ bool DBToolsInternal::QueryGalleries(std::vector<qfc::StoredGallery>& galleries)
         std::vector<qfc::StoredGallery> found;
         for (CppSQLite3Query query = Connection().execQuery(sql::kListGalleries); !query.eof(); query.nextRow()) {
             found.push_back({query.getIntField(column::kGalleryFolderId),
-                             query.getIntField(column::kGalleryId, qfc::kNoFolder),
+                             qfc::RowNumber(query, column::kGalleryId).value_or(qfc::kNoFolder),
                              CDBStringHelper::UTF_82ASCII(query.getStringField(column::kFolderName))});
         }
         galleries = std::move(found);
@@ -58,10 +60,14 @@ bool DBToolsInternal::InsertOrUpdateFolder(const qfc::FolderRow& row, int& nFold
              row.parentId, row.expandType, row.orderIndex)) {
         return false;
     }
-    return Attempt([&] {
+    std::optional<int> nInserted;
+    const bool bRead = Attempt([&] {
         const CppSQLite3Query query = Connection().execQuery(sql::kLastFolder);
-        nFolder = query.eof() ? qfc::kNoFolder : query.getIntField(0, qfc::kNoFolder);
+        nInserted = query.eof() ? qfc::kNoFolder : qfc::RowNumber(query, 0);
     });
+    if (!bRead || !nInserted) return false;
+    nFolder = *nInserted;
+    return true;
 }
 
 bool DBToolsInternal::DeleteFolderTrees(std::span<const int> galleryIds) {
@@ -97,10 +103,13 @@ bool DBToolsInternal::GatherTrees(std::span<const int> galleryIds, std::vector<i
     return true;
 }
 
+// A number that cannot be told reads as none, which ends the gathering.
 bool DBToolsInternal::ReadChildren(int nParent, std::vector<int>& children) {
     return Attempt([&] {
         children.clear();
         CppSQLite3Query query = qfc::statement::Compile(Connection(), sql::kQueryChildFolders, nParent).execQuery();
-        for (; !query.eof(); query.nextRow()) children.push_back(query.getIntField(column::kId, qfc::kNoFolder));
+        for (; !query.eof(); query.nextRow()) {
+            children.push_back(qfc::RowNumber(query, column::kId).value_or(qfc::kNoFolder));
+        }
     });
 }

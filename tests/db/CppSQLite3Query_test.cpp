@@ -1,8 +1,10 @@
 #include "db/CppSQLite3Query.h"
 
+#include "db/RowNumber.h"
 #include "tests/db/AccessLayerTest.h"
 #include "tests/support/RawDb.h"
 
+#include <climits>
 #include <sqlite3.h>
 
 namespace {
@@ -221,6 +223,32 @@ TEST_F(CppSQLite3QueryDetached, FreesEachRowAsTheCursorPassesIt) {
         query.nextRow();
         EXPECT_LT(sqlite3_memory_used(), before);
     }
+}
+
+TEST_F(CppSQLite3QueryTest, NumbersBeyond32BitsReadWholeAlsoWhenDetached) {
+    for (const bool detached : {false, true}) {
+        CppSQLite3Query query = m_db.execQuery("select 4294967297 as N, NULL, '-5000000000', 2.9");
+        if (detached) query.detach();
+        EXPECT_EQ(query.getInt64Field("N"), 4294967297);
+        EXPECT_EQ(query.getInt64Field(1, -4), -4);
+        EXPECT_EQ(query.getInt64Field(2), -5000000000);
+        EXPECT_EQ(query.getInt64Field(3), 2);
+        query.nextRow();
+        if (detached) {
+            EXPECT_EQ(query.getInt64Field(0, 9), 9);
+        }
+    }
+}
+
+TEST_F(CppSQLite3QueryTest, RowNumbersAreIntegersOf32BitsOrNone) {
+    const CppSQLite3Query query =
+        m_db.execQuery("select 7, NULL, 2147483647, -2147483648, 2147483648, -2147483649, 4294967297, 1.0, '1', x'31'");
+    EXPECT_EQ(qfc::RowNumber(query, "7"), 7);
+    EXPECT_EQ(qfc::RowNumber(query, 1), qfc::kNoFolder);
+    EXPECT_EQ(qfc::RowNumber(query, 2), 2147483647);
+    EXPECT_EQ(qfc::RowNumber(query, 3), INT_MIN);
+    for (int field = 4; field < 10; ++field) EXPECT_EQ(qfc::RowNumber(query, field), std::nullopt) << field;
+    EXPECT_THROW(qfc::RowNumber(query, "missing"), CppSQLite3Exception);
 }
 
 }  // namespace

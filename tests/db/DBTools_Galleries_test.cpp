@@ -262,4 +262,61 @@ TEST_F(DBToolsGalleries, DeletionGoesGalleriesFirstThenEachFolderWithItsPlacemen
     EXPECT_EQ(trace.Statements(), expected);
 }
 
+// --- Row numbers beyond 32 bits: cut to their low half they would be the numbers of other rows ---
+
+constexpr char kFolderBeyond32Bits[] = "INSERT INTO FOLDER_TABLE(ID, PARENT_ID) VALUES(4294967297, ";
+
+TEST_F(DBToolsGalleries, RootBeyond32BitsIsNone) {
+    Exec("INSERT INTO GALLERY_TABLE VALUES(6, 4294967297)");
+    EXPECT_EQ(m_tools->GetGalleryIdByFolder(6), -1);
+    std::vector<StoredGallery> galleries;
+    ASSERT_TRUE(m_tools->QueryGalleries(galleries));
+    ASSERT_EQ(galleries.size(), 1U);
+    EXPECT_EQ(galleries[0].rootFolder, -1);
+}
+
+TEST_F(DBToolsGalleries, RootThatIsNoIntegerIsNone) {
+    Exec("INSERT INTO GALLERY_TABLE VALUES(6, 1.5), (7, 'one'), (8, x'31')");
+    for (const int gallery : {6, 7, 8}) EXPECT_EQ(m_tools->GetGalleryIdByFolder(gallery), -1) << gallery;
+}
+
+TEST_F(DBToolsGalleries, DeletingATreeWithARootBeyond32BitsTakesNothing) {
+    ASSERT_EQ(AddGallery(1), 1);
+    Exec("INSERT INTO GALLERY_TABLE VALUES(2, 4294967297)");
+    const std::string before = Dump();
+    EXPECT_FALSE(DeleteTrees({2}));
+    EXPECT_EQ(Dump(), before);
+}
+
+TEST_F(DBToolsGalleries, DeletingATreeWithAFolderBeyond32BitsTakesNothingOfOtherTrees) {
+    ASSERT_EQ(AddGallery(1), 1);
+    const int root = AddGallery(2);
+    Exec(kFolderBeyond32Bits + std::to_string(root) + ")");
+    const std::string before = Dump();
+    EXPECT_FALSE(DeleteTrees({2}));
+    EXPECT_EQ(Dump(), before);
+    EXPECT_TRUE(DeleteTrees({1}));
+}
+
+TEST_F(DBToolsGalleries, NewFolderThatWouldGetANumberBeyond32BitsIsRefused) {
+    Exec(std::string(kFolderBeyond32Bits) + "-1)");
+    const std::string before = Dump();
+    int folder = -1;
+    EXPECT_FALSE(m_tools->InsertOrUpdateFolder("1.0", 0, "late", -1, -1, 0, -1, 0, -1, folder));
+    EXPECT_EQ(folder, -1);
+    EXPECT_EQ(Dump(), before);
+}
+
+TEST_F(DBToolsGalleries, DeletingAGalleryWithoutARootOrWithANegativeOneTakesNothing) {
+    AddGallery(1);
+    Exec(
+        "INSERT INTO GALLERY_TABLE VALUES(2, NULL), (3, -1), (4, -7); INSERT INTO FOLDER_TABLE(ID, PARENT_ID)"
+        " VALUES(-7, -1)");
+    const std::string before = Dump();
+    for (const int gallery : {2, 3, 4}) {
+        EXPECT_FALSE(DeleteTrees({1, gallery})) << gallery;
+        EXPECT_EQ(Dump(), before) << gallery;
+    }
+}
+
 }  // namespace
