@@ -12,14 +12,18 @@ LibraryOperation_DeleteItem::LibraryOperation_DeleteItem(CQFolder* pFolder, std:
 // Kept: hosts get 0 also when everything was removed.
 int LibraryOperation_DeleteItem::execute() {
     if (m_pFolder == nullptr || m_items.empty()) return 0;
-    const auto* const pGallery = DYNAMIC_DOWNCAST(CQGallery, m_pFolder->GetRoot());
+    auto* const pGallery = DYNAMIC_DOWNCAST(CQGallery, m_pFolder->GetRoot());
     if (pGallery == nullptr) return 0;
     for (const GUID& guid : m_items) {
         if (m_dwMode != 0) {
             m_pFolder->RemoveItem(guid, static_cast<int>(m_dwMode));
             continue;
         }
-        for (const ULONGLONG hFolder : pGallery->GetItemParentList(guid)) qfc::AsFolder(hFolder)->RemoveItemDB(guid, 1);
+        for (const ULONGLONG hFolder : pGallery->GetItemParentList(guid)) {
+            // Only compared: a folder may be gone without the gallery's index having been told.
+            CQFolder* const pHolder = qfc::AsFolder(hFolder);
+            if (pGallery->IsSubFolderValid(pHolder)) pHolder->RemoveItemDB(guid, 1);
+        }
     }
     return 0;
 }

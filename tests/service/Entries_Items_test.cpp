@@ -207,6 +207,16 @@ TEST_F(EntriesItems, DeleteItem_WithoutFolderGalleryOrItems_ChangesNothing) {
     EXPECT_EQ(m_pClips->HasItem(guid, 0), 1);
 }
 
+// A folder may be gone while the gallery's index still names it: RemoveItem without deletion leaves its handle there.
+TEST_F(EntriesItems, DeleteItem_ModeZero_PassesOverFoldersThatAreGone) {
+    const GUID guid = AddItem("Sunrise", {"Clips", "Other"})->GetUniqueID();
+    ASSERT_EQ(m_pClips->RemoveItem(guid, 0), 1);
+    ASSERT_EQ(Manager::fnDeleteFolder(ToHandle(m_pClips)), 1);
+    EXPECT_EQ(Manager::fnDeleteItem(ToHandle(m_pOther), {guid}, 0), 0);
+    EXPECT_EQ(m_pOther->HasItem(guid, 0), 0);
+    EXPECT_EQ(CountRows("RELATION_TABLE where PARENT_ID = " + std::to_string(m_pOther->GetDBId())), 0);
+}
+
 // --- Updating ----------------------------------------------------------------------------------------------------
 
 TEST_F(EntriesItems, UpdateItem_StoresTheFieldsOfTheMask) {
