@@ -45,31 +45,35 @@ namespace {
 
 using Items = std::unordered_set<CQItem*>;
 
-// What the folder holds, save the objects of the gallery's index, which die with the gallery.
-void GatherItemsLeftBehind(CQFolder& folder, const CQGallery& gallery, Items& items) {
+// Closing ends the items of a folder without database, or with the service's, by itself; of the others it leaves all
+// save the objects of the gallery's index, which die with the gallery.
+void GatherItems(const CQGallery& gallery, CQFolder& folder, Items& left, Items& ended) {
     const auto* const pItems = folder.GetItemArray();
     if (pItems == nullptr) return;
+    const bool bEnds = folder.GetDBTools() == nullptr || qfc::IsCurrentDBTools(folder.GetDBTools());
     for (CQItem* const pItem : *pItems) {
         if (pItem == nullptr) continue;
         CQItem* pIndexed = nullptr;
         gallery.IsItemHasParentByGuid(pItem->GetUniqueID(), pIndexed);
-        if (pIndexed != pItem) items.insert(pItem);
+        if (pIndexed != pItem) (bEnds ? ended : left).insert(pItem);
     }
 }
 
 // Each object once, however many folders hold it.
 Items ItemsLeftBehind(CQGallery& gallery) {
-    Items items;
+    Items left;
+    Items ended;
     std::vector<CQFolder*> folders{&gallery};
     while (!folders.empty()) {
         CQFolder* const pFolder = folders.back();
         folders.pop_back();
-        GatherItemsLeftBehind(*pFolder, gallery, items);
+        GatherItems(gallery, *pFolder, left, ended);
         if (const auto* const pChildren = pFolder->GetFolderList()) {
             std::ranges::copy_if(*pChildren, std::back_inserter(folders), [](CQFolder* p) { return p != nullptr; });
         }
     }
-    return items;
+    std::erase_if(left, [&](CQItem* pItem) { return ended.contains(pItem); });
+    return left;
 }
 
 // A gallery that a session created is listed in the document, which then destroys it.

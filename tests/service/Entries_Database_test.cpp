@@ -278,4 +278,29 @@ TEST_F(ImportFromSession, CloseSessionGallery_DestroysEveryItemOnce) {
     EndSession();
 }
 
+// Folders without a database end their items themselves, as they do in a tree that was never stored.
+TEST_F(EntriesDatabase, CloseSessionGallery_OfAGalleryWithoutDatabase_DestroysEveryItemOnce) {
+    auto gallery = std::make_unique<CQGallery>();
+    auto folder = std::make_unique<CQFolder>("Loose", 0, 0, 0);
+    ASSERT_EQ(folder->AddItem(NewItem("Sunrise"), 1), 1);
+    ASSERT_EQ(gallery->AddFolder(folder.get(), 0, 1), 1);
+    static_cast<void>(folder.release());
+    EXPECT_EQ(Manager::fnCloseSessionGallery(ToHandle(gallery.release())), 1);
+}
+
+// A tree that was attached as a whole knows no database below its top. An item that it shares with a folder of the
+// session goes with it.
+TEST_F(ImportFromSession, CloseSessionGallery_WithALooseTreeAttached_DestroysEveryItemOnce) {
+    auto top = std::make_unique<CQFolder>("Top", 0, 0, 0);
+    auto below = std::make_unique<CQFolder>("Below", 0, 0, 0);
+    ASSERT_EQ(below->AddItem(NewItem("Own"), 1), 1);
+    ASSERT_EQ(below->AddItem(m_pForeign, 0), 1);
+    ASSERT_EQ(top->AddItem(NewItem("At the top"), 1), 1);
+    ASSERT_EQ(top->AddFolder(below.get(), 0, 1), 1);
+    static_cast<void>(below.release());
+    ASSERT_EQ(AsGallery(m_hForeign)->AddFolder(top.get(), 0, 1), 1);
+    static_cast<void>(top.release());
+    EndSession();
+}
+
 }  // namespace
