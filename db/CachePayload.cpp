@@ -3,34 +3,48 @@
 #include "platform/compress/Compression.h"
 
 #include <algorithm>
-#include <climits>
+#include <new>
+#include <utility>
 
 namespace qfc {
+
+namespace {
+
+// Empty when the bytes do not shrink, or there is no compressor, or no memory for its output.
+std::vector<std::byte> Compressed(std::span<const std::byte> bytes) {
+    try {
+        std::vector<std::byte> compressed(bytes.size());
+        auto length = static_cast<unsigned>(bytes.size());
+        const int result = Compress(length, bytes.data(), &length, compressed.data());
+        if (result != kCompressionSucceeded || length > compressed.size()) return {};
+        compressed.resize(length);
+        return compressed;
+    } catch (const std::bad_alloc&) {
+        return {};
+    }
+}
+
+}  // namespace
 
 PayloadWrite PackPayload(int kind, std::span<const std::byte> bytes) {
     PayloadWrite payload;
     payload.kind = kind;
     payload.raw = bytes;
-    // No row can hold more; the negative size makes the write report it.
-    payload.rawSize = bytes.size() <= INT_MAX ? static_cast<int>(bytes.size()) : -1;
+    // The negative size makes the write report it.
+    payload.rawSize = bytes.size() <= kLargestPayload ? static_cast<int>(bytes.size()) : -1;
     if (payload.rawSize <= 0) return payload;
 
-    std::vector<std::byte> compressed(bytes.size());
-    auto length = static_cast<unsigned>(bytes.size());
-    const int result = Compress(length, bytes.data(), &length, compressed.data());
-    if (result != kCompressionSucceeded || length == 0 || length > compressed.size()) return payload;
-    compressed.resize(length);
-    payload.compressedSize = static_cast<int>(length);
-    payload.compressed = std::move(compressed);
+    payload.compressed = Compressed(bytes);
+    payload.compressedSize = static_cast<int>(payload.compressed.size());
     return payload;
 }
 
 bool PayloadIsSound(const StoredPayload& row) {
-    if (row.rawSize <= 0 || row.compressedSize < 0 || row.bytes.empty()) return false;
+    if (row.rawSize <= 0 || row.rawSize > kLargestPayload || row.compressedSize < 0 || row.bytes.empty()) return false;
     const auto rawSize = static_cast<std::size_t>(row.rawSize);
     const auto compressedSize = static_cast<std::size_t>(row.compressedSize);
     if (compressedSize == 0) return row.bytes.size() <= rawSize;
-    return row.bytes.size() >= compressedSize && AnnouncedSize(row.bytes.first(compressedSize)) == rawSize;
+    return row.bytes.size() >= compressedSize && CanUnpackTo(row.bytes.first(compressedSize), rawSize);
 }
 
 bool UnpackPayload(const StoredPayload& row, std::span<std::byte> target) {

@@ -10,12 +10,13 @@
 namespace qfc {
 
 // Compresses into a buffer of exactly the raw size; when that does not succeed (the bytes do not shrink, or there is no
-// compressor) the payload is to be stored raw. The result borrows `bytes`.
+// compressor or no memory) the payload is to be stored raw. The result borrows `bytes`. More bytes than
+// kLargestPayload give a size of -1, which no write accepts.
 PayloadWrite PackPayload(int kind, std::span<const std::byte> bytes);
 
 // Whether the sizes of a row agree with its bytes. Ask before a buffer of rawSize bytes is made: false for a size of 0
-// or below, no bytes, fewer bytes than the compressed size, a compressed frame that announces another size than the
-// row, and raw bytes of more than the raw size.
+// or below or above kLargestPayload, no bytes, fewer bytes than the compressed size, a compressed frame that announces
+// another size than the row or one that so few bytes cannot hold, and raw bytes of more than the raw size.
 bool PayloadIsSound(const StoredPayload& row);
 
 // Brings a sound row's payload into `target`, which must be of rawSize bytes. Raw bytes that fall short of it leave the

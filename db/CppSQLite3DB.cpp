@@ -5,6 +5,8 @@
 #include "platform/os/Files.h"
 #include "platform/text/CodePages.h"
 
+#include <array>
+#include <memory>
 #include <sqlite3.h>
 #include <string>
 #include <utility>
@@ -28,6 +30,19 @@ constexpr int kSchemaRetries = 50;
 
 [[noreturn]] void ThrowCantOpen() { throw CppSQLite3Exception(SQLITE_CANTOPEN, sqlite3_errstr(SQLITE_CANTOPEN)); }
 
+// SQLite gives names a second meaning: the empty one is a database that nobody sees, ":memory:" one without a file, and
+// "file:..." may carry options. Here a name is a file's name and nothing else.
+template <typename Path>
+Path FileName(const Path& strNative) {
+    if (strNative.empty() || strNative.front() == '/') return strNative;
+    const char szHere[] = "./";
+    return Path(szHere, szHere + 2) + strNative;
+}
+
+struct CloseHandle {
+    void operator()(sqlite3* pDB) const { sqlite3_close(pDB); }
+};
+
 sqlite3_stmt* Prepare(sqlite3* pDB, const char* szSQL) {
     sqlite3_stmt* pVM = nullptr;
     const int nResult = sqlite3_prepare(pDB, szSQL, -1, &pVM, nullptr);
@@ -50,21 +65,21 @@ void CppSQLite3DB::open(const char* szFile) {
     close();
     if (szFile == nullptr) ThrowCantOpen();
     const std::u16string wide = qfc::AnsiToUtf16(qfc::Utf8ToAnsi(qfc::NativePath(szFile)));
-    if (wide.size() >= kPathUnits) ThrowCantOpen();
-    FinishOpen(sqlite3_open16(wide.c_str(), &m_pDB));
+    if (wide.empty() || wide.size() >= kPathUnits) ThrowCantOpen();
+    FinishOpen(sqlite3_open16(FileName(wide).c_str(), &m_pDB));
 }
 
 void CppSQLite3DB::openReadOnly(const char* szFile) {
     close();
-    if (szFile == nullptr) ThrowCantOpen();
-    FinishOpen(sqlite3_open_v2(qfc::NativePath(szFile).c_str(), &m_pDB, SQLITE_OPEN_READONLY, nullptr));
+    if (szFile == nullptr || *szFile == '\0') ThrowCantOpen();
+    const std::string strFile = FileName(qfc::NativePath(szFile));
+    FinishOpen(sqlite3_open_v2(strFile.c_str(), &m_pDB, SQLITE_OPEN_READONLY, nullptr));
 }
 
 void CppSQLite3DB::FinishOpen(int nResult) {
     if (nResult != SQLITE_OK) {
-        const CppSQLite3Exception error(nResult, sqlite3_errmsg(m_pDB));
-        sqlite3_close(std::exchange(m_pDB, nullptr));
-        throw error;
+        const std::unique_ptr<sqlite3, CloseHandle> pFailed(std::exchange(m_pDB, nullptr));
+        throw CppSQLite3Exception(nResult, sqlite3_errmsg(pFailed.get()));
     }
     sqlite3_busy_timeout(m_pDB, m_nBusyTimeoutMs);
 }
@@ -102,7 +117,6 @@ CppSQLite3Query CppSQLite3DB::execQuery(const char* szSQL) {
 
 bool CppSQLite3DB::Issue(bool bWhileInTransaction, const char* szSQL, bool bFlagAfterwards) {
     if (m_pDB == nullptr || m_bInTransaction != bWhileInTransaction) return false;
-    // Kept: the outcome is not examined; the flag follows the call.
     sqlite3_exec(m_pDB, szSQL, nullptr, nullptr, nullptr);
     m_bInTransaction = bFlagAfterwards;
     return true;
@@ -127,8 +141,10 @@ void CppSQLite3DB::rollbackPending() {
 
 int CppSQLite3DB::backupTo(const char* szUtf8Path) {
     CheckDB();
+    if (szUtf8Path == nullptr || *szUtf8Path == '\0') return SQLITE_CANTOPEN;
+    const std::string strTarget = FileName(std::string(szUtf8Path));
     sqlite3* pTarget = nullptr;
-    int nResult = sqlite3_open(szUtf8Path, &pTarget);
+    int nResult = sqlite3_open(strTarget.c_str(), &pTarget);
     if (nResult == SQLITE_OK) {
         if (sqlite3_backup* pBackup = sqlite3_backup_init(pTarget, "main", m_pDB, "main")) {
             sqlite3_backup_step(pBackup, -1);
@@ -138,6 +154,20 @@ int CppSQLite3DB::backupTo(const char* szUtf8Path) {
     }
     sqlite3_close(pTarget);
     return nResult;
+}
+
+bool CppSQLite3DB::usesWriteAheadLog() const {
+    CheckDB();
+    // Through SQLite's own file: a second one of this process would, when it is closed, take all locks of the first.
+    sqlite3_file* pFile = nullptr;
+    sqlite3_file_control(m_pDB, "main", SQLITE_FCNTL_FILE_POINTER, &pFile);
+    std::array<unsigned char, 2> versions{};
+    constexpr int kVersionsOffset = 18;
+    constexpr unsigned char kLogVersion = 2;
+    if (pFile == nullptr || pFile->pMethods == nullptr) return false;
+    const int nResult =
+        pFile->pMethods->xRead(pFile, versions.data(), static_cast<int>(versions.size()), kVersionsOffset);
+    return nResult == SQLITE_OK && (versions[0] == kLogVersion || versions[1] == kLogVersion);
 }
 
 void CppSQLite3DB::CheckDB() const {

@@ -50,6 +50,10 @@ public:
     // left with, 0 for success; never throws for SQLite's errors. On failure the target keeps what was copied so far.
     int backupTo(const char* szUtf8Path);
 
+    // Whether the open file's header says that changes go to a write-ahead log beside it. Asked before the first
+    // statement, which would make the log's files.
+    bool usesWriteAheadLog() const;
+
     // For tests and tools; absent while closed. Stays owned by this object.
     sqlite3* handle() const { return m_pDB; }
 

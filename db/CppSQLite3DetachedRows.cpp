@@ -5,6 +5,11 @@
 #include <sqlite3.h>
 
 namespace qfc {
+namespace {
+
+[[noreturn]] void ThrowNoMemory() { throw CppSQLite3Exception(SQLITE_NOMEM, sqlite3_errstr(SQLITE_NOMEM)); }
+
+}  // namespace
 
 void DetachedRows::FreeValue::operator()(sqlite3_value* value) const { sqlite3_value_free(value); }
 
@@ -12,7 +17,7 @@ DetachedRows::DetachedRows(sqlite3_stmt* statement) {
     const int columns = sqlite3_column_count(statement);
     for (int column = 0; column < columns; ++column) {
         const char* name = sqlite3_column_name(statement, column);
-        if (name == nullptr) throw CppSQLite3Exception(SQLITE_NOMEM, sqlite3_errstr(SQLITE_NOMEM));
+        if (name == nullptr) ThrowNoMemory();
         m_names.emplace_back(name);
     }
 }
@@ -23,8 +28,11 @@ void DetachedRows::Append(sqlite3_stmt* statement) {
     std::vector<Value> row;
     row.reserve(m_names.size());
     for (int column = 0; column < static_cast<int>(m_names.size()); ++column) {
+        // Texts are brought to UTF-8 here, where a lack of memory can still be reported.
+        const bool isText = sqlite3_column_type(statement, column) == SQLITE_TEXT;
+        if (isText && sqlite3_column_text(statement, column) == nullptr) ThrowNoMemory();
         row.emplace_back(sqlite3_value_dup(sqlite3_column_value(statement, column)));
-        if (row.back() == nullptr) throw CppSQLite3Exception(SQLITE_NOMEM, sqlite3_errstr(SQLITE_NOMEM));
+        if (row.back() == nullptr) ThrowNoMemory();
     }
     m_rows.push_back(std::move(row));
 }

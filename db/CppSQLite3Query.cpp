@@ -7,6 +7,13 @@
 #include <sqlite3.h>
 #include <utility>
 
+namespace {
+
+// The only reason why a cell that is not NULL has no text, or bytes but no address.
+[[noreturn]] void ThrowNoMemory() { throw CppSQLite3Exception(SQLITE_NOMEM, sqlite3_errstr(SQLITE_NOMEM)); }
+
+}  // namespace
+
 CppSQLite3Query::CppSQLite3Query() = default;
 
 CppSQLite3Query::CppSQLite3Query(sqlite3* pDB, sqlite3_stmt* pVM, bool bEof, bool bOwnVM)
@@ -84,7 +91,10 @@ std::int64_t CppSQLite3Query::getInt64Field(const char* szField, std::int64_t nN
 
 const char* CppSQLite3Query::getStringField(int nField, const char* szNullValue) const {
     if (fieldType(nField) == SQLITE_NULL) return szNullValue;
-    return m_pRows ? m_pRows->Text(nField) : reinterpret_cast<const char*>(sqlite3_column_text(m_pVM, nField));
+    const char* szText =
+        m_pRows ? m_pRows->Text(nField) : reinterpret_cast<const char*>(sqlite3_column_text(m_pVM, nField));
+    if (szText == nullptr) ThrowNoMemory();
+    return szText;
 }
 
 const char* CppSQLite3Query::getStringField(const char* szField, const char* szNullValue) const {
@@ -96,7 +106,9 @@ const unsigned char* CppSQLite3Query::getBlobField(int nField, int& nLen) const 
     if (m_pRows) return m_pRows->Blob(nField, nLen);
     // The length first: asking for it may convert the cell, and would invalidate a pointer taken before.
     nLen = sqlite3_column_bytes(m_pVM, nField);
-    return static_cast<const unsigned char*>(sqlite3_column_blob(m_pVM, nField));
+    const auto* pBytes = static_cast<const unsigned char*>(sqlite3_column_blob(m_pVM, nField));
+    if (pBytes == nullptr && nLen > 0) ThrowNoMemory();
+    return pBytes;
 }
 
 const unsigned char* CppSQLite3Query::getBlobField(const char* szField, int& nLen) const {

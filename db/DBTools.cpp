@@ -95,9 +95,11 @@ bool DBTools::InsertAutoLoadedFile(const CString& path, int nFolder) {
 
 bool DBTools::InsertOrUpdateFolder(const CString& version, int nPredefinedId, const CString& name, int nAdopt,
                                    int nTrusty, int nExtra, int nParent, int nExpand, int nOrder, int& nFolder) {
-    const qfc::FolderRow row{version, nPredefinedId, name, nAdopt, nTrusty, nExtra, nParent, nExpand, nOrder};
     int nWritten = nFolder;
-    const bool bWritten = Guarded([&] { return DBToolsInternal::InsertOrUpdateFolder(row, nWritten); });
+    const bool bWritten = Guarded([&] {
+        return DBToolsInternal::InsertOrUpdateFolder(
+            {version, nPredefinedId, name, nAdopt, nTrusty, nExtra, nParent, nExpand, nOrder}, nWritten);
+    });
     if (bWritten) nFolder = nWritten;
     return bWritten;
 }
@@ -143,4 +145,8 @@ bool DBTools::QueryTree(int nRoot, qfc::TreeRows& rows) {
     const bool bRead = Guarded([&] { return DBToolsInternal::QueryTree(nRoot, found); });
     if (bRead) rows = std::move(found);
     return bRead;
+}
+
+bool DBTools::QueryCacheSizes(int nKind, std::vector<qfc::PayloadSize>& sizes) {
+    return Guarded([&] { return DBToolsInternal::QueryCacheSizes(nKind, sizes); });
 }

@@ -76,6 +76,9 @@ public:
     // A shortcut: reads at once what loading the tree below the folder would ask for row by row. False when shortcuts
     // are off, and when the rows are too odd for it: ask for them one by one then.
     bool QueryTree(int nRoot, qfc::TreeRows& rows);
+    // A shortcut: QueryCacheDataByType without the bytes, in the same order, and without rows whose id is no GUID.
+    // False when shortcuts are off: ask for the rows then. On false the list is as it was.
+    bool QueryCacheSizes(int nKind, std::vector<qfc::PayloadSize>& sizes);
 
 private:
     class Guard;  // db/DBToolsGuard.h

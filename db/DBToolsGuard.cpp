@@ -34,6 +34,8 @@ bool DBTools::Guard::Settle(bool bSucceeded) {
 bool DBTools::Guard::Begin() {
     CppSQLite3DB& db = m_tools.Connection();
     db.rollbackPending();
+    // A rollback that was refused leaves the old transaction open: BEGIN would fail inside it, and END commit both.
+    if (!db.isAutocommit()) return false;
     db.beginTransaction();
     return !db.isAutocommit();
 }

@@ -3,6 +3,7 @@
 #include "db/DBTools.h"
 
 #include <mutex>
+#include <new>
 #include <utility>
 
 // The guard of every operation of DBTools, for its own sources: the mutex, one transaction, and the outcome.
@@ -31,12 +32,18 @@ private:
     bool m_bSettled = false;
 };
 
-// refused: what to answer for an operation that may not run, or whose success did not reach the disk.
+// refused: what to answer for an operation that may not run, ran out of memory, or whose success did not reach the
+// disk.
 template <typename Operation, typename Result>
 Result DBTools::Guarded(Operation&& operation, Result refused) {
     Guard guard(*this);
     if (!guard.IsReady()) return refused;
-    const Result result = operation();
+    Result result{};
+    try {
+        result = operation();
+    } catch (const std::bad_alloc&) {
+        return refused;  // The guard rolls back.
+    }
     const bool bSucceeded = result != Result{};
     return guard.Settle(bSucceeded) == bSucceeded ? result : refused;
 }

@@ -4,9 +4,10 @@
 #include "db/Statements.h"
 #include "platform/os/Files.h"
 
+#include <new>
+
 DBToolsInternal::DBToolsInternal(const CString& path, bool& ok) {
-    ok = true;
-    m_pDB = std::make_unique<CppSQLite3DB>();
+    m_pDB.reset(new (std::nothrow) CppSQLite3DB);
     ok = Attempt([&] {
         m_pDB->open(path);
         qfc::schema::Ensure(*m_pDB);
@@ -17,8 +18,6 @@ DBToolsInternal::DBToolsInternal(const CString& path, bool& ok) {
 DBToolsInternal::~DBToolsInternal() = default;
 
 bool DBToolsInternal::ExportDatabase(const CString& targetPath) {
-    // SQLite takes an empty name for a database of its own that vanishes when it is closed: no export.
-    if (targetPath.IsEmpty()) return false;
     bool bCopied = false;
     const bool bRan =
         Attempt([&] { bCopied = Connection().backupTo(qfc::NativePath(targetPath).c_str()) == qfc::sqlite::kOk; });

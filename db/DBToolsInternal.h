@@ -70,6 +70,7 @@ protected:
     int AddFolderOrderIndexColumn();
     bool QueryGalleries(std::vector<qfc::StoredGallery>& galleries);
     bool QueryTree(int nRoot, qfc::TreeRows& rows);
+    bool QueryCacheSizes(int nKind, std::vector<qfc::PayloadSize>& sizes);
 
     bool HasConnection() const { return m_pDB != nullptr; }
     CppSQLite3DB& Connection() { return *m_pDB; }

@@ -1,12 +1,15 @@
+#include "db/Columns.h"
 #include "db/DBToolsInternal.h"
 #include "db/Sql.h"
 #include "db/Statements.h"
 
 #include <array>
+#include <utility>
 
 // Payload rows.
 
 namespace sql = qfc::sql;
+namespace column = qfc::column;
 
 namespace {
 
@@ -17,7 +20,8 @@ bool IsKnownKind(int nKind) { return nKind >= qfc::kBitmapCache && nKind <= qfc:
 // Whether the bytes are there as the sizes say: a size without bytes must never become a row.
 bool IsWhole(const qfc::PayloadWrite& payload) {
     const int nStored = payload.compressedSize != 0 ? payload.compressedSize : payload.rawSize;
-    return nStored > 0 && payload.Stored().size() == static_cast<std::size_t>(nStored);
+    return nStored > 0 && payload.rawSize <= qfc::kLargestPayload &&
+           payload.Stored().size() == static_cast<std::size_t>(nStored);
 }
 
 }  // namespace
@@ -30,15 +34,31 @@ bool DBToolsInternal::QueryCacheDataByType(int nKind, CppSQLite3Query& query) {
     return Select(sql::kQueryCacheDataByType, query, nKind);
 }
 
+bool DBToolsInternal::QueryCacheSizes(int nKind, std::vector<qfc::PayloadSize>& sizes) {
+    if (!m_bShortcuts) return false;
+    return Attempt([&] {
+        std::vector<qfc::PayloadSize> found;
+        CppSQLite3Query query = qfc::statement::Compile(Connection(), sql::kQueryCacheSizes, nKind).execQuery();
+        for (; !query.eof(); query.nextRow()) {
+            int nLength = 0;
+            const unsigned char* pId = query.getBlobField(column::kItemId, nLength);
+            const auto guid = qfc::GuidFromBytes(pId, static_cast<std::size_t>(nLength));
+            if (guid) found.push_back({*guid, query.getIntField(column::kCompressedSize)});
+        }
+        sizes = std::move(found);
+    });
+}
+
 bool DBToolsInternal::DeleteCacheData(const GUID& item, int nKind) { return Run(sql::kDeleteCacheData, item, nKind); }
 
 // The given statement has no usable key and reads through every blob of the table. While all rows are of the known
-// kinds, deleting by kind and item takes the same rows through the key.
+// kinds, deleting by kind and item takes the same rows through the key. The deletion comes before the look: a reader
+// that turns writer in the middle of its transaction is refused at once where a writer waits for its turn.
 bool DBToolsInternal::DeleteAllCacheData(const GUID& item) {
     if (!m_bShortcuts) return Run(sql::kDeleteAllCacheData, item);
     bool bOddKinds = false;
-    if (!Look(sql::kProbeOddCacheKinds, bOddKinds)) return false;
-    return Run(bOddKinds ? sql::kDeleteAllCacheData : sql::kDeleteKnownCacheKinds, item);
+    if (!Run(sql::kDeleteKnownCacheKinds, item) || !Look(sql::kProbeOddCacheKinds, bOddKinds)) return false;
+    return !bOddKinds || Run(sql::kDeleteAllCacheData, item);
 }
 
 bool DBToolsInternal::WriteCacheData(const GUID& item, const qfc::PayloadWrite& payload) {

@@ -16,6 +16,9 @@ inline constexpr int kBitmapCache = 0;
 inline constexpr int kBlackBox = 1;
 inline constexpr int kFilm = 2;
 
+// What one row can hold raw at most, by SQLite's own limit: nothing larger is written or believed.
+inline constexpr int kLargestPayload = 1'000'000'000;
+
 // No folder row, or not yet stored; as parent number: the parent of every gallery root.
 inline constexpr int kNoFolder = -1;
 
@@ -67,6 +70,12 @@ struct StoredPayload {
     int rawSize = 0;
     int compressedSize = 0;
     std::span<const std::byte> bytes;  // Borrowed from the query's row.
+};
+
+// What is known of one stored payload without its bytes.
+struct PayloadSize {
+    GUID itemId{};
+    int compressedSize = 0;
 };
 
 struct StoredGallery {

@@ -9,7 +9,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <fmt/format.h>
+#include <iterator>
 #include <map>
 #include <new>
 #include <set>
@@ -23,7 +25,7 @@ struct KindName {
     const char* name;
 };
 
-constexpr std::array<KindName, 12> kKindNames{{
+constexpr std::array<KindName, 14> kKindNames{{
     {LibraryFindingKind::kNeedsRecovery, "needs-recovery"},
     {LibraryFindingKind::kDamagedFile, "damaged-file"},
     {LibraryFindingKind::kNoLibrary, "no-library"},
@@ -36,6 +38,8 @@ constexpr std::array<KindName, 12> kKindNames{{
     {LibraryFindingKind::kFolderCycle, "folder-cycle"},
     {LibraryFindingKind::kGalleryIdTwice, "gallery-id-twice"},
     {LibraryFindingKind::kBadGuid, "bad-guid"},
+    {LibraryFindingKind::kBadRowNumber, "bad-row-number"},
+    {LibraryFindingKind::kWriteAheadLog, "write-ahead-log"},
 }};
 
 // A GUID as text; other values as text, or by their length when they are no text.
@@ -64,9 +68,53 @@ class Examination {
 public:
     Examination(CppSQLite3DB& db, std::vector<LibraryFinding>& findings) : m_db(db), m_findings(findings) {}
 
-    // False when the file is no database or cannot be read.
+    // False when the file is no database. Throws when it cannot be read for a reason that lies outside of it.
     bool Run() {
-        if (!ReadTableNames()) return m_isDatabase;
+        if (m_db.usesWriteAheadLog()) {
+            AddAlone(LibraryFindingKind::kWriteAheadLog,
+                     "The file writes ahead to a log, which no library does; it was not looked at.");
+            return true;
+        }
+        try {
+            return Examine();
+        } catch (const CppSQLite3Exception&) {
+            if (m_db.lastExtendedError() != sqlite::kReadOnlyRollback) throw;
+        }
+        AddAlone(LibraryFindingKind::kNeedsRecovery,
+                 "A write was cut off; the file needs recovery, which the next start of the library does.");
+        return true;
+    }
+
+private:
+    using Parents = std::map<std::int64_t, std::int64_t>;
+
+    void Add(LibraryFindingKind kind, std::string row, std::string sentence) {
+        m_findings.push_back({kind, std::move(row), std::move(sentence)});
+    }
+
+    bool Has(const char* table) const { return m_tables.count(table) != 0; }
+
+    // For what makes every other finding worthless.
+    void AddAlone(LibraryFindingKind kind, std::string sentence) {
+        m_findings.clear();
+        Add(kind, "", std::move(sentence));
+    }
+
+    bool Examine() {
+        try {
+            for (CppSQLite3Query query = m_db.execQuery(check::kTableNames); !query.eof(); query.nextRow()) {
+                m_tables.insert(query.getStringField(0));
+            }
+        } catch (const CppSQLite3Exception& error) {
+            if (error.errorCode() == sqlite::kNotADatabase) return false;
+            AddDamage("", "The file", error);
+            return true;
+        }
+        ExamineTables();
+        return true;
+    }
+
+    void ExamineTables() {
         CheckFile();
         CheckLibrary();
         for (const check::Rule& rule : check::kItemRules) Apply(rule);
@@ -75,48 +123,24 @@ public:
         CheckFolderCycles();
         Apply(check::kGalleryIdTwice);
         for (const check::GuidColumn& guids : check::kGuidColumns) CheckGuids(guids);
-        return true;
+        for (const check::Rule& rule : check::kRowNumberRules) Apply(rule);
     }
 
-private:
-    void Add(LibraryFindingKind kind, std::string row, std::string sentence) {
-        m_findings.push_back({kind, std::move(row), std::move(sentence)});
+    // Inside a handler. Only what lies in the file itself is damage; anything else ends the examination.
+    void AddDamage(const char* table, const char* what, const CppSQLite3Exception& error) {
+        const int code = error.errorCode();
+        if (code != sqlite::kCorrupt && code != sqlite::kNotADatabase && code != sqlite::kError) throw;
+        Add(LibraryFindingKind::kDamagedFile, table,
+            fmt::format("{} cannot be read to its end: {}.", what, error.errorMessage()));
     }
 
-    bool Has(const char* table) const { return m_tables.count(table) != 0; }
-
-    // The first look at the file; what stops it says what the file is.
-    bool ReadTableNames() {
-        try {
-            for (CppSQLite3Query query = m_db.execQuery(check::kTableNames); !query.eof(); query.nextRow()) {
-                m_tables.insert(query.getStringField(0));
-            }
-            return true;
-        } catch (const CppSQLite3Exception& error) {
-            m_isDatabase = Explain(error);
-            return false;
-        }
-    }
-
-    bool Explain(const CppSQLite3Exception& error) {
-        if (m_db.lastExtendedError() == sqlite::kReadOnlyRollback) {
-            Add(LibraryFindingKind::kNeedsRecovery, "",
-                "A write was cut off; the file needs recovery, which the next start of the library does.");
-            return true;
-        }
-        if (error.errorCode() != sqlite::kCorrupt && error.errorCode() != sqlite::kError) return false;
-        Add(LibraryFindingKind::kDamagedFile, "", fmt::format("The file cannot be read: {}.", error.errorMessage()));
-        return true;
-    }
-
-    // Rows up to the first error; that one is a finding, and the examination goes on.
+    // Rows up to the first error; where that one is damage, it is a finding, and the examination goes on.
     template <typename Look>
     void ForEachRow(const char* table, const char* sql, Look&& look) {
         try {
             for (CppSQLite3Query query = m_db.execQuery(sql); !query.eof(); query.nextRow()) look(query);
         } catch (const CppSQLite3Exception& error) {
-            Add(LibraryFindingKind::kDamagedFile, table,
-                fmt::format("{} cannot be read to its end: {}.", table, error.errorMessage()));
+            AddDamage(table, table, error);
         }
     }
 
@@ -160,22 +184,22 @@ private:
     // walk closes a cycle, which is so reported once.
     void CheckFolderCycles() {
         if (!Has("FOLDER_TABLE")) return;
-        std::map<int, int> parents;
+        Parents parents;
         ForEachRow("FOLDER_TABLE", check::kParents, [&](const CppSQLite3Query& query) {
-            parents[query.getIntField(0)] = query.getIntField(1, kNoFolder);
+            parents[query.getInt64Field(0)] = query.getInt64Field(1, kNoFolder);
         });
-        std::map<int, int> walks;
+        std::map<std::int64_t, std::int64_t> walks;
         for (const auto& [start, unused] : parents) {
-            int folder = start;
+            std::int64_t folder = start;
             while (parents.count(folder) != 0 && walks.emplace(folder, start).second) folder = parents[folder];
             const auto met = walks.find(folder);
             if (met != walks.end() && met->second == start) AddCycle(parents, folder);
         }
     }
 
-    void AddCycle(const std::map<int, int>& parents, int folder) {
+    void AddCycle(const Parents& parents, std::int64_t folder) {
         int count = 1;
-        for (int next = parents.at(folder); next != folder; next = parents.at(next)) ++count;
+        for (std::int64_t next = parents.at(folder); next != folder; next = parents.at(next)) ++count;
         Add(LibraryFindingKind::kFolderCycle, std::to_string(folder),
             fmt::format("Following the parents of folder {} comes back to it after {} steps.", folder, count));
     }
@@ -192,7 +216,6 @@ private:
     CppSQLite3DB& m_db;
     std::vector<LibraryFinding>& m_findings;
     std::set<std::string, std::less<>> m_tables;
-    bool m_isDatabase = true;
 };
 
 }  // namespace
@@ -210,8 +233,14 @@ int fnCheckLibrary(const char* path, std::vector<qfc::LibraryFinding>& findings)
     try {
         CppSQLite3DB db;
         db.openReadOnly(path);
-        return qfc::Examination(db, findings).Run() ? 1 : 0;
+        std::vector<qfc::LibraryFinding> found;
+        if (!qfc::Examination(db, found).Run()) return 0;
+        findings.reserve(findings.size() + found.size());
+        std::move(found.begin(), found.end(), std::back_inserter(findings));
+        return 1;
     } catch (const CppSQLite3Exception&) {
+        return 0;
+    } catch (const std::bad_alloc&) {
         return 0;
     }
 }

@@ -50,6 +50,30 @@ inline constexpr Rule kGalleryIdTwice{
     "select GALLERY_FOLDER_ID, count(*) from GALLERY_TABLE group by GALLERY_FOLDER_ID having count(*) > 1",
     "The gallery id {0} is stored {1} times; only the first tree is ever seen."};
 
+// Row numbers that 32 bits do not hold, or that are none: no reader follows them. The keys of folders, and what points
+// at them.
+inline constexpr std::array<Rule, 4> kRowNumberRules{{
+    {LibraryFindingKind::kBadRowNumber,
+     {"FOLDER_TABLE", "FOLDER_TABLE"},
+     "select ID, FOLDER_NAME from FOLDER_TABLE where ID not between -2147483648 and 2147483647",
+     "The number of the folder {0} (\"{1}\") is out of range."},
+    {LibraryFindingKind::kBadRowNumber,
+     {"FOLDER_TABLE", "FOLDER_TABLE"},
+     "select ID, PARENT_ID from FOLDER_TABLE where PARENT_ID is not null and (typeof(PARENT_ID) <> 'integer'"
+     " or PARENT_ID not between -2147483648 and 2147483647)",
+     "The parent of folder {0} is no folder number: {1}."},
+    {LibraryFindingKind::kBadRowNumber,
+     {"GALLERY_TABLE", "GALLERY_TABLE"},
+     "select GALLERY_FOLDER_ID, GALLERY_ID from GALLERY_TABLE where GALLERY_ID is not null and"
+     " (typeof(GALLERY_ID) <> 'integer' or GALLERY_ID not between -2147483648 and 2147483647)",
+     "The root of gallery {0} is no folder number: {1}."},
+    {LibraryFindingKind::kBadRowNumber,
+     {"RELATION_TABLE", "RELATION_TABLE"},
+     "select ITEM_ID, PARENT_ID from RELATION_TABLE where typeof(PARENT_ID) <> 'integer'"
+     " or PARENT_ID not between -2147483648 and 2147483647",
+     "The item {0} is placed in what is no folder number: {1}."},
+}};
+
 // Columns that hold GUIDs are untyped. Each text selects the row's number and the value that is no GUID.
 struct GuidColumn {
     const char* table;

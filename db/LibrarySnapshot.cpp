@@ -6,6 +6,7 @@
 #include "platform/os/GuidSource.h"
 
 #include <filesystem>
+#include <new>
 #include <string>
 #include <system_error>
 
@@ -16,10 +17,25 @@ bool IsSameFile(const std::string& one, const std::string& other) {
     return std::filesystem::equivalent(one, other, ignored);
 }
 
-void Remove(const std::string& path) {
-    std::error_code ignored;
-    std::filesystem::remove(path, ignored);
-}
+// The copy under its temporary name. What is left of it goes with the object.
+class Temporary {
+public:
+    explicit Temporary(const std::string& path) : m_path(path), m_file(path), m_journal(path + "-journal") {}
+    ~Temporary() {
+        std::error_code ignored;
+        std::filesystem::remove(m_file, ignored);
+        std::filesystem::remove(m_journal, ignored);
+    }
+    Temporary(const Temporary&) = delete;
+    Temporary& operator=(const Temporary&) = delete;
+
+    const std::string& Path() const { return m_path; }
+
+private:
+    std::string m_path;
+    std::filesystem::path m_file;
+    std::filesystem::path m_journal;
+};
 
 std::string TemporaryNameBeside(const std::string& target) {
     GUID unique{};
@@ -29,24 +45,29 @@ std::string TemporaryNameBeside(const std::string& target) {
 
 // The target's last page is synced by SQLite before it reports success.
 bool BackUp(const char* source, const std::string& target) {
-    try {
-        CppSQLite3DB db;
-        db.openReadOnly(source);
-        return db.backupTo(target.c_str()) == qfc::sqlite::kOk;
-    } catch (const CppSQLite3Exception&) {
-        return false;
-    }
+    CppSQLite3DB db;
+    db.openReadOnly(source);
+    // Reading it would leave files beside the source.
+    if (db.usesWriteAheadLog()) return false;
+    return db.backupTo(target.c_str()) == qfc::sqlite::kOk;
+}
+
+bool Snapshot(const char* source, const char* target) {
+    const std::string nativeTarget = qfc::NativePath(target);
+    if (IsSameFile(qfc::NativePath(source), nativeTarget)) return false;
+    const Temporary copy(TemporaryNameBeside(nativeTarget));
+    return BackUp(source, copy.Path()) && qfc::RenameDurably(copy.Path(), nativeTarget);
 }
 
 }  // namespace
 
 int fnSnapshotLibrary(const char* source, const char* target) {
     if (source == nullptr || target == nullptr || *target == '\0') return 0;
-    const std::string nativeTarget = qfc::NativePath(target);
-    if (IsSameFile(qfc::NativePath(source), nativeTarget)) return 0;
-    const std::string temporary = TemporaryNameBeside(nativeTarget);
-    if (BackUp(source, temporary) && qfc::RenameDurably(temporary, nativeTarget)) return 1;
-    Remove(temporary);
-    Remove(temporary + "-journal");
-    return 0;
+    try {
+        return Snapshot(source, target) ? 1 : 0;
+    } catch (const CppSQLite3Exception&) {
+        return 0;
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
 }

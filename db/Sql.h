@@ -100,6 +100,9 @@ inline constexpr char kProbeOddCacheKinds[] =
     " or exists (select 1 from CACHE_DATA_TABLE where CACHE_DATA_TYPE > 0 and CACHE_DATA_TYPE < 1)"
     " or exists (select 1 from CACHE_DATA_TABLE where CACHE_DATA_TYPE > 1 and CACHE_DATA_TYPE < 2)"
     " or exists (select 1 from CACHE_DATA_TABLE where CACHE_DATA_TYPE > 2)";
+// kind
+inline constexpr char kQueryCacheSizes[] =
+    "Select ITEM_ID, COMPRESSED_SIZE from CACHE_DATA_TABLE where CACHE_DATA_TYPE = ?";
 // item GUID
 inline constexpr char kDeleteKnownCacheKinds[] =
     "Delete from CACHE_DATA_TABLE where CACHE_DATA_TYPE in (0, 1, 2) AND ITEM_ID = ?";

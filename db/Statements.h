@@ -6,6 +6,7 @@
 
 #include <climits>
 #include <cstddef>
+#include <new>
 #include <span>
 
 // The bodies of the one statement pattern of DBToolsInternal, for its own sources.
@@ -37,7 +38,7 @@ CppSQLite3Statement Compile(CppSQLite3DB& db, const char* sql, const Values&... 
 }  // namespace qfc::statement
 
 // Runs the work, once more when the schema changed under it (another process made a table), and answers whether it
-// went through without an exception of the access layer.
+// went through without an exception of the access layer and without running out of memory.
 template <typename Work>
 bool DBToolsInternal::Attempt(Work&& work) {
     if (!HasConnection()) return false;
@@ -48,6 +49,9 @@ bool DBToolsInternal::Attempt(Work&& work) {
         } catch (const CppSQLite3Exception& error) {
             m_nErrorCode = error.errorCode();
             if (bRetried || m_nErrorCode != qfc::sqlite::kSchema) return false;
+        } catch (const std::bad_alloc&) {
+            m_nErrorCode = qfc::sqlite::kNoMem;
+            return false;
         }
     }
 }

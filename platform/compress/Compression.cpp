@@ -1,5 +1,6 @@
 #include "platform/compress/Compression.h"
 
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -51,9 +52,18 @@ int ZstdDecompress(unsigned sourceLength, const void* source, unsigned* destinat
                   destinationLength);
 }
 
+// A frame announces its size, and spends at least four bytes on each block of 128 KB.
+bool ZstdCanUnpackTo(unsigned sourceLength, const void* source, std::uint64_t size) {
+    constexpr std::uint64_t kBlockSize = 131072;
+    constexpr std::uint64_t kSmallestBlock = 4;
+    const unsigned long long announced = ZSTD_getFrameContentSize(source, sourceLength);
+    if (announced == ZSTD_CONTENTSIZE_UNKNOWN || announced == ZSTD_CONTENTSIZE_ERROR || announced != size) return false;
+    return size / kBlockSize * kSmallestBlock <= sourceLength;
+}
+
 struct BindingSlot {
     std::mutex mutex;
-    CompressionBinding binding{&ZstdCompress, &ZstdDecompress};
+    CompressionBinding binding{&ZstdCompress, &ZstdDecompress, &ZstdCanUnpackTo};
 };
 
 BindingSlot& TheSlot() {
@@ -86,10 +96,11 @@ CompressionBinding SetCompressionBinding(CompressionBinding binding) {
     return std::exchange(slot.binding, binding);
 }
 
-std::optional<std::uint64_t> AnnouncedSize(std::span<const std::byte> compressed) {
-    const unsigned long long size = ZSTD_getFrameContentSize(compressed.data(), compressed.size());
-    if (size == ZSTD_CONTENTSIZE_UNKNOWN || size == ZSTD_CONTENTSIZE_ERROR) return std::nullopt;
-    return size;
+bool CanUnpackTo(std::span<const std::byte> compressed, std::uint64_t size) {
+    const auto canUnpackTo = CurrentBinding().canUnpackTo;
+    const bool isAddressable = compressed.size() <= std::numeric_limits<unsigned>::max();
+    if (canUnpackTo == nullptr || !isAddressable) return isAddressable;
+    return canUnpackTo(static_cast<unsigned>(compressed.size()), compressed.data(), size);
 }
 
 }  // namespace qfc

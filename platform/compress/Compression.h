@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <span>
 
 namespace qfc {
@@ -11,10 +10,12 @@ inline constexpr int kCompressionSucceeded = 1;
 inline constexpr int kCompressionMissing = 1154;
 
 // The compressor as two functions: source length, source, capacity in and length out, destination; 1 on success. They
-// may be called from any thread at once. An entry may be null.
+// may be called from any thread at once. An entry may be null. The third says whether compressed bytes can be what the
+// compressor made of `size` bytes, judged from their header alone; without it every size is taken for possible.
 struct CompressionBinding {
     int (*compress)(unsigned sourceLength, const void* source, unsigned* destinationLength, void* destination);
     int (*decompress)(unsigned sourceLength, const void* source, unsigned* destinationLength, void* destination);
+    bool (*canUnpackTo)(unsigned sourceLength, const void* source, std::uint64_t size) = nullptr;
 };
 
 // Call the binding in force. 1 on success, kCompressionMissing when it has no such entry, another number otherwise: the
@@ -25,8 +26,7 @@ int Decompress(unsigned sourceLength, const void* source, unsigned* destinationL
 // Replaces the binding (zstd at first) and returns the one before. Calls under way finish with the old one.
 CompressionBinding SetCompressionBinding(CompressionBinding binding);
 
-// The size that compressed bytes claim to unpack to, read from their header alone; empty when they name none. Lets a
-// reader refuse a lying row before it allocates.
-std::optional<std::uint64_t> AnnouncedSize(std::span<const std::byte> compressed);
+// Asks the binding in force. Lets a reader refuse a lying row before it takes memory for it.
+bool CanUnpackTo(std::span<const std::byte> compressed, std::uint64_t size);
 
 }  // namespace qfc

@@ -37,10 +37,11 @@ QFCLIB_API std::string NativePath(const char* path);
 
 // Copies to a temporary name beside the target, syncs, renames, syncs the folder: a crash leaves the old target or the
 // new one. Without `replace` a target that exists, were it made this moment by another process, fails the copy. False
-// leaves no trace.
+// leaves no trace, unless only the last sync failed: then the copy is there, but not known to outlive a power cut.
 bool CopyFileDurably(const std::string& source, const std::string& target, bool replace = true);
 
-// Renames over `target` and syncs the folder.
+// Renames over `target` and syncs the folder. False: not known to be durable; either nothing was renamed, or the sync
+// failed behind the rename.
 bool RenameDurably(const std::string& from, const std::string& to);
 
 // Makes the folder and those above it that are missing; true when it is there afterwards.

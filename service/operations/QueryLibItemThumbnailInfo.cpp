@@ -12,8 +12,15 @@ LibraryOperation_QueryLibItemThumbnailInfo::LibraryOperation_QueryLibItemThumbna
     : m_pDBTools(pDBTools) {}
 
 int LibraryOperation_QueryLibItemThumbnailInfo::execute() {
+    if (m_pDBTools == nullptr) return 0;
+    // The rows as given hold the bitmap caches of the whole library at once.
+    std::vector<qfc::PayloadSize> sizes;
+    if (m_pDBTools->QueryCacheSizes(qfc::kBitmapCache, sizes)) {
+        for (const qfc::PayloadSize& size : sizes) Append(size);
+        return 1;
+    }
     CppSQLite3Query rows;
-    if (m_pDBTools == nullptr || !m_pDBTools->QueryCacheDataByType(qfc::kBitmapCache, rows)) return 0;
+    if (!m_pDBTools->QueryCacheDataByType(qfc::kBitmapCache, rows)) return 0;
     for (; !rows.eof(); rows.nextRow()) Append(rows);
     return 1;
 }
@@ -23,14 +30,16 @@ void LibraryOperation_QueryLibItemThumbnailInfo::Append(const CppSQLite3Query& r
     int nLength = 0;
     const unsigned char* const pId = row.getBlobField("ITEM_ID", nLength);
     const std::optional<GUID> guid = qfc::GuidFromBytes(pId, static_cast<std::size_t>(nLength));
-    if (!guid) return;
+    if (guid) Append({*guid, row.getIntField("COMPRESSED_SIZE")});
+}
 
+void LibraryOperation_QueryLibItemThumbnailInfo::Append(const qfc::PayloadSize& size) {
     _DS_LibItemTunmbnailInfo_ info;
-    info.guidItem = *guid;
-    info.nCompressedSize = row.getIntField("COMPRESSED_SIZE");
+    info.guidItem = size.itemId;
+    info.nCompressedSize = size.compressedSize;
 
     CQItem item;
-    item.SetUniqueID(*guid);
+    item.SetUniqueID(size.itemId);
     item.fnSetDbTools(m_pDBTools);
     item.LoadCacheDataFromDb(static_cast<DWORD>(qfc::kBitmapCache));
     info.sizeBitmapCache = item.GetBitmapCacheSize();

@@ -8,6 +8,10 @@
 class CppSQLite3Query;
 class DBTools;
 
+namespace qfc {
+struct PayloadSize;
+}
+
 // Gathers one row for each stored bitmap cache.
 class LibraryOperation_QueryLibItemThumbnailInfo : public LibraryOperation {
 public:
@@ -20,6 +24,7 @@ public:
 
 private:
     void Append(const CppSQLite3Query& row);
+    void Append(const qfc::PayloadSize& size);
 
     std::vector<_DS_LibItemTunmbnailInfo_> m_thumbnails;
     DBTools* m_pDBTools;

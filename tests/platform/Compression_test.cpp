@@ -32,7 +32,9 @@ int Unpack(const std::string& compressed, std::string& raw) {
     return result;
 }
 
-auto Announced(const std::string& bytes) { return qfc::AnnouncedSize(std::as_bytes(std::span(bytes))); }
+bool CanUnpackTo(const std::string& bytes, std::uint64_t size) {
+    return qfc::CanUnpackTo(std::as_bytes(std::span(bytes)), size);
+}
 
 TEST(Compression, GivesBackWhatWentIn) {
     for (const std::size_t size : {1, 100, 65535, 65536, 65537, 131072}) {
@@ -83,18 +85,35 @@ TEST(Compression, MissingBuffersFail) {
     EXPECT_NE(qfc::Decompress(1, nullptr, &length, &byte), 1);
 }
 
-TEST(Compression, AnnouncedSizeIsReadFromTheHeaderAlone) {
+TEST(Compression, SizeIsJudgedFromTheHeaderAlone) {
     const std::string compressed = Compressed(Sample(5000));
-    EXPECT_EQ(Announced(compressed), 5000u);
-    EXPECT_EQ(Announced(compressed.substr(0, 18)), 5000u);
-    EXPECT_EQ(Announced("this was never compressed"), std::nullopt);
-    EXPECT_EQ(Announced(""), std::nullopt);
+    EXPECT_TRUE(CanUnpackTo(compressed, 5000));
+    EXPECT_TRUE(CanUnpackTo(compressed.substr(0, 18), 5000));
+    EXPECT_FALSE(CanUnpackTo(compressed, 4999));
+    EXPECT_FALSE(CanUnpackTo("this was never compressed", 5000));
+    EXPECT_FALSE(CanUnpackTo("", 0));
+}
+
+// A frame of twelve bytes: magic, a single segment with four bytes of size, the header of an empty last block.
+TEST(Compression, SizeThatSoFewBytesCannotHoldIsRefused) {
+    const std::string frame("\x28\xB5\x2F\xFD\xA0\xFF\xFF\xFF\x7F\x01\0\0", 12);
+    EXPECT_FALSE(CanUnpackTo(frame, 2147483647));
+    const std::string zeros = Compressed(std::string(100'000'000, '\0'));
+    EXPECT_TRUE(CanUnpackTo(zeros, 100'000'000));
 }
 
 struct ReplacedBinding : testing::Test {
     ~ReplacedBinding() override { qfc::SetCompressionBinding(before); }
-    qfc::CompressionBinding before = qfc::SetCompressionBinding({nullptr, nullptr});
+    qfc::CompressionBinding before = qfc::SetCompressionBinding({nullptr, nullptr, nullptr});
 };
+
+TEST_F(ReplacedBinding, SizesAreJudgedByTheBindingInForce) {
+    EXPECT_TRUE(CanUnpackTo("no frame of anything", 7));
+    qfc::SetCompressionBinding(
+        {nullptr, nullptr, [](unsigned length, const void*, std::uint64_t size) { return size == length + 1u; }});
+    EXPECT_TRUE(CanUnpackTo("four", 5));
+    EXPECT_FALSE(CanUnpackTo("four", 6));
+}
 
 TEST_F(ReplacedBinding, MissingEntriesGive1154) {
     unsigned length = 1;
