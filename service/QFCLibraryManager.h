@@ -50,7 +50,8 @@ public:
     // --- Service ---------------------------------------------------------------------------------------------------
     // Opens the database, seeding it from the template of the host folder when it is missing, and starts the worker.
     // 0 when it runs already, when the data folder does not fit the 260 bytes of the path buffer, when the database
-    // cannot be opened, or while another thread starts or stops the service.
+    // cannot be opened or the worker not be made, or while another thread starts or stops the service. A start that
+    // fails leaves what is queued as it was.
     static int fnStartService();
     // Runs the synchronous operations still queued, drops the asynchronous ones (no callback, no signal), closes the
     // database. 0 when the service does not run, and from inside a callback. Galleries loaded from the service database
@@ -96,6 +97,8 @@ public:
     // folder holds, otherwise it stays the caller's.
     static int fnAddItem(ULONGLONG hGallery, std::vector<CString> folderPaths, CQItem* pItem);
     // 1 once queued, whatever becomes of it. The item is borrowed until its callback, or until the service has stopped.
+    // An add queued while the service is stopped, or behind what a stop drops, stays queued and runs after the next
+    // start; the item and the gallery must live until then.
     static int fnAddItemAsync(ULONGLONG hGallery, std::vector<CString> folderPaths, CQItem* pItem, int nPriority);
     // Mode 0 removes the items from every folder that holds them, another mode from this folder only.
     // Kept: the result is always 0.
@@ -151,8 +154,7 @@ private:
     static bool IsWorkerThread();
 
     void SeedDatabase(const CString& strPath);
-    bool OpenDatabase(const CString& strPath);
-    bool StartWorker();
+    void PublishDatabase(std::unique_ptr<DBTools> pDBTools);
     void CloseDatabase();
 
     // Written by start and stop under m_databaseGate, except the flag, which any thread may look at.

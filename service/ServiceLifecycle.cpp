@@ -7,6 +7,8 @@
 #include "service/QFCLibraryManager.h"
 
 #include <array>
+#include <memory>
+#include <utility>
 
 namespace {
 
@@ -20,10 +22,9 @@ CString TemplatePath() {
 
 CString AnswerDatabasePath() {
     std::array<char, MAX_PATH> folder{};
-    if (!GetAppDataFolder(folder.data(), MAX_PATH, 0, 1)) return {};
+    if (!qfc::FreezePlaces(folder.data(), MAX_PATH)) return {};
     CString strPath;
     strPath.Format("%s%s", folder.data(), kDatabaseName);
-    qfc::FreezePlaces();
     return strPath;
 }
 
@@ -45,35 +46,34 @@ int QFCLibraryManager::fnDoStartService() {
     const CString strPath = GetDatabasePath();
     if (strPath.IsEmpty()) return 0;
     if (!PathFileExistsA(strPath)) SeedDatabase(strPath);
-    if (!OpenDatabase(strPath)) return 0;
+    bool bOpened = true;
+    auto pDBTools = std::make_unique<DBTools>(strPath, bOpened);
+    if (!bOpened) return 0;
+    // Made before anything is seen of the start: one that fails here leaves the queues, and who waits in them, alone.
+    auto pWorker = std::make_unique<qfc::WorkerThread>(&fnThreadExecuteLibraryOperation, this);
+    if (!pWorker->IsCreated()) return 0;
+    PublishDatabase(std::move(pDBTools));
     m_nRunning = 1;
-    if (StartWorker()) return 1;
-    m_nRunning = 0;
-    CloseDatabase();
-    return 0;
+    m_pWorker = pWorker.release();
+    m_pWorker->Resume();
+    return 1;
 }
 
 // Whatever goes wrong is ignored: the database then starts empty. Another process may have made the file since it was
 // looked for; its library is not to be replaced.
-void QFCLibraryManager::SeedDatabase(const CString& strPath) { CopyFileA(TemplatePath(), strPath, 1); }
+void QFCLibraryManager::SeedDatabase(const CString& strPath) {
+    const CString strTemplate = TemplatePath();
+    if (!PathFileExistsA(strTemplate)) return;
+    // What a lost library left behind would be taken for the unfinished business of the seed.
+    for (const char* pszJournal : {"-journal", "-wal"}) DeleteFileA(strPath + pszJournal);
+    CopyFileA(strTemplate, strPath, 1);
+}
 
-bool QFCLibraryManager::OpenDatabase(const CString& strPath) {
-    bool bOpened = true;
-    auto pDBTools = std::make_unique<DBTools>(strPath, bOpened);
-    if (!bOpened) return false;
+void QFCLibraryManager::PublishDatabase(std::unique_ptr<DBTools> pDBTools) {
     const std::scoped_lock gate(m_databaseGate);
     m_pDBTools = pDBTools.release();
     qfc::SetCurrentDBTools(m_pDBTools);
     m_pDBTools->AddFolderOrderIndexColumn();
-    return true;
-}
-
-bool QFCLibraryManager::StartWorker() {
-    auto pWorker = std::make_unique<qfc::WorkerThread>(&fnThreadExecuteLibraryOperation, this);
-    if (!pWorker->IsCreated()) return false;
-    m_pWorker = pWorker.release();
-    m_pWorker->Resume();
-    return true;
 }
 
 int QFCLibraryManager::fnDoStopService() {

@@ -17,12 +17,12 @@ namespace qfc {
 
 std::string HostFolder();
 
-// Each returns false, and changes nothing, once FreezePlaces was called or for an empty path. A relative path counts
+// Each returns false, and changes nothing, once FreezePlaces has answered or for an empty path. A relative path counts
 // from the working folder of this moment.
 QFCLIB_API bool SetDataFolder(const char* path);
 QFCLIB_API bool SetHostFolder(const char* path);
 
-// Called when the path of the library has been answered: from then on it may not move.
-void FreezePlaces();
+// GetAppDataFolder for the path of the library: when it answers 1, both folders stay where they are from then on.
+int FreezePlaces(char* buffer, int size);
 
 }  // namespace qfc

@@ -67,9 +67,8 @@ std::string ExecutableFolder() {
     return error ? "./" : AsFolder(executable.parent_path().string());
 }
 
-std::string DataFolder() {
-    Places& places = ThePlaces();
-    const std::lock_guard lock(places.mutex);
+// Called with the places locked.
+std::string DataFolder(const Places& places) {
     if (!places.dataFolder.empty()) return places.dataFolder;
     const std::string chosen = FromEnvironment("QFCLIB_DATA_DIR");
     return chosen.empty() ? DefaultDataFolder() : AbsoluteFolder(chosen);
@@ -83,6 +82,25 @@ bool SetFolder(std::string Places::*folder, const char* path) {
     if (places.frozen || absolute.empty()) return false;
     places.*folder = absolute;
     return true;
+}
+
+// Reading and freezing are one step: no host can move the folder in between. What does not fit freezes nothing.
+int AnswerDataFolder(char* buffer, int size, bool freeze) {
+    std::string native;
+    {
+        Places& places = ThePlaces();
+        const std::lock_guard lock(places.mutex);
+        native = DataFolder(places);
+        const std::string folder = Utf8ToAnsi(native);
+        if (buffer == nullptr || size < 0 || folder.size() >= static_cast<std::size_t>(size)) {
+            SetLastError(ERROR_INSUFFICIENT_BUFFER);
+            return 0;
+        }
+        if (freeze) places.frozen = true;
+        std::memcpy(buffer, folder.c_str(), folder.size() + 1);
+    }
+    MakeFolders(native);
+    return 1;
 }
 
 }  // namespace
@@ -99,22 +117,8 @@ bool SetDataFolder(const char* path) { return SetFolder(&Places::dataFolder, pat
 
 bool SetHostFolder(const char* path) { return SetFolder(&Places::hostFolder, path); }
 
-void FreezePlaces() {
-    Places& places = ThePlaces();
-    const std::lock_guard lock(places.mutex);
-    places.frozen = true;
-}
+int FreezePlaces(char* buffer, int size) { return AnswerDataFolder(buffer, size, true); }
 
 }  // namespace qfc
 
-int GetAppDataFolder(char* buffer, int size, int, int) {
-    const std::string native = qfc::DataFolder();
-    const std::string folder = qfc::Utf8ToAnsi(native);
-    if (buffer == nullptr || size < 0 || folder.size() >= static_cast<std::size_t>(size)) {
-        SetLastError(ERROR_INSUFFICIENT_BUFFER);
-        return 0;
-    }
-    qfc::MakeFolders(native);
-    std::memcpy(buffer, folder.c_str(), folder.size() + 1);
-    return 1;
-}
+int GetAppDataFolder(char* buffer, int size, int, int) { return qfc::AnswerDataFolder(buffer, size, false); }

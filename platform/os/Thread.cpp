@@ -5,6 +5,7 @@
 
 #include <condition_variable>
 #include <mutex>
+#include <new>
 #include <system_error>
 #include <thread>
 
@@ -12,6 +13,13 @@ namespace qfc {
 
 struct WorkerThread::State {
     enum class Gate { Closed, Open, Cancelled };
+
+    State() = default;
+    ~State() {
+        if (handle != nullptr) CloseHandle(handle);
+    }
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
 
     // The outcome of the gate: true to run the procedure.
     bool AwaitGate() {
@@ -37,18 +45,21 @@ struct WorkerThread::State {
     std::thread thread;
 };
 
+// Everything that can fail for want of memory comes before the thread: once it is started nothing may fail any more.
 WorkerThread::WorkerThread(Procedure procedure, void* argument) {
     if (procedure == nullptr) return;
     try {
         auto state = std::make_unique<State>();
+        state->handle = OpenHandle(state->ended);
         state->thread = std::thread([procedure, argument, state = state.get()] {
             if (state->AwaitGate()) procedure(argument);
             AbandonOwnedMutexes();
             state->ended->Set();
         });
         m_state = std::move(state);
-        m_state->handle = OpenHandle(m_state->ended);
     } catch (const std::system_error&) {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    } catch (const std::bad_alloc&) {
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     }
 }
@@ -57,7 +68,6 @@ WorkerThread::~WorkerThread() {
     if (m_state == nullptr) return;
     m_state->MoveGate(State::Gate::Cancelled);
     m_state->thread.join();
-    CloseHandle(m_state->handle);
 }
 
 bool WorkerThread::IsCreated() const { return m_state != nullptr; }

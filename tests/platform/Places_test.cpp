@@ -80,11 +80,22 @@ TEST_F(Places, HostFolderCanBeChosen) {
 TEST_F(Places, NothingMovesOnceFrozen) {
     ASSERT_TRUE(qfc::SetDataFolder((folder / "first").c_str()));
     ASSERT_TRUE(qfc::SetHostFolder("/opt/first"));
-    qfc::FreezePlaces();
+    char answer[260] = "";
+    ASSERT_EQ(qfc::FreezePlaces(answer, sizeof answer), 1);
+    EXPECT_EQ(answer, folder / "first/");
     EXPECT_FALSE(qfc::SetDataFolder((folder / "second").c_str()));
     EXPECT_FALSE(qfc::SetHostFolder("/opt/second"));
     EXPECT_EQ(DataFolder(), folder / "first/");
     EXPECT_EQ(qfc::HostFolder(), "/opt/first/");
+}
+
+TEST_F(Places, AnAnswerThatDoesNotFit_FreezesNothing) {
+    ASSERT_TRUE(qfc::SetDataFolder((folder / "first").c_str()));
+    char small[4] = "";
+    EXPECT_EQ(qfc::FreezePlaces(small, sizeof small), 0);
+    EXPECT_EQ(qfc::FreezePlaces(nullptr, 260), 0);
+    EXPECT_TRUE(qfc::SetDataFolder((folder / "second").c_str()));
+    EXPECT_EQ(DataFolder(), folder / "second/");
 }
 
 TEST_F(Places, EmptyPathsAreRefused) {

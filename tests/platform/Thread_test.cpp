@@ -1,6 +1,8 @@
 #include "platform/os/Thread.h"
 
+#include "platform/os/LastError.h"
 #include "platform/os/Sync.h"
+#include "tests/support/NoMoreThreads.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
@@ -92,6 +94,16 @@ TEST(WorkerThread, HasAbandonedItsMutexesWhenItsHandleIsSignalled) {
     EXPECT_EQ(WaitForSingleObject(mutex, 0), WAIT_ABANDONED);
     ReleaseMutex(mutex);
     CloseHandle(mutex);
+}
+
+TEST(WorkerThread, ThatTheSystemDoesNotGive_IsNotCreated) {
+    Work work;
+    const qfc::test::NoMoreThreads none;
+    qfc::WorkerThread thread(&Work::Count, &work);
+    EXPECT_EQ(GetLastError(), ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_FALSE(thread.IsCreated());
+    EXPECT_EQ(thread.Handle(), nullptr);
+    EXPECT_EQ(thread.Resume(), 0xFFFFFFFFu);
 }
 
 }  // namespace

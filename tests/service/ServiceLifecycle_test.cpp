@@ -1,6 +1,7 @@
 #include "db/CurrentDBTools.h"
 #include "platform/os/Sync.h"
 #include "tests/support/LibraryFixture.h"
+#include "tests/support/NoMoreThreads.h"
 #include "tests/support/RawDb.h"
 #include "tests/support/ServicePeer.h"
 
@@ -99,6 +100,23 @@ TEST_F(ServiceLifecycle, TheTemplateFolderIsFoundInLowerCaseToo) {
     EXPECT_EQ(CountRows("SEED where N = 42"), 1);
 }
 
+// The journal of a transaction that never ended, of a library that is gone.
+TEST_F(ServiceLifecycle, AJournalOfALostLibrary_IsNotRolledIntoTheSeed) {
+    MakeTemplate();
+    {
+        RawDb lost(Scratch() / "lost.db");
+        lost.Exec(
+            "create table SEED(N, FILL); with recursive C(I) as (select 1 union all select I + 1 from C limit 400)"
+            " insert into SEED select 1, randomblob(500) from C");
+        lost.Exec("pragma cache_size = 2; begin; update SEED set N = 2, FILL = randomblob(500)");
+        fs::copy_file(Scratch() / "lost.db-journal", DatabaseFile().string() + "-journal");
+        lost.Exec("rollback");
+    }
+    ASSERT_EQ(Start(), 1);
+    EXPECT_EQ(CountRows("SEED where N = 42"), 1);
+    EXPECT_EQ(RawDb(DatabaseFile()).Cell("pragma integrity_check"), "'ok'");
+}
+
 TEST_F(ServiceLifecycle, AnExistingLibrary_IsNotSeeded) {
     MakeTemplate();
     RawDb(DatabaseFile()).Exec("create table MINE(N)");
@@ -139,6 +157,31 @@ TEST_F(ServiceLifecycle, ALibraryThatCannotBeOpened_FailsTheStart) {
     EXPECT_EQ(Start(), 0);
     ExpectStopped();
     EXPECT_EQ(Stop(), 0);
+}
+
+TEST_F(ServiceLifecycle, WithoutAWorker_TheStartFailsAndLeavesNothingBehind) {
+    {
+        const qfc::test::NoMoreThreads none;
+        EXPECT_EQ(Start(), 0);
+    }
+    ExpectStopped();
+    EXPECT_EQ(qfc::CurrentDBTools(), nullptr);
+    EXPECT_EQ(Start(), 1);
+}
+
+TEST_F(ServiceLifecycle, AStartThatFails_LeavesWhatIsQueuedAsItWas) {
+    std::thread host([] { EXPECT_EQ(QFCLibraryManager::fnDeleteFolder(0), 0); });
+    while (ServicePeer::IsSyncEmpty() != 0) std::this_thread::yield();
+    {
+        const qfc::test::NoMoreThreads none;
+        EXPECT_EQ(Start(), 0);
+    }
+    WriteGarbage(DatabaseFile());
+    EXPECT_EQ(Start(), 0);
+    EXPECT_EQ(ServicePeer::IsSyncEmpty(), 0);
+    fs::remove(DatabaseFile());
+    EXPECT_EQ(Start(), 1);
+    host.join();
 }
 
 TEST_F(ServiceLifecycle, ALibraryOfBeforeFoldersHadAnOrder_IsMigrated) {
