@@ -13,6 +13,11 @@ CallbackRegistry& CallbackRegistry::operator=(const CallbackRegistry& other) {
     return *this;
 }
 
+std::shared_ptr<const CallbackRegistry::Callback> CallbackRegistry::Find(const CString& strName) const {
+    const auto found = m_callbacks.find(strName);
+    return found != m_callbacks.end() ? found->second : nullptr;
+}
+
 bool CallbackRegistry::Register(const CString& strName, Callback callback) {
     if (!callback) return false;
     m_callbacks.insert_or_assign(strName, std::make_shared<Callback>(std::move(callback)));

@@ -21,6 +21,8 @@ public:
     CallbackRegistry(const CallbackRegistry& other);
     CallbackRegistry& operator=(const CallbackRegistry& other);
 
+    // The function registered under the name, or null. Whoever holds it may let it die outside the lock.
+    std::shared_ptr<const Callback> Find(const CString& strName) const;
     // Replaces the function registered under the name. False for an empty function.
     bool Register(const CString& strName, Callback callback);
     // False when the name is unknown.

@@ -58,9 +58,11 @@ public:
     static QFCLibraryManager& Manager() { return QFCLibraryManager::GetInstance(); }
 
 private:
-    // The worker may not wait for itself: a synchronous call from inside a callback is refused.
+    // The worker may not wait for itself: a synchronous call from inside a callback is refused. So is one whose end
+    // nobody could wait for, before the worker can take it.
     static bool QueueSync(const std::shared_ptr<LibraryOperation>& pOperation) {
-        return !QFCLibraryManager::IsWorkerThread() && Manager().fnAddLibraryOperation(pOperation) != 0;
+        if (QFCLibraryManager::IsWorkerThread() || pOperation->Event() == nullptr) return false;
+        return Manager().fnAddLibraryOperation(pOperation) != 0;
     }
     static bool AwaitEvent(const LibraryOperation& operation) {
         return WaitForSingleObject(operation.Event(), INFINITE) == WAIT_OBJECT_0;

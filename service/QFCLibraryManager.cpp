@@ -53,12 +53,17 @@ int QFCLibraryManager::IsCurrentDBTools(const DBTools* pDBTools) { return qfc::I
 
 int QFCLibraryManager::fnDoRegister_QFCLibCallBack(const CString& strName,
                                                    std::function<int(QFCLibCallbackParam*)> fn) {
+    // Declared before the lock and so gone after it: what a callback holds may wait for the service when it dies.
+    std::shared_ptr<const qfc::CallbackRegistry::Callback> pFormer;
     const MutexLocker lock(m_hServiceMutex);
+    pFormer = m_callbacks.Find(strName);
     return m_callbacks.Register(strName, std::move(fn)) ? 1 : 0;
 }
 
 int QFCLibraryManager::fnDoUnRegister_QFCLibCallBack(const CString& strName) {
+    std::shared_ptr<const qfc::CallbackRegistry::Callback> pFormer;  // Dies after the lock, too.
     const MutexLocker lock(m_hServiceMutex);
+    pFormer = m_callbacks.Find(strName);
     return m_callbacks.Unregister(strName) ? 1 : 0;
 }
 

@@ -60,6 +60,19 @@ TEST_F(CallbackRegistryTest, UnregisteringAnUnknownName_IsRefused) {
     EXPECT_EQ(CallAll(), "");
 }
 
+TEST_F(CallbackRegistryTest, AFunctionThatIsHeld_OutlivesItsReplacementAndItsRemoval) {
+    EXPECT_EQ(m_registry.Find("name"), nullptr);
+    m_registry.Register("name", Note("first"));
+    const auto pFirst = m_registry.Find("name");
+    m_registry.Register("name", Note("second"));
+    const auto pSecond = m_registry.Find("name");
+    m_registry.Unregister("name");
+    EXPECT_EQ(m_registry.Find("name"), nullptr);
+    (*pFirst)(&m_param);
+    (*pSecond)(&m_param);
+    EXPECT_EQ(m_called, "firstsecond");
+}
+
 TEST_F(CallbackRegistryTest, EveryFunctionGetsTheSameRecord) {
     std::vector<QFCLibCallbackParam*> seen;
     for (const char* name : {"a", "b"}) {

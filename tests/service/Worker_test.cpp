@@ -10,6 +10,7 @@
 #include <ostream>
 #include <stdexcept>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -266,6 +267,48 @@ TEST_F(Worker, ACallbackMayRegisterUnregisterAndQueue) {
     AwaitEndOfPasses();
     AwaitEndOfPasses();  // What the callback queued.
     EXPECT_EQ(called, "early new new ");
+}
+
+// Dies with the callback that holds it, and tells whether another thread could have had the service then.
+class LastWords {
+public:
+    explicit LastWords(std::vector<DWORD>& waits) : m_waits(waits) {}
+    ~LastWords() {
+        std::thread([this] {
+            const HANDLE hMutex = ServicePeer::Mutex(ServicePeer::Manager());
+            m_waits.push_back(WaitForSingleObject(hMutex, 0));
+            ReleaseMutex(hMutex);
+        }).join();
+    }
+    LastWords(const LastWords&) = delete;
+    LastWords& operator=(const LastWords&) = delete;
+
+private:
+    std::vector<DWORD>& m_waits;
+};
+
+TEST_F(Worker, ACallbackThatIsReplacedOrWithdrawn_DiesWithTheServiceUnlocked) {
+    std::vector<DWORD> waits;
+    const auto callback = [&waits] {
+        return [pHeld = std::make_shared<LastWords>(waits)](QFCLibCallbackParam*) { return 1; };
+    };
+    ASSERT_EQ(QFCLibraryManager::fnRegister_QFCLibCallBack("name", callback()), 1);
+    ASSERT_EQ(QFCLibraryManager::fnRegister_QFCLibCallBack("name", callback()), 1);
+    EXPECT_EQ(waits, (std::vector<DWORD>{WAIT_OBJECT_0}));
+    ASSERT_EQ(QFCLibraryManager::fnUnRegister_QFCLibCallBack("name"), 1);
+    EXPECT_EQ(waits, (std::vector<DWORD>{WAIT_OBJECT_0, WAIT_OBJECT_0}));
+}
+
+TEST_F(Worker, AnEmptyFunctionAndAnUnknownName_AreRefused) {
+    int called = 0;
+    Listen("name", [&](QFCLibCallbackParam*) { return ++called; });
+    EXPECT_EQ(QFCLibraryManager::fnRegister_QFCLibCallBack("name", nullptr), 0);
+    EXPECT_EQ(QFCLibraryManager::fnRegister_QFCLibCallBack("other", {}), 0);
+    EXPECT_EQ(QFCLibraryManager::fnUnRegister_QFCLibCallBack("other"), 0);
+    EXPECT_EQ(QFCLibraryManager::fnUnRegister_QFCLibCallBack("Name"), 0);
+    QueueAsync([] { return 1; });
+    AwaitEndOfPasses();
+    EXPECT_EQ(called, 1);
 }
 
 TEST_F(Worker, SyncCallsAndStartAndStop_AreRefusedInsideACallback) {

@@ -1,0 +1,90 @@
+// What happens when memory ends between two steps. The allocation function of this program can be told to fail.
+#include "platform/os/LastError.h"
+#include "platform/os/Sync.h"
+#include "platform/os/Thread.h"
+#include "tests/support/LibraryFixture.h"
+#include "tests/support/ServicePeer.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <new>
+
+namespace {
+
+constexpr int kNever = -1;
+// How many allocations of this thread still succeed.
+thread_local int t_left = kNever;
+
+void* Allocate(std::size_t size) {
+    if (t_left == 0) return nullptr;
+    if (t_left > 0) --t_left;
+    return std::malloc(size != 0 ? size : 1);
+}
+
+class MemoryEndsAfter {
+public:
+    explicit MemoryEndsAfter(int nAllocations) { t_left = nAllocations; }
+    ~MemoryEndsAfter() { t_left = kNever; }
+    MemoryEndsAfter(const MemoryEndsAfter&) = delete;
+    MemoryEndsAfter& operator=(const MemoryEndsAfter&) = delete;
+};
+
+}  // namespace
+
+// Out of line, so that the compiler does not look through them.
+[[gnu::noinline]] void* operator new(std::size_t size) {
+    if (void* const bytes = Allocate(size)) return bytes;
+    throw std::bad_alloc();
+}
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
+[[gnu::noinline]] void operator delete(void* bytes) noexcept { std::free(bytes); }
+[[gnu::noinline]] void operator delete(void* bytes, std::size_t) noexcept { std::free(bytes); }
+[[gnu::noinline]] void operator delete(void* bytes, const std::nothrow_t&) noexcept { std::free(bytes); }
+
+namespace {
+
+using qfc::EntrySteps;
+using qfc::ServicePeer;
+using qfc::test::LambdaOperation;
+
+unsigned Nothing(void*) { return 0; }
+
+TEST(OutOfMemory, AThreadThatCannotBeMade_IsReportedWhereverMemoryEnds) {
+    int nAllocations = 0;
+    for (bool bCreated = false; !bCreated; ++nAllocations) {
+        ASSERT_LT(nAllocations, 100);
+        const MemoryEndsAfter end(nAllocations);
+        SetLastError(0);
+        qfc::WorkerThread thread(&Nothing, nullptr);
+        bCreated = thread.IsCreated();
+        EXPECT_EQ(thread.Handle() != nullptr, bCreated);
+        EXPECT_EQ(GetLastError(), bCreated ? 0u : ERROR_NOT_ENOUGH_MEMORY);
+    }
+    EXPECT_GT(nAllocations, 3);
+}
+
+class OutOfMemoryService : public qfc::test::LibraryFixture {};
+
+// An operation that nobody could wait for must not run behind the back of a caller who was told that it failed.
+TEST_F(OutOfMemoryService, ASyncCallThatIsRefused_IsNeverExecuted) {
+    std::atomic<int> executed = 0;
+    const auto work = [&executed] { return ++executed; };
+    int nSucceeded = 0;
+    int nRefused = 0;
+    for (int nAllocations = 0; nSucceeded == 0; ++nAllocations) {
+        ASSERT_LT(nAllocations, 100);
+        std::shared_ptr<LambdaOperation> pOperation;
+        try {
+            const MemoryEndsAfter end(nAllocations);
+            pOperation = EntrySteps::RunSync<LambdaOperation>(work);
+            (pOperation != nullptr ? nSucceeded : nRefused) += 1;
+        } catch (const std::bad_alloc&) {
+        }
+    }
+    Settle();
+    EXPECT_EQ(executed, nSucceeded);
+    EXPECT_GE(nRefused, 1);
+}
+
+}  // namespace
