@@ -24,6 +24,39 @@ QFC = {
     "LibraryFindingName", "NativePath", "RuntimeClassRegistration", "SetAnsiCodePage", "SetDataFolder",
     "SetHostFolder", "CurrentDBTools", "IsCurrentDBTools", "SetCurrentDBTools", "ReadDibHeader",
 }
+# What a host cannot do without: each of these names has to be there.
+REQUIRED = """
+    QFCLibraryManager:: fnStartService fnStopService fnRegister_QFCLibCallBack fnUnRegister_QFCLibCallBack
+        GetDatabasePath IsCurrentDBTools StartDbSession4ImportLib EndDbSession4ImportLib fnCreateGallery fnLoadGallery
+        fnDeleteGallery fnCreateFolder fnUpdateFolder fnDeleteFolder fnAddItem fnAddItemAsync fnDeleteItem fnUpdateItem
+        fnUpdateLibItemThumbnail fnQueryLibItemThumbnailInfo fnExportDB fnClearDBContent fnGetDBName fnListGalleries
+        fnCloseSessionGallery QFCLibraryManager ~QFCLibraryManager operator=
+    MutexLocker:: MutexLocker ~MutexLocker operator=
+    CQItem:: CQItem ~CQItem GetRuntimeClass CreateObject Copy fnLoadItemFromDb LoadCacheDataFromDb ChangeBlackBox
+        ChangeCache ChangeFilm UpdateItemDB
+    CQFolder:: CQFolder ~CQFolder GetRuntimeClass CreateObject GetFolderByName GetFolderByPath HasItem GetItemByGUID
+        AddFolder AddItem RemoveItem Sorting AddItemFromImportLib
+    CQGallery:: CQGallery ~CQGallery GetRuntimeClass CreateObject AddItem2Map RemoveItemFromMap
+    CQGalleryDoc:: CQGalleryDoc ~CQGalleryDoc AddGallery CloseGallery
+    DBTools:: DBTools ~DBTools ExportDatabase ClearDatabase InsertOrUpdateFolder QueryGalleries
+    CppSQLite3DB:: CppSQLite3DB ~CppSQLite3DB open close execQuery compileStatement
+    CppSQLite3Query:: CppSQLite3Query nextRow getIntField getBlobField finalize
+    CppSQLite3Statement:: bind execDML execQuery finalize
+    :: CreateGalleryDoc GetGalleryDoc RegisterGlobalProc GenerateFolderPath2 fnCheckLibrary fnSnapshotLibrary
+        GetAppDataFolder PathFileExistsA CopyFileA DeleteFileA GetTempPathA GetTempFileNameA GetLastError SetLastError
+        CreateMutexA CreateEventA SetEvent ResetEvent ReleaseMutex WaitForSingleObject CloseHandle Sleep CoCreateGuid
+        GlobalAlloc GlobalLock GlobalUnlock GlobalFree GlobalHandle GlobalSize
+    qfc:: SetDataFolder SetHostFolder AllocGlobalBlock FreeGlobalBlock AllocPlainBlock FreePlainBlock
+"""
+
+
+def required_names():
+    scope = ""
+    for word in REQUIRED.split():
+        if word.endswith("::"):
+            scope = "" if word == "::" else word
+        else:
+            yield scope + word
 
 
 def is_interface(name):
@@ -41,10 +74,11 @@ def main(library):
     strangers = sorted({name for name in names if not is_interface(name)})
     for name in strangers:
         print("exported but no part of the interface:", name)
-    if "QFCLibraryManager::fnStartService()" not in names:
-        print("the interface itself is missing")
-        return 1
-    return 1 if strangers else 0
+    present = {name.split("(")[0] for name in names}
+    missing = [name for name in required_names() if name not in present]
+    for name in missing:
+        print("part of the interface but not exported:", name)
+    return 1 if strangers or missing else 0
 
 
 sys.exit(main(sys.argv[1]))
