@@ -30,6 +30,12 @@ CQFolder::CQFolder(const CQFolder& source) : CObject(), CQFolderCtrl() { *this =
 // storages, writable; CQFolderCtrl's part         string id, index
 CQFolder& CQFolder::operator=(const CQFolder& source) {
     if (this == &source) return *this;
+    if (source.IsSubfolderOf(this)) {
+        // The source goes with the clearing, and so may the parent it would give.
+        CQFolder taken(source);
+        taken.m_pParent = m_pParent;
+        return *this = taken;
+    }
     Clear();
     m_pParent = source.m_pParent;
     m_strFolderName = source.m_strFolderName;
@@ -74,6 +80,7 @@ int CQFolder::SetDBTools(DBTools* pTools) {
 
 void CQFolder::SetItemArray(ItemArray* pItems) {
     if (pItems == m_pItemArray.get()) return;
+    m_pNumbers.reset();
     static_cast<void>(m_pItemArray.release());
     m_pItemArray.reset(pItems);
 }
@@ -110,6 +117,8 @@ CString CQFolder::GetNameFormImportFolder(CString strList) {
 // A folder that is the root of a gallery file writes it before its content goes.
 void CQFolder::SaveOwnFile() {
     if (m_strFilePath.IsEmpty() || m_bDeleted != 0) return;
+    // What a clearing has emptied is not what the file is to hold.
+    if (m_bCleared && GetFirstSubFolder() == nullptr && GetItemsCount() == 0) return;
     qfc::GalleryFile* file = qfc::GalleryFileOf(*this);
     if (file == nullptr) return;
     if (FolderList* list = GetFolderList()) {
@@ -154,6 +163,7 @@ void CQFolder::LetGoOfItems() {
         for (CObject* object : objects) qfc::Teardown::LetGo(object, *this);
     }
     items->RemoveAll();
+    m_pNumbers.reset();
     m_pItemArray.reset();
 }
 
@@ -163,4 +173,5 @@ void CQFolder::Clear() {
     m_pAllSubItemArray.reset();
     DestroySubFolders();
     LetGoOfItems();
+    m_bCleared = true;
 }

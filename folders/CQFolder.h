@@ -155,7 +155,8 @@ public:
     // Unlinks the folder, which is the caller's then; with `bDestroyData` its stored content goes. The parent pointer
     // stays as it was.
     int DetachParent(int bDestroyData);
-    // Destroys sub-folders and items. Items of another database than the current one are left alone.
+    // Destroys sub-folders and items. Items of another database than the current one are left alone. The root of a
+    // gallery file saves its tree first; once emptied so, it is not saved again while it stays empty.
     void Clear();
     // Copies get new GUIDs unless `bKeepGuid`.
     int CopyItems(CQFolder* pSource, int bKeepGuid);
@@ -253,5 +254,6 @@ private:
     void EmptyOfItemsInDb();
     void EndSubFolderInDb(CQFolder* pTaken, int nRowId);
 
+    bool m_bCleared = false;                         // Clear has run: an empty tree may be what it left.
     std::unique_ptr<qfc::FolderNumbers> m_pNumbers;  // Made when first needed: which numbers are in use.
 };

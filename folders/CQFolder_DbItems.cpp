@@ -84,8 +84,8 @@ int CQFolder::RemoveItemDB(GUID guid, int bRecursive) {
     for (int position = 0; position < count; ++position) {
         CQItem* item = items->GetAt(position);
         if (item == nullptr || !(item->GetUniqueID() == guid)) continue;
-        items->RemoveAt(position);
-        gallery->RemoveItemFromMap(item, qfc::ToHandle(this));
+        qfc::DropOccurrences(*items, item);
+        qfc::LeaveGallery(gallery, *item, *this);
         qfc::PassOnParenthood(*gallery, guid, *this);
         return m_pDBTools->DeleteItemFromFolder(guid, m_nDBId);
     }

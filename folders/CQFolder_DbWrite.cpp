@@ -1,7 +1,9 @@
 #include "db/CurrentDBTools.h"
 #include "db/DBTools.h"
 #include "folders/CQFolder.h"
+#include "folders/GalleryOf.h"
 #include "folders/Teardown.h"
+#include "items/CQGallery.h"
 #include "items/CQItem.h"
 
 #include <utility>
@@ -48,12 +50,24 @@ int CQFolder::InsertOrUpdateGallery() {
 // is ended as the folder's clearing would end it.
 void CQFolder::EmptyOfItemsInDb() {
     ItemArray* items = GetItemArray();
+    const CQGallery* gallery = qfc::GalleryOf(*this);
     while (items != nullptr && !items->IsEmpty()) {
-        CQItem* item = items->GetAt(0);
+        CObject* object = std::as_const(static_cast<CObArray&>(*items)).GetAt(0);
+        if (object == nullptr || qfc::Teardown::IsGone(object)) {
+            items->RemoveAt(0);
+            continue;
+        }
+        auto* item = static_cast<CQItem*>(object);
+        CQItem* canonical = nullptr;
+        const bool known = gallery != nullptr && gallery->IsItemHasParentByGuid(item->GetUniqueID(), canonical) != 0;
         const int before = items->GetSize();
         // The GUID travels by value: the item may die in the call.
-        if (item != nullptr) RemoveItemDB(item->GetUniqueID(), 0);
-        if (items->GetSize() < before) continue;
+        RemoveItemDB(item->GetUniqueID(), 0);
+        if (items->GetSize() < before) {
+            // Nobody else has an item that its gallery does not know.
+            if (!known) qfc::Teardown::LetGo(item, *this);
+            continue;
+        }
         items->RemoveAt(0);
         if (m_pDBTools == nullptr || qfc::IsCurrentDBTools(m_pDBTools)) qfc::Teardown::LetGo(item, *this);
     }
@@ -68,6 +82,7 @@ void CQFolder::EndSubFolderInDb(CQFolder* pTaken, int nRowId) {
 
 // Depth-first without recursion, as deep as the tree may be: each folder's items, then its sub-folders one by one.
 int CQFolder::DeleteFolderFromDb() {
+    const qfc::Teardown teardown(*this);
     std::vector<CQFolder*> branch{this};
     EmptyOfItemsInDb();
     while (true) {

@@ -6,7 +6,8 @@
 #include "folders/Teardown.h"
 #include "items/CQGallery.h"
 #include "items/CQItem.h"
-#include "items/Handles.h"
+
+#include <unordered_set>
 
 namespace {
 
@@ -18,6 +19,23 @@ int PositionOf(CQFolder::ItemArray* items, Matches&& matches) {
         if (item != nullptr && matches(*item)) return position;
     }
     return -1;
+}
+
+// An item that is ended afterwards leaves every place it has.
+void TakeOut(CQFolder::ItemArray& items, int position, int bDelete) {
+    if (bDelete != 0) {
+        qfc::DropOccurrences(items, items.GetAt(position));
+    } else {
+        items.RemoveAt(position);
+    }
+}
+
+// Every object keeps its first place only.
+void NullRepeated(CQFolder::ItemArray& items) {
+    std::unordered_set<const CObject*> met;
+    for (int position = 0; position < items.GetSize(); ++position) {
+        if (!met.insert(items.GetAt(position)).second) items.SetAt(position, nullptr);
+    }
 }
 
 }  // namespace
@@ -54,7 +72,7 @@ int CQFolder::RemoveItem(const GUID& guid, int bDelete) {
     });
     if (position < 0) return 0;
     CQItem* item = items->GetAt(position);
-    items->RemoveAt(position);
+    TakeOut(*items, position, bDelete);
     return bDelete != 0 ? DeleteItemEx(item, m_pStorage) : 1;
 }
 
@@ -62,7 +80,7 @@ int CQFolder::RemoveItem(const GUID& guid, int bDelete) {
 int CQFolder::RemoveAndRenumber(int nPosition, int bDelete) {
     ItemArray* items = GetItemArray();
     CQItem* item = items->GetAt(nPosition);
-    items->RemoveAt(nPosition);
+    TakeOut(*items, nPosition, bDelete);
     if (bDelete == 0) return 1;
     const int deleted = DeleteItemEx(item, m_pStorage);
     ReOrderItemsDb(nPosition, items->GetSize());
@@ -86,6 +104,7 @@ int CQFolder::RemoveAllItems(int bDelete) {
     ItemArray* items = GetItemArray();
     if (items == nullptr) return 0;
     if (bDelete != 0) {
+        NullRepeated(*items);
         for (int position = 0; position < items->GetSize(); ++position) {
             CQItem* item = items->GetAt(position);
             if (item == nullptr) continue;
@@ -106,8 +125,7 @@ int CQFolder::DeleteItemEx(CQItem* pItem, IStorage* /*pStorage*/) {
     int done = 1;
     if (qfc::GalleryFile* file = qfc::GalleryFileOf(*this)) done = file->DeleteItemStreams(*this, *pItem);
     CQGallery* gallery = qfc::GalleryOf(*this);
-    const bool taken = gallery != nullptr && gallery->RemoveItemFromMap(pItem, qfc::ToHandle(this)) != 0;
-    if (taken) {
+    if (qfc::LeaveGallery(gallery, *pItem, *this)) {
         qfc::PassOnParenthood(*gallery, guid, *this);
     } else {
         delete pItem;

@@ -82,21 +82,26 @@ int CQFolder::IsSubFolderValid(const CQFolder* pFolder) {
 int CQFolder::AddFolder(CQFolder* pChild, int bAssignStorage, int bAtTail) {
     if (pChild == nullptr || IsSubfolderOf(pChild)) return 0;
     const std::uint64_t changes = qfc::TreeChanges();
+    CQFolder* const formerParent = pChild->m_pParent;
+    DBTools* const formerTools = pChild->m_pDBTools;
+    const DWORD formerNumber = pChild->m_dwStorageNumber;
+    FolderList* list = nullptr;
+    POSITION place = nullptr;
     try {
-        FolderList* list = NeedFolderList();
+        list = NeedFolderList();
         if (list == nullptr) return 0;
-        if (bAtTail != 0) {
-            list->AddTail(pChild);
-        } else {
-            list->AddHead(pChild);
-        }
+        place = bAtTail != 0 ? list->AddTail(pChild) : list->AddHead(pChild);
+        pChild->m_pParent = this;
+        pChild->m_pDBTools = m_pDBTools;
+        if (bAssignStorage != 0) qfc::FolderNumbers::AssignStorageNumber(*pChild, changes);
     } catch (const std::bad_alloc&) {
+        if (place != nullptr) list->RemoveAt(place);
+        pChild->m_pParent = formerParent;
+        pChild->m_pDBTools = formerTools;
+        pChild->m_dwStorageNumber = formerNumber;
         return 0;
     }
-    pChild->m_pParent = this;
-    pChild->m_pDBTools = m_pDBTools;
     if (bAssignStorage != 0) {
-        qfc::FolderNumbers::AssignStorageNumber(*pChild, changes);
         if (qfc::GalleryFile* file = qfc::GalleryFileOf(*pChild)) file->OpenFolderStorage(*pChild);
     }
     qfc::SetTreeModified(true);

@@ -6,6 +6,8 @@
 #include "items/CQItem.h"
 #include "items/Handles.h"
 
+#include <algorithm>
+
 namespace qfc {
 
 namespace {
@@ -23,6 +25,18 @@ CQFolder* FirstHolder(const CQGallery& gallery, const GUID& guid, IsAlive&& isAl
     return nullptr;
 }
 
+// Another folder of the tree that has this very object in its array, or null.
+CQFolder* OtherFolderWith(CQGallery& gallery, const CQItem& item, const CQFolder& folder) {
+    const auto has = [&](CQFolder& candidate) {
+        const CObArray* objects = &candidate != &folder ? candidate.GetItemArray() : nullptr;
+        return objects != nullptr && std::find(objects->begin(), objects->end(), &item) != objects->end();
+    };
+    for (CQFolder* candidate : SubtreeOf(gallery)) {
+        if (has(*candidate)) return candidate;
+    }
+    return has(gallery) ? &gallery : nullptr;
+}
+
 }  // namespace
 
 Teardown::Teardown(CQFolder& cleared) : m_cleared(cleared), m_outer(t_outermost) {
@@ -38,22 +52,23 @@ void Teardown::LetGo(CObject* item, CQFolder& folder) {
     t_outermost->LetGoOnce(item, folder);
 }
 
+bool Teardown::IsGone(const CObject* object) { return t_outermost != nullptr && t_outermost->m_gone.contains(object); }
+
+void Teardown::NoteGone(const CObject* object) {
+    if (t_outermost != nullptr) t_outermost->m_gone.insert(object);
+}
+
 void Teardown::LetGoOnce(CObject* object, CQFolder& folder) {
-    if (object == nullptr || m_gone.contains(object)) return;
+    if (object == nullptr || IsGone(object)) return;
     auto* item = static_cast<CQItem*>(object);
     const GUID guid = item->GetUniqueID();  // The item may die in the next call.
     CQGallery* gallery = GalleryOf(folder);
-    if (gallery == nullptr || gallery->RemoveItemFromMap(item, ToHandle(&folder)) == 0) {
-        m_gone.insert(item);
+    if (!LeaveGallery(gallery, *item, folder)) {
+        NoteGone(item);
         delete item;
         return;
     }
-    CQItem* canonical = nullptr;
-    if (gallery->IsItemHasParentByGuid(guid, canonical) == 0 || canonical != item) {
-        m_gone.insert(item);
-    } else if (item->GetParentFolder() == &folder) {
-        item->SetParentFolder(SurvivorHolding(*gallery, guid));
-    }
+    if (!IsGone(item) && item->GetParentFolder() == &folder) item->SetParentFolder(SurvivorHolding(*gallery, guid));
 }
 
 // Null while a whole tree goes: then nobody survives.
@@ -68,9 +83,34 @@ CQFolder* Teardown::SurvivorHolding(CQGallery& gallery, const GUID& guid) {
     return FirstHolder(gallery, guid, [this](const CQFolder* holder) { return m_survivors->contains(holder); });
 }
 
+bool LeaveGallery(CQGallery* gallery, CQItem& item, CQFolder& folder) {
+    const GUID guid = item.GetUniqueID();
+    CQItem* canonical = nullptr;
+    if (gallery == nullptr || gallery->IsItemHasParentByGuid(guid, canonical) == 0) return false;
+    const bool second = &item != canonical;
+    CQFolder* other = second ? OtherFolderWith(*gallery, item, folder) : nullptr;
+    if (other != nullptr && item.GetParentFolder() == &folder) item.SetParentFolder(other);
+    gallery->RemoveItemFromMap(other != nullptr ? canonical : &item, ToHandle(&folder));
+    // A second object that was the last to go has taken the canonical one along.
+    if (second && other == nullptr) Teardown::NoteGone(&item);
+    CQItem* left = nullptr;
+    if (gallery->IsItemHasParentByGuid(guid, left) == 0) Teardown::NoteGone(canonical);
+    return true;
+}
+
+void DropOccurrences(CObArray& array, const CObject* object) {
+    for (int position = array.GetSize() - 1; position >= 0; --position) {
+        if (array.GetAt(position) == object) array.RemoveAt(position);
+    }
+}
+
 void PassOnParenthood(CQGallery& gallery, const GUID& guid, const CQFolder& former) {
     CQItem* item = nullptr;
     if (gallery.IsItemHasParentByGuid(guid, item) == 0 || item->GetParentFolder() != &former) return;
+    if (t_outermost != nullptr) {
+        item->SetParentFolder(t_outermost->SurvivorHolding(gallery, guid));
+        return;
+    }
     item->SetParentFolder(FirstHolder(gallery, guid, [&](const CQFolder* holder) {
         return holder != &former && gallery.IsSubFolderValid(holder) != 0;
     }));
