@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/framework/Guid.h"
 #include "service/LibItemThumbnailInfo.h"
 #include "service/LibraryOperation.h"
 
@@ -23,7 +24,8 @@ public:
     const std::vector<_DS_LibItemTunmbnailInfo_>& Thumbnails() const { return m_thumbnails; }
 
 private:
-    void Append(const CppSQLite3Query& row);
+    void AppendRow(const CppSQLite3Query& row);
+    void Append(const GUID& guid, int nCompressedSize);
     void Append(const qfc::PayloadSize& size);
 
     std::vector<_DS_LibItemTunmbnailInfo_> m_thumbnails;

@@ -10,9 +10,11 @@
 #include "tests/support/RawDb.h"
 #include "tests/support/ServicePeer.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <optional>
+#include <thread>
 
 namespace {
 
@@ -87,6 +89,17 @@ TEST_F(EntriesItems, AddItem_ThatTheDatabaseRefuses_StillReportsSuccessAndTheIte
     EXPECT_EQ(Manager::fnAddItem(m_hMedia, {"Clips", "Other"}, item.get()), 1);
     EXPECT_EQ(m_pClips->HasItem(item->GetUniqueID(), 0), 0);
     EXPECT_EQ(CountRows("ITEM_TABLE"), 0);
+}
+
+TEST_F(EntriesItems, AddItem_ThatTheFirstFolderRefuses_GoesToTheNext) {
+    RawDb(DatabaseFile())
+        .Exec("create trigger REFUSE before insert on RELATION_TABLE when new.PARENT_ID = " +
+              std::to_string(m_pClips->GetDBId()) + " begin select raise(fail, 'refused'); end");
+    CQItem* const pItem = NewItem("Sunrise");
+    EXPECT_EQ(Manager::fnAddItem(m_hMedia, {"Clips", "Other"}, pItem), 1);
+    EXPECT_EQ(m_pClips->HasItem(pItem->GetUniqueID(), 0), 0);
+    EXPECT_EQ(m_pOther->HasItem(pItem->GetUniqueID(), 0), 1);
+    EXPECT_EQ(CountRows("RELATION_TABLE"), 1);
 }
 
 TEST_F(EntriesItems, AddItem_WithoutGalleryPathsOrItem_Fails) {
@@ -319,12 +332,37 @@ TEST_F(EntriesItems, QueryLibItemThumbnailInfo_PassesOverHostileRows) {
             "insert into CACHE_DATA_TABLE values(10, 0, X'0011', 0, X'0102');"
             "insert into CACHE_DATA_TABLE values(10, 0, X'0011', 0, 'text');"
             "insert into CACHE_DATA_TABLE values(999999999, 3, X'001122', 0, X'00112233445566778899AABBCCDDEEFF')");
-    std::vector<_DS_LibItemTunmbnailInfo_> thumbnails;
-    EXPECT_EQ(Manager::fnQueryLibItemThumbnailInfo(thumbnails), 1);
-    ASSERT_EQ(thumbnails.size(), 1u);  // Known by its id, although its bytes are no bitmap.
-    EXPECT_EQ(thumbnails[0].sizeBitmapCache.cx, -1);
-    EXPECT_EQ(thumbnails[0].nCompressedSize, 3);
-    EXPECT_TRUE(thumbnails[0].strPath.IsEmpty());
+    for (const bool bShortcuts : {true, false}) {
+        m_pClips->GetDBTools()->SetShortcuts(bShortcuts);
+        std::vector<_DS_LibItemTunmbnailInfo_> thumbnails;
+        EXPECT_EQ(Manager::fnQueryLibItemThumbnailInfo(thumbnails), 1);
+        ASSERT_EQ(thumbnails.size(), 1u);  // Known by its id, although its bytes are no bitmap.
+        EXPECT_EQ(thumbnails[0].sizeBitmapCache.cx, -1);
+        EXPECT_EQ(thumbnails[0].nCompressedSize, 3);
+        EXPECT_TRUE(thumbnails[0].strPath.IsEmpty());
+    }
+}
+
+// Without a database at the time of the call it works on none, also when the service has one by the time it is run.
+TEST_F(EntriesItems, CallsMadeWhileStopped_RunWithoutDatabaseOnceStarted) {
+    const auto pItem = std::make_unique<CQItem>("Sunrise");
+    qfc::test::GiveBitmapCache(*pItem, 8, 8);
+    std::vector<_DS_LibItemTunmbnailInfo_> thumbnails(3);
+    const std::function<int()> calls[] = {[] { return Manager::fnDeleteGallery({kMedia}); },
+                                          [&] { return Manager::fnUpdateLibItemThumbnail(pItem.get()); },
+                                          [&] { return Manager::fnQueryLibItemThumbnailInfo(thumbnails); }};
+    const int nExpected[] = {0, 0, 1};
+    qfc::test::CloseAllGalleries();
+    for (int call = 0; call < 3; ++call) {
+        ASSERT_EQ(Manager::fnStopService(), 1);
+        std::thread host([&] { EXPECT_EQ(calls[call](), nExpected[call]) << call; });
+        while (qfc::ServicePeer::IsSyncEmpty() != 0) std::this_thread::yield();
+        EXPECT_EQ(Manager::fnStartService(), 1);
+        host.join();
+    }
+    EXPECT_TRUE(thumbnails.empty());
+    EXPECT_EQ(CountRows("GALLERY_TABLE"), 1);
+    EXPECT_EQ(CountRows("CACHE_DATA_TABLE"), 0);
 }
 
 // Kept: 1 says that the worker ran the query.
