@@ -3,9 +3,11 @@
 #include "tests/support/RawDb.h"
 #include "tests/support/ServicePeer.h"
 
+#include <atomic>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <memory>
+#include <thread>
 
 namespace {
 
@@ -185,6 +187,79 @@ TEST_F(EntriesDatabase, AnOlderLibraryOpenedAsASession_IsLoadedAndNotMigrated) {
               "0");
 }
 
+TEST_F(EntriesDatabase, UpdateFolder_OfASession_WritesToItsLibraryAlone) {
+    const CString strPath = ForeignLibrary();
+    const ULONGLONG hSession = Manager::StartDbSession4ImportLib(strPath);
+    const ULONGLONG hForeign = Manager::fnLoadGallery(kMedia, AsTools(hSession));
+    ASSERT_NE(hForeign, 0u);
+    CQFolder* const pForeign = AsGallery(hForeign)->GetFolderByName("Clips");
+    EXPECT_EQ(Manager::fnUpdateFolder(ToHandle(pForeign), "Renamed", 1, 2, 3, AsTools(hSession)), 1);
+    EXPECT_EQ(pForeign->GetFolderName(), "Renamed");
+    EXPECT_EQ(pForeign->GetDBTools(), AsTools(hSession));
+    EXPECT_EQ(Manager::fnCloseSessionGallery(hForeign), 1);
+    EXPECT_EQ(Manager::EndDbSession4ImportLib(hSession), 1);
+    EXPECT_EQ(RawDb(strPath.GetString())
+                  .Cell("select count(*) from FOLDER_TABLE where FOLDER_NAME = 'Renamed' and ADOPT_TYPE = 1 and "
+                        "TRUSTY_TYPE = 2 and TYPE_EXTRA = 3"),
+              "1");
+    EXPECT_EQ(CountRows("FOLDER_TABLE where FOLDER_NAME = 'Clips'"), 1);
+    EXPECT_EQ(CountRows("FOLDER_TABLE where FOLDER_NAME = 'Renamed'"), 0);
+}
+
+// --- On the calling thread -----------------------------------------------------------------------------------------
+
+// The database is not closed under a function that uses it.
+TEST_F(EntriesDatabase, DirectFunctions_MayMeetAnyStartAndStop) {
+    qfc::test::CloseAllGalleries();
+    std::atomic<bool> done = false;
+    const fs::path copy = Scratch() / "copy.db";
+    std::thread exporting([&] {
+        while (!done) {
+            const bool bExported = Manager::fnExportDB(copy.c_str()) != 0;
+            EXPECT_TRUE(!bExported || fs::exists(copy));
+        }
+    });
+    std::thread listing([&] {
+        while (!done) {
+            std::vector<qfc::StoredGallery> galleries;
+            const bool bListed = Manager::fnListGalleries(galleries) != 0;
+            EXPECT_EQ(galleries.size(), bListed ? 1u : 0u);
+        }
+    });
+    for (int cycle = 0; cycle < 10; ++cycle) {
+        EXPECT_EQ(Manager::fnStopService(), 1);
+        EXPECT_EQ(Manager::fnStartService(), 1);
+    }
+    done = true;
+    exporting.join();
+    listing.join();
+}
+
+TEST_F(EntriesDatabase, DirectFunctions_WorkInsideACallback) {
+    AddItem("Sunrise");
+    const fs::path copy = Scratch() / "copy.db";
+    std::vector<qfc::StoredGallery> galleries;
+    int listed = 0;
+    int exported = 0;
+    int cleared = 1;
+    int ended = 0;
+    Listen("callback", [&](QFCLibCallbackParam*) {
+        if (ended != 0) return 1;
+        listed = Manager::fnListGalleries(galleries);
+        exported = Manager::fnExportDB(copy.c_str());
+        cleared = Manager::fnClearDBContent();
+        ended = Manager::EndDbSession4ImportLib(Manager::StartDbSession4ImportLib(copy.c_str()));
+        return 1;
+    });
+    Settle();
+    EXPECT_EQ(listed, 1);
+    EXPECT_EQ(Ids(galleries), (std::vector<int>{kMedia}));
+    EXPECT_EQ(exported, 1);
+    EXPECT_EQ(cleared, 0);
+    EXPECT_EQ(ended, 1);
+    EXPECT_EQ(CountRows("ITEM_TABLE"), 1);
+}
+
 // --- Taking items from another library ------------------------------------------------------------------------------
 
 class ImportFromSession : public EntriesDatabase {
@@ -251,6 +326,19 @@ TEST_F(ImportFromSession, TheForeignLibrary_IsNotChanged) {
     ASSERT_EQ(m_pClips->AddItemFromImportLib(m_pForeign), 1);
     EndSession();
     EXPECT_EQ(DumpOf(Scratch() / "foreign.db"), before);
+}
+
+// The worker cannot wait for itself; the copy that was made for the folder goes again.
+TEST_F(ImportFromSession, InsideACallback_IsRefused) {
+    int imported = -1;
+    Listen("callback", [&](QFCLibCallbackParam*) {
+        imported = m_pClips->AddItemFromImportLib(m_pForeign);
+        return 1;
+    });
+    Settle();
+    EXPECT_EQ(imported, 0);
+    EXPECT_EQ(m_pClips->HasItem(m_guid, 0), 0);
+    EXPECT_EQ(CountRows("ITEM_TABLE"), 0);
 }
 
 // --- Closing galleries of sessions ----------------------------------------------------------------------------------

@@ -60,6 +60,17 @@ TEST_F(EntriesGalleries, CreateGallery_ThatCannotBeStored_GivesNothing) {
     const auto nOpen = GetGalleryDoc()->GetGalleryList().GetCount();
     EXPECT_EQ(Manager::fnCreateGallery(5, "Titles", 0, 0, 0), 0u);
     EXPECT_EQ(GetGalleryDoc()->GetGalleryList().GetCount(), nOpen);
+    // Its root is a row of its own, written before.
+    EXPECT_EQ(CountRows("FOLDER_TABLE where FOLDER_NAME = 'Titles'"), 1);
+    EXPECT_EQ(CountRows("GALLERY_TABLE"), 1);
+}
+
+TEST_F(EntriesGalleries, CreateGallery_WhoseRootCannotBeStored_GivesAndStoresNothing) {
+    RefuseWrites("FOLDER_TABLE");
+    const auto nOpen = GetGalleryDoc()->GetGalleryList().GetCount();
+    EXPECT_EQ(Manager::fnCreateGallery(5, "Titles", 0, 0, 0), 0u);
+    EXPECT_EQ(GetGalleryDoc()->GetGalleryList().GetCount(), nOpen);
+    EXPECT_EQ(CountRows("GALLERY_TABLE"), 1);
 }
 
 TEST_F(EntriesGalleries, CreateAndLoadGallery_WhileStoppedWithoutDatabase_FailAtOnceAndQueueNothing) {

@@ -21,6 +21,16 @@ private:
     std::string m_name;
 };
 
+// Notes its name when it dies.
+class DyingOperation : public NamedOperation {
+public:
+    DyingOperation(std::string name, std::string& noted) : NamedOperation(std::move(name)), m_noted(noted) {}
+    ~DyingOperation() override { m_noted += Name() + " "; }
+
+private:
+    std::string& m_noted;
+};
+
 // Operations are named by their kind and number: S1 synchronous, O1 ordinary, D1 deferred.
 class Dispatch {
 public:
@@ -191,6 +201,20 @@ TEST(OperationQueues, RandomPushesAndTakes_AgreeWithThePlainRule) {
         dispatch.Push(kind);
         rule.Push(kind + std::to_string(++numbers[kind]));
     }
+}
+
+TEST(OperationQueues, Clear_DropsTheChosenThenTheDeferredThenTheOrdinaryThenTheSynchronousOnes) {
+    std::string noted;
+    const auto make = [&noted](const char* name) { return std::make_shared<DyingOperation>(name, noted); };
+    qfc::OperationQueues queues;
+    for (const char* name : {"taken", "chosen"}) queues.PushAsync(make(name), false);
+    queues.Take();
+    queues.PushSync(make("sync"));
+    queues.PushAsync(make("ordinary"), false);
+    queues.PushAsync(make("deferred"), true);
+    noted.clear();
+    queues.Clear();
+    EXPECT_EQ(noted, "chosen deferred ordinary sync ");
 }
 
 }  // namespace

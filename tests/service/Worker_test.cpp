@@ -10,6 +10,7 @@
 #include <ostream>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -447,29 +448,63 @@ TEST_F(Worker, CallbacksComeAndGoWhileOthersAreCalled) {
     host.join();
 }
 
-// Full queues at every stop: what ran and what was dropped add up, and nothing is left over.
-TEST_F(Worker, StartAndStopUnderLoad_LoseNothingAndHangNowhere) {
-    std::atomic<bool> done = false;
+TEST_F(Worker, TheLookoutBetweenSyncCalls_SeesSyncOperationsOnlyAndTakesNone) {
+    ASSERT_EQ(QFCLibraryManager::fnStopService(), 1);
+    const SharedLambda pDeferred = QueueAsync([] { return 1; }, 1);
+    const SharedLambda pOrdinary = QueueAsync([] { return 1; });
+    EXPECT_FALSE(ServicePeer::AwaitNextSync());
+    const SharedLambda pSync = QueueSync([] { return 1; });
+    EXPECT_TRUE(ServicePeer::AwaitNextSync());
+    for (const SharedLambda& p : {pSync, pOrdinary, pDeferred}) EXPECT_EQ(ServicePeer::Take(), p);
+    EXPECT_EQ(ServicePeer::Take(), nullptr);
+}
+
+struct Tally {
+    std::atomic<int> queued = 0;
     std::atomic<int> executed = 0;
-    std::thread host([&] {
+    std::atomic<int> dropped = 0;
+};
+
+class TalliedOperation : public LibraryOperation {
+public:
+    explicit TalliedOperation(Tally& tally) : m_tally(tally) { SetAsync(); }
+    ~TalliedOperation() override {
+        if (!m_executed) ++m_tally.dropped;
+    }
+    int execute() override {
+        EXPECT_FALSE(std::exchange(m_executed, true));
+        return ++m_tally.executed;
+    }
+
+private:
+    Tally& m_tally;
+    bool m_executed = false;
+};
+
+// Full queues at every stop: each operation is executed once or dropped, and nothing is left over.
+TEST_F(Worker, StartAndStopUnderLoad_LoseNothingAndHangNowhere) {
+    Tally tally;
+    std::atomic<bool> done = false;
+    const auto load = [&](int nPriority) {
         while (!done) {
-            const auto p = std::make_shared<LambdaOperation>([&] { return ++executed; });
-            p->SetAsync();
-            ServicePeer::AddAsync(p, 0);
+            tally.queued += ServicePeer::AddAsync(std::make_shared<TalliedOperation>(tally), nPriority);
             std::this_thread::yield();
         }
-    });
+    };
+    std::thread hosts[] = {std::thread(load, 0), std::thread(load, 1)};
     for (int cycle = 0; cycle < 20; ++cycle) {
         EntrySteps::RunSync<LambdaOperation>([] { return 1; });
         ASSERT_EQ(QFCLibraryManager::fnStopService(), 1);
-        const int nAtStop = executed;
+        const int nAtStop = tally.executed;
         std::this_thread::yield();
-        EXPECT_EQ(executed, nAtStop);
+        EXPECT_EQ(tally.executed, nAtStop);
         ASSERT_EQ(QFCLibraryManager::fnStartService(), 1);
     }
     done = true;
-    host.join();
+    for (std::thread& host : hosts) host.join();
     AwaitEndOfPasses();
+    EXPECT_EQ(tally.executed + tally.dropped, tally.queued);
+    EXPECT_EQ(ServicePeer::Take(), nullptr);
 }
 
 }  // namespace

@@ -22,6 +22,7 @@ public:
     }
     static SharedOperation Take() { return Manager().fnGetLibraryOperation(); }
     static int IsSyncEmpty() { return Manager().fnIsLibraryOperationListEmpty(); }
+    static bool AwaitNextSync() { return Manager().AwaitNextSyncOperation(); }
     static int Clear() { return Manager().fnClearLibraryOperation(); }
     static int CallAll(QFCLibCallbackParam* pParam) { return Manager().fnCallbackExec(pParam); }
     static unsigned RunWorker(void* pManager) { return QFCLibraryManager::fnThreadExecuteLibraryOperation(pManager); }
