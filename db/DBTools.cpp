@@ -148,5 +148,8 @@ bool DBTools::QueryTree(int nRoot, qfc::TreeRows& rows) {
 }
 
 bool DBTools::QueryCacheSizes(int nKind, std::vector<qfc::PayloadSize>& sizes) {
-    return Guarded([&] { return DBToolsInternal::QueryCacheSizes(nKind, sizes); });
+    std::vector<qfc::PayloadSize> found;
+    const bool bRead = Guarded([&] { return DBToolsInternal::QueryCacheSizes(nKind, found); });
+    if (bRead) sizes = std::move(found);
+    return bRead;
 }

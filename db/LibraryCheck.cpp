@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstdlib>
 #include <fmt/format.h>
 #include <iterator>
 #include <map>
@@ -55,12 +56,20 @@ std::string Describe(const CppSQLite3Query& query, int field) {
 bool IsReadable(const StoredPayload& row) {
     if (!PayloadIsSound(row)) return false;
     if (row.compressedSize == 0) return row.bytes.size() == static_cast<std::size_t>(row.rawSize);
-    try {
-        std::vector<std::byte> target(static_cast<std::size_t>(row.rawSize));
-        return UnpackPayload(row, target);
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
+    std::vector<std::byte> target(static_cast<std::size_t>(row.rawSize));
+    return UnpackPayload(row, target);
+}
+
+bool IsDamage(int code) { return code == sqlite::kCorrupt || code == sqlite::kNotADatabase || code == sqlite::kError; }
+
+// SQLite's check says of a page that it could not read, with the code, in the same way as of one that is damaged.
+void ThrowIfUnread(std::string_view answer) {
+    constexpr std::string_view kCode = "error code=";
+    const auto found = answer.find(kCode);
+    if (found == std::string_view::npos) return;
+    // The low byte is the plain code; the text ends with a NUL.
+    const int code = std::atoi(answer.data() + found + kCode.size()) & 0xFF;
+    if (!IsDamage(code)) throw CppSQLite3Exception(code, answer.data());
 }
 
 // One run over one library. Everything is read through a read-only connection.
@@ -128,8 +137,7 @@ private:
 
     // Inside a handler. Only what lies in the file itself is damage; anything else ends the examination.
     void AddDamage(const char* table, const char* what, const CppSQLite3Exception& error) {
-        const int code = error.errorCode();
-        if (code != sqlite::kCorrupt && code != sqlite::kNotADatabase && code != sqlite::kError) throw;
+        if (!IsDamage(error.errorCode())) throw;
         Add(LibraryFindingKind::kDamagedFile, table,
             fmt::format("{} cannot be read to its end: {}.", what, error.errorMessage()));
     }
@@ -147,6 +155,7 @@ private:
     void CheckFile() {
         ForEachRow("The file", check::kIntegrity, [&](const CppSQLite3Query& query) {
             const std::string_view answer = query.getStringField(0);
+            ThrowIfUnread(answer);
             if (answer != "ok") Add(LibraryFindingKind::kDamagedFile, "", std::string(answer));
         });
     }

@@ -1,7 +1,9 @@
 #include "tests/db/DbTestSupport.h"
+#include "tests/support/MemoryFaults.h"
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 
 namespace {
 
@@ -17,27 +19,50 @@ std::ostream& operator<<(std::ostream& stream, const Operation& operation) { ret
 const GUID kHeldOnce = MakeGuid(1);
 const GUID kHeldTwice = MakeGuid(2);
 
+// What the operations are given, made once, so that a lack of memory strikes inside them only.
+struct Given {
+    Bytes large = Noise(40000);
+    Bytes small = Noise(9000, 7);
+    qfc::PayloadWrite cache = qfc::PackPayload(qfc::kBitmapCache, large);
+    qfc::PayloadWrite blackBox = qfc::PackPayload(qfc::kBlackBox, small);
+    qfc::ItemRow added = MakeItem(50);
+    qfc::ItemRow renamed = MakeItem(1, "renamed");
+    CString version = "1";
+    CString name = "new";
+};
+
+const Given& TheGiven() {
+    static const Given given;
+    return given;
+}
+
+bool WriteFolder(DBTools& tools, int number) {
+    return tools.InsertOrUpdateFolder(TheGiven().version, 0, TheGiven().name, 0, 0, 0, 1, 0, 0, number);
+}
+
 const Operation kOperations[] = {
     {"AddItem",
      [](DBTools& tools) {
-         const Bytes bytes = Noise(40000);
-         const qfc::PayloadWrite payload = qfc::PackPayload(qfc::kBitmapCache, bytes);
-         return tools.AddItemDb(MakeItem(50), {&payload, 1}, 2, 9);
+         return tools.AddItemDb(TheGiven().added, {&TheGiven().cache, 1}, 2, 9);
      }},
     {"UpdateItem",
      [](DBTools& tools) {
-         const Bytes bytes = Noise(9000, 7);
-         const qfc::PayloadWrite payload = qfc::PackPayload(qfc::kBlackBox, bytes);
-         return tools.UpdateItemDB(MakeItem(1, "renamed"), {&payload, 1});
+         return tools.UpdateItemDB(TheGiven().renamed, {&TheGiven().blackBox, 1});
      }},
-    {"InsertFolder",
-     [](DBTools& tools) {
-         int number = -1;
-         return tools.InsertOrUpdateFolder("1", 0, "new", 0, 0, 0, 1, 0, 0, number);
-     }},
+    {"UpdateCacheData", [](DBTools& tools) { return tools.UpdateCacheData(kHeldTwice, TheGiven().cache); }},
+    {"InsertGallery", [](DBTools& tools) { return tools.InsertGallery(7, 70); }},
+    {"InsertFolder", [](DBTools& tools) { return WriteFolder(tools, -1); }},
+    {"UpdateFolder", [](DBTools& tools) { return WriteFolder(tools, 2); }},
     {"ReorderItem", [](DBTools& tools) { return tools.ReOrderItemsDb(kHeldOnce, 2, 77); }},
     {"RemoveItemWithPayload", [](DBTools& tools) { return tools.DeleteItemFromFolder(kHeldOnce, 2); }},
     {"RemovePlacement", [](DBTools& tools) { return tools.DeleteItemFromFolder(kHeldTwice, 2); }},
+    {"DeleteCacheData", [](DBTools& tools) { return tools.DeleteCacheData(kHeldOnce, qfc::kBlackBox); }},
+    {"DeleteAllCacheData", [](DBTools& tools) { return tools.DeleteAllCacheData(kHeldOnce); }},
+    {"DeleteItemRow", [](DBTools& tools) { return tools.DeleteItemRow(kHeldOnce); }},
+    {"DeleteRelation", [](DBTools& tools) { return tools.DeleteRelation(kHeldOnce, 2); }},
+    {"DeleteFolderRow", [](DBTools& tools) { return tools.DeleteFolderRow(2); }},
+    {"InsertAutoLoadedItem", [](DBTools& tools) { return tools.InsertAutoLoadedItem(kHeldOnce, 2); }},
+    {"InsertAutoLoadedFile", [](DBTools& tools) { return tools.InsertAutoLoadedFile(TheGiven().name, 2); }},
     {"DeleteTrees",
      [](DBTools& tools) {
          const int galleries[] = {1, 2};
@@ -73,27 +98,23 @@ protected:
         Open();
     }
 
-    // The old state or the new one, never a mixture; true only for the new one. And nothing hangs over: the same
-    // object works again once the disk does.
+    // True and the new state, or false and the old one. And nothing hangs over: the same object works again once the
+    // disk does.
     void ExpectWhole(bool result) {
         const std::string seen = DumpOf(m_path);
-        if (result) {
-            EXPECT_EQ(seen, m_behind) << "reported as done, but not stored";
-        } else {
-            EXPECT_TRUE(seen == m_before || seen == m_behind) << "a mixture of old and new state";
-        }
+        EXPECT_EQ(seen, result ? m_behind : m_before) << "reported as " << result;
         if (seen != m_before) return;
         EXPECT_TRUE(GetParam().run(*m_tools)) << "does not recover";
         EXPECT_EQ(DumpOf(m_path), m_behind);
     }
 
     // Fails the n-th call for n = 1, 2, ... until nothing fails any more.
-    void FailEveryCall(bool sticky) {
+    void FailEveryCall(bool sticky, FaultVfs::Counted counted = FaultVfs::Counted::kChanges) {
         constexpr int kEnough = 400;
         for (int n = 1; n < kEnough; ++n) {
             SCOPED_TRACE("call " + std::to_string(n));
             StartOver();
-            m_disk.FailAt(n, sticky);
+            m_disk.FailAt(n, sticky, counted);
             const bool result = GetParam().run(*m_tools);
             const bool failed = m_disk.HasFailed();
             m_disk.Heal();
@@ -118,6 +139,37 @@ INSTANTIATE_TEST_SUITE_P(Operations, DBToolsFaults, testing::ValuesIn(kOperation
 TEST_P(DBToolsFaults, FailingOnceAtAnyCallIsAllOrNothing) { FailEveryCall(false); }
 
 TEST_P(DBToolsFaults, FailingFromAnyCallOnIsAllOrNothing) { FailEveryCall(true); }
+
+TEST_P(DBToolsFaults, FailingOnceAtAnyCallThatReadsToo) { FailEveryCall(false, FaultVfs::Counted::kEverything); }
+
+TEST_P(DBToolsFaults, FailingFromAnyCallThatReadsTooOn) { FailEveryCall(true, FaultVfs::Counted::kEverything); }
+
+// No exception and no half of it, wherever the memory ends: in the operation's own values or inside SQLite.
+TEST_P(DBToolsFaults, WithoutMemoryAtAnyCallIsAllOrNothing) {
+    for (const bool sticky : {false, true}) {
+        StartOver();
+        for (int n = 1;; ++n) {
+            SCOPED_TRACE("allocation " + std::to_string(n));
+            bool result = false;
+            bool failed = false;
+            {
+                const MemoryFaults faults(n, sticky);
+                EXPECT_NO_THROW(result = GetParam().run(*m_tools));
+                failed = faults.HasFailed();
+            }
+            // A rollback takes memory, too: the next operation makes up for it.
+            EXPECT_EQ(m_tools->GetGalleryIdByFolder(99), -1);
+            EXPECT_EQ(DumpOf(m_path), result ? m_behind : m_before) << "reported as " << result;
+            if (HasFailure()) return;
+            if (!failed) {
+                EXPECT_TRUE(result);
+                EXPECT_GT(n, 10) << "hardly any allocation was seen";
+                break;
+            }
+            if (result) StartOver();
+        }
+    }
+}
 
 TEST_P(DBToolsFaults, FullDiskIsAllOrNothing) {
     for (std::int64_t space = 0;; space += space < 4096 ? 512 : 4096) {
@@ -146,7 +198,7 @@ TEST_P(DBToolsFaults, CrashOfTheDiskThroughTheCloseIsAllOrNothing) {
         m_tools.reset();
         m_disk.Heal();
         const std::string seen = DumpOf(m_path);
-        EXPECT_TRUE(seen == m_behind || (!result && seen == m_before));
+        EXPECT_EQ(seen, result ? m_behind : m_before) << "reported as " << result;
         if (HasFailure() || !failed) return;
     }
 }
@@ -188,6 +240,69 @@ TEST_F(DBToolsFullDisk, NewLibraryThatDoesNotFitIsNotOpened) {
     const DBTools tools(CString((m_folder / "other.db").c_str()), ok);
     EXPECT_FALSE(ok);
     EXPECT_TRUE(m_disk.HasFailed());
+}
+
+using DBToolsOutOfMemory = LibraryTest;
+
+TEST_F(DBToolsOutOfMemory, OpeningEitherWorksOrSaysThatItDoesNot) {
+    for (const bool sticky : {false, true}) {
+        for (int n = 1;; n += n < 100 ? 1 : 17) {
+            std::filesystem::remove(m_folder / "new.db");
+            const CString path((m_folder / "new.db").c_str());
+            std::optional<DBTools> tools;
+            bool ok = true;
+            bool failed = false;
+            {
+                const MemoryFaults faults(n, sticky);
+                ASSERT_NO_THROW(tools.emplace(path, ok)) << "allocation " << n;
+                failed = faults.HasFailed();
+            }
+            EXPECT_EQ(tools->InsertGallery(1, n), ok) << "allocation " << n;
+            if (!failed) {
+                EXPECT_TRUE(ok);
+                break;
+            }
+        }
+    }
+}
+
+TEST_F(DBToolsOutOfMemory, QueriesGiveAllRowsOrNone) {
+    const int folder = AddFolder("a", AddGallery(1));
+    for (int number = 1; number <= 3; ++number) ASSERT_TRUE(AddItem(number, folder, number, Noise(3000)));
+    for (const bool sticky : {false, true}) {
+        for (int n = 1;; ++n) {
+            CppSQLite3Query rows;
+            std::vector<qfc::StoredGallery> galleries;
+            std::vector<qfc::PayloadSize> sizes;
+            bool results[3] = {};
+            bool failed = false;
+            {
+                const MemoryFaults faults(n, sticky);
+                results[0] = m_tools->QueryFolderItems(folder, rows);
+                results[1] = m_tools->QueryGalleries(galleries);
+                results[2] = m_tools->QueryCacheSizes(qfc::kBlackBox, sizes);
+                failed = faults.HasFailed();
+            }
+            int count = 0;
+            for (; !rows.eof(); rows.nextRow()) ++count;
+            EXPECT_EQ(count, results[0] ? 3 : 0) << "allocation " << n;
+            EXPECT_EQ(galleries.size(), results[1] ? 1U : 0U) << "allocation " << n;
+            EXPECT_TRUE(!results[1] || galleries[0].name == CString("root")) << "allocation " << n;
+            EXPECT_EQ(sizes.size(), results[2] ? 3U : 0U) << "allocation " << n;
+            if (HasFailure() || !failed) break;
+        }
+    }
+}
+
+TEST_F(DBToolsOutOfMemory, PayloadIsPackedRawWithoutMemoryForTheCompressor) {
+    const Bytes bytes = Repeated(1000, 1);
+    ASSERT_GT(qfc::PackPayload(qfc::kFilm, bytes).compressedSize, 0);
+    const MemoryFaults faults(1, true);
+    const qfc::PayloadWrite payload = qfc::PackPayload(qfc::kFilm, bytes);
+    EXPECT_TRUE(faults.HasFailed());
+    EXPECT_EQ(payload.rawSize, 1000);
+    EXPECT_EQ(payload.compressedSize, 0);
+    EXPECT_EQ(payload.Stored().data(), bytes.data());
 }
 
 }  // namespace

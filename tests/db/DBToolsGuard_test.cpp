@@ -117,6 +117,23 @@ TEST_F(DBToolsGuard, OperationIsRefusedWhileAPendingTransactionCannotBeFinished)
     EXPECT_FALSE(AddOne(2));
 }
 
+// Only the rollback is refused: a COMMIT would go through, with what the refused operation left.
+TEST_F(DBToolsGuard, OperationIsRefusedWhileAPendingTransactionCannotBeRolledBack) {
+    {
+        const Refusal refusal(m_connection, {"COMMIT", "ROLLBACK"});
+        EXPECT_FALSE(AddOne(1));
+    }
+    m_trace->Clear();
+    {
+        const Refusal refusal(m_connection, {"ROLLBACK"});
+        EXPECT_FALSE(AddOne(2));
+    }
+    EXPECT_EQ(m_trace->CountStartingWith("END"), 0);
+    EXPECT_EQ(m_trace->CountStartingWith("REPLACE"), 0);
+    m_tools.reset();
+    EXPECT_EQ(Count("ITEM_TABLE"), "0");
+}
+
 TEST_F(DBToolsGuard, NothingIsStoredAtCloseOfWhatWasLeftOpen) {
     {
         const Refusal refusal(m_connection, {"COMMIT", "ROLLBACK"});

@@ -1,7 +1,9 @@
+#include "platform/compress/Compression.h"
 #include "tests/db/DbTestSupport.h"
 #include "tests/support/SqlTrace.h"
 
 #include <random>
+#include <sqlite3.h>
 
 namespace {
 
@@ -206,6 +208,106 @@ TEST_F(DBToolsCache, ShortcutDoesWhatThePlainStatementDoes) {
 TEST_F(DBToolsCache, DeletingAllFailsWithoutTheTable) {
     Exec("DROP TABLE CACHE_DATA_TABLE");
     EXPECT_FALSE(m_tools->DeleteAllCacheData(MakeGuid(1)));
+}
+
+// SQLite asks the busy handler only where waiting can help: not for a reader that turns writer.
+TEST_F(DBToolsCache, DeletingAllWaitsForAForeignWriter) {
+    m_tools.reset();
+    SqlTrace trace;
+    Open();
+    ASSERT_TRUE(Write(1, 0, Repeated(10, 1)));
+    sqlite3* const connection = trace.Connection();
+    RawDb writer(m_path);
+    writer.Exec("BEGIN IMMEDIATE");
+    const auto letGo = [](void* other, int calls) {
+        if (calls == 0) static_cast<RawDb*>(other)->Exec("COMMIT");
+        return calls == 0 ? 1 : 0;
+    };
+    sqlite3_busy_handler(connection, letGo, &writer);
+    EXPECT_TRUE(m_tools->DeleteAllCacheData(MakeGuid(1)));
+}
+
+// --- Sizes without bytes ---
+
+TEST_F(DBToolsCache, SizesAreListedAsTheRowsTellThem) {
+    ASSERT_TRUE(Write(3, 0, Repeated(1000, 3)));
+    ASSERT_TRUE(Write(1, 0, Noise(300)));
+    ASSERT_TRUE(Write(2, 0, Repeated(5000, 2)));
+    ASSERT_TRUE(Write(4, 1, Repeated(5000, 2)));
+    Exec("INSERT INTO CACHE_DATA_TABLE VALUES(1, 7, x'00', 0, 'no guid'), (1, 7, x'00', 0, x'01')");
+    Exec("INSERT INTO CACHE_DATA_TABLE VALUES(1, NULL, x'00', 0, " + Literal(MakeGuid(9)) + ")");
+    std::vector<qfc::PayloadSize> sizes;
+    ASSERT_TRUE(m_tools->QueryCacheSizes(0, sizes));
+    CppSQLite3Query rows;
+    ASSERT_TRUE(m_tools->QueryCacheDataByType(0, rows));
+    std::size_t count = 0;
+    for (; !rows.eof(); rows.nextRow()) {
+        int length = 0;
+        const unsigned char* bytes = rows.getBlobField("ITEM_ID", length);
+        const auto guid = qfc::GuidFromBytes(bytes, static_cast<std::size_t>(length));
+        if (!guid) continue;
+        ASSERT_LT(count, sizes.size());
+        EXPECT_EQ(sizes[count].itemId, *guid);
+        EXPECT_EQ(sizes[count].compressedSize, rows.getIntField("COMPRESSED_SIZE"));
+        ++count;
+    }
+    EXPECT_EQ(count, 4U);
+    EXPECT_EQ(sizes.size(), 4U);
+}
+
+TEST_F(DBToolsCache, SizesAreNotListedWithoutShortcutsOrTheTable) {
+    std::vector<qfc::PayloadSize> sizes(2);
+    m_tools->SetShortcuts(false);
+    EXPECT_FALSE(m_tools->QueryCacheSizes(0, sizes));
+    m_tools->SetShortcuts(true);
+    Exec("DROP TABLE CACHE_DATA_TABLE");
+    EXPECT_FALSE(m_tools->QueryCacheSizes(0, sizes));
+    EXPECT_EQ(sizes.size(), 2U);
+}
+
+// --- A compressor that is not there ---
+
+class FailingCompressor {
+public:
+    FailingCompressor() : m_before(qfc::SetCompressionBinding({&Fail, &Fail})) {}
+    ~FailingCompressor() { qfc::SetCompressionBinding(m_before); }
+
+private:
+    static int Fail(unsigned, const void*, unsigned*, void*) { return 0; }
+    qfc::CompressionBinding m_before;
+};
+
+TEST_F(DBToolsCache, PayloadIsStoredRawWhenTheCompressorFails) {
+    const FailingCompressor failing;
+    ASSERT_TRUE(Write(1, 0, Repeated(1000, 9)));
+    EXPECT_EQ(RawDb(m_path).Rows("select PRE_COMPRESSED_SIZE, COMPRESSED_SIZE, length(COMPRESSED_DATA) from "
+                                 "CACHE_DATA_TABLE"),
+              (std::vector<RawDb::Row>{{"1000", "0", "1000"}}));
+    EXPECT_EQ(Read(1, 0), Repeated(1000, 9));
+}
+
+TEST_F(DBToolsCache, CompressedRowIsNotReadWhenTheDecompressorFails) {
+    ASSERT_TRUE(Write(1, 0, Repeated(1000, 9)));
+    const FailingCompressor failing;
+    EXPECT_EQ(Read(1, 0), Bytes{});
+}
+
+// A frame of twelve bytes that announces 2 GB, in a row that agrees.
+TEST_F(DBToolsCache, RowOfTwelveBytesThatAnnouncesTwoGigabytesIsNotSound) {
+    Exec("INSERT INTO CACHE_DATA_TABLE VALUES(2147483647, 12, x'28B52FFDA0FFFFFF7F010000', 0, " + Literal(MakeGuid(1)) +
+         ")");
+    EXPECT_EQ(Read(1, 0), Bytes{});
+    Exec("UPDATE CACHE_DATA_TABLE SET PRE_COMPRESSED_SIZE = 900000000, COMPRESSED_DATA = x'28B52FFDA000E9A435010000'");
+    EXPECT_EQ(Read(1, 0), Bytes{});
+}
+
+TEST_F(DBToolsCache, SizeBeyondTheLargestPayloadIsNotWritten) {
+    PayloadWrite payload = PackPayload(0, Repeated(10, 1));
+    payload.rawSize = qfc::kLargestPayload + 1;
+    payload.compressed = Repeated(10, 1);
+    payload.compressedSize = 10;
+    EXPECT_FALSE(m_tools->UpdateCacheData(MakeGuid(1), payload));
+    EXPECT_EQ(Count("CACHE_DATA_TABLE"), "0");
 }
 
 }  // namespace

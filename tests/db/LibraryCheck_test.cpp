@@ -2,6 +2,7 @@
 
 #include "db/LibrarySnapshot.h"
 #include "tests/db/DbTestSupport.h"
+#include "tests/support/MemoryFaults.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -199,7 +200,7 @@ TEST_F(LibraryCheckTest, CheckNeverWrites) {
 
 TEST(LibraryFindingName, IsDistinctForEveryKind) {
     std::vector<std::string> names;
-    for (int kind = 0; kind <= static_cast<int>(Kind::kBadGuid); ++kind) {
+    for (int kind = 0; kind <= static_cast<int>(Kind::kWriteAheadLog); ++kind) {
         names.emplace_back(qfc::LibraryFindingName(static_cast<Kind>(kind)));
         EXPECT_NE(names.back(), "unknown");
     }
@@ -207,6 +208,84 @@ TEST(LibraryFindingName, IsDistinctForEveryKind) {
     EXPECT_EQ(std::adjacent_find(names.begin(), names.end()), names.end());
     EXPECT_STREQ(qfc::LibraryFindingName(Kind::kFolderCycle), "folder-cycle");
     EXPECT_STREQ(qfc::LibraryFindingName(static_cast<Kind>(99)), "unknown");
+}
+
+TEST_F(LibraryCheckTest, RowNumbersThatAreNone) {
+    ExpectFindings(
+        "INSERT INTO FOLDER_TABLE(ID, PARENT_ID) VALUES(4294967297, -1), (70, 'text');"
+        "INSERT INTO GALLERY_TABLE VALUES(5, 8589934593), (6, 2.5);"
+        "INSERT INTO RELATION_TABLE VALUES(4294967297, " +
+            Literal(MakeGuid(1)) + ", 0)",
+        {{Kind::kFolderWithoutParent, "70"},
+         {Kind::kBadRowNumber, "4294967297"},
+         {Kind::kBadRowNumber, "70"},
+         {Kind::kBadRowNumber, "5"},
+         {Kind::kBadRowNumber, "6"},
+         {Kind::kBadRowNumber, kItem1}});
+}
+
+TEST_F(LibraryCheckTest, FoldersBeyond32BitsCloseNoCycleWithOthers) {
+    ExpectFindings("INSERT INTO FOLDER_TABLE(ID, PARENT_ID) VALUES(70, -1), (4294967366, 70)",
+                   {{Kind::kBadRowNumber, "4294967366"}});
+}
+
+TEST_F(LibraryCheckTest, TableWithoutAColumnIsDamage) {
+    Exec("ALTER TABLE CACHE_DATA_TABLE DROP COLUMN COMPRESSED_SIZE");
+    const auto findings = Check();
+    ASSERT_EQ(findings.size(), 1U);
+    EXPECT_EQ(findings[0].kind, Kind::kDamagedFile);
+    EXPECT_EQ(findings[0].row, "CACHE_DATA_TABLE");
+}
+
+TEST(LibraryCheck, FileThatWritesAheadIsReportedAndNothingIsLeftBesideIt) {
+    const TempFolder folder;
+    const std::string path = folder / "library.db";
+    RawDb(path).Exec("PRAGMA journal_mode = WAL; CREATE TABLE ITEM_TABLE(ITEM_ID)");
+    ASSERT_EQ(folder.Entries().size(), 1U);
+    std::vector<LibraryFinding> findings;
+    EXPECT_EQ(fnCheckLibrary(path.c_str(), findings), 1);
+    ASSERT_EQ(findings.size(), 1U);
+    EXPECT_EQ(findings[0].kind, Kind::kWriteAheadLog);
+    EXPECT_EQ(fnSnapshotLibrary(path.c_str(), (folder / "copy.db").c_str()), 0);
+    EXPECT_EQ(folder.Entries().size(), 1U);
+}
+
+// A disk that fails while the file is read says nothing about the file.
+TEST_F(LibraryCheckTest, FailingAtAnyReadIsNotDamage) {
+    for (const bool sticky : {false, true}) {
+        for (int n = 1;; ++n) {
+            std::vector<LibraryFinding> findings;
+            m_disk.FailAt(n, sticky, FaultVfs::Counted::kEverything);
+            const int result = fnCheckLibrary(m_path.c_str(), findings);
+            const bool failed = m_disk.HasFailed();
+            m_disk.Heal();
+            EXPECT_TRUE(findings.empty()) << "call " << n << ": " << findings[0].sentence;
+            EXPECT_TRUE(result == 0 || !sticky || !failed) << "call " << n;
+            if (HasFailure()) return;
+            if (failed) continue;
+            EXPECT_EQ(result, 1);
+            EXPECT_GT(n, 5);
+            break;
+        }
+    }
+}
+
+TEST_F(LibraryCheckTest, WithoutMemoryAtAnyCallNothingIsFound) {
+    const std::string before = ReadFile(m_path);
+    for (const bool sticky : {false, true}) {
+        for (int n = 1;; ++n) {
+            std::vector<LibraryFinding> findings;
+            bool failed = false;
+            {
+                const MemoryFaults faults(n, sticky);
+                fnCheckLibrary(m_path.c_str(), findings);
+                failed = faults.HasFailed();
+            }
+            ASSERT_TRUE(findings.empty()) << "call " << n << ": " << findings[0].sentence;
+            if (!failed) break;
+        }
+    }
+    EXPECT_EQ(ReadFile(m_path), before);
 }
 
 }  // namespace

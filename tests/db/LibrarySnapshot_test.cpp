@@ -1,6 +1,7 @@
 #include "db/LibrarySnapshot.h"
 
 #include "tests/db/DbTestSupport.h"
+#include "tests/support/MemoryFaults.h"
 
 #include <filesystem>
 
@@ -80,6 +81,28 @@ TEST_F(LibrarySnapshotTest, TargetMustBeAnotherFileInAFolderThatIsThere) {
     EXPECT_EQ(fnSnapshotLibrary(m_path.c_str(), nullptr), 0);
     EXPECT_EQ(ReadFile(m_path), before);
     EXPECT_EQ(Files(), 1U);
+}
+
+TEST_F(LibrarySnapshotTest, WithoutMemoryAtAnyCallGivesTheOldTargetOrTheWholeCopy) {
+    for (const bool sticky : {false, true}) {
+        for (int n = 1;; ++n) {
+            m_folder.Write("copy.db", "something else");
+            int result = 0;
+            bool failed = false;
+            {
+                const MemoryFaults faults(n, sticky);
+                result = Snapshot();
+                failed = faults.HasFailed();
+            }
+            if (result == 1) {
+                EXPECT_EQ(DumpOf(m_target), DumpOf(m_path)) << "call " << n;
+            } else {
+                EXPECT_EQ(ReadFile(m_target), "something else") << "call " << n;
+            }
+            EXPECT_EQ(Files(), 2U) << "call " << n;
+            if (HasFailure() || !failed) break;
+        }
+    }
 }
 
 }  // namespace

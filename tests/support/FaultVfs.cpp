@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <atomic>
-#include <filesystem>
 #include <new>
 #include <sqlite3.h>
 #include <stdexcept>
-#include <system_error>
+#include <sys/stat.h>
 
 namespace qfc::test {
 
@@ -16,13 +15,14 @@ struct FaultVfs::State {
     std::atomic<int> calls = 0;
     int failAt = 0;  // 0: none.
     bool sticky = false;
+    bool everything = false;
     bool hasFailed = false;
     std::optional<std::int64_t> space;
 
     void Reset() {
         calls = 0;
         failAt = 0;
-        sticky = hasFailed = false;
+        sticky = hasFailed = everything = false;
         space.reset();
     }
 
@@ -32,6 +32,9 @@ struct FaultVfs::State {
         hasFailed = hasFailed || fails;
         return fails;
     }
+
+    // For calls that change nothing.
+    bool MustFailToo() { return everything && MustFail(); }
 
     bool TakeSpace(std::int64_t bytes) {
         if (!space) return true;
@@ -68,6 +71,7 @@ std::int64_t SizeOf(sqlite3_file* file) {
 int Close(sqlite3_file* file) { return Real(file)->pMethods->xClose(Real(file)); }
 
 int Read(sqlite3_file* file, void* buffer, int amount, sqlite3_int64 offset) {
+    if (Self(file)->state->MustFailToo()) return SQLITE_IOERR_READ;
     return Real(file)->pMethods->xRead(Real(file), buffer, amount, offset);
 }
 
@@ -89,7 +93,12 @@ int Truncate(sqlite3_file* file, sqlite3_int64 size) {
 int Sync(sqlite3_file* file, int) { return Self(file)->state->MustFail() ? SQLITE_IOERR_FSYNC : SQLITE_OK; }
 
 int FileSize(sqlite3_file* file, sqlite3_int64* size) { return Real(file)->pMethods->xFileSize(Real(file), size); }
-int Lock(sqlite3_file* file, int level) { return Real(file)->pMethods->xLock(Real(file), level); }
+
+int Lock(sqlite3_file* file, int level) {
+    if (Self(file)->state->MustFailToo()) return SQLITE_IOERR_LOCK;
+    return Real(file)->pMethods->xLock(Real(file), level);
+}
+
 int Unlock(sqlite3_file* file, int level) { return Real(file)->pMethods->xUnlock(Real(file), level); }
 
 int CheckReservedLock(sqlite3_file* file, int* result) {
@@ -128,6 +137,7 @@ constexpr sqlite3_io_methods kMethods{
 int Open(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, int* outFlags) {
     State& state = StateOf(vfs);
     auto* self = new (file) FaultFile{{nullptr}, &state};
+    if (state.MustFailToo()) return SQLITE_CANTOPEN;
     const int result = state.real->xOpen(state.real, name, self->Real(), flags, outFlags);
     if (self->Real()->pMethods != nullptr) self->base.pMethods = &kMethods;
     return result;
@@ -136,9 +146,9 @@ int Open(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, int*
 int Delete(sqlite3_vfs* vfs, const char* name, int) {
     State& state = StateOf(vfs);
     if (state.MustFail()) return SQLITE_IOERR_DELETE;
-    std::error_code missing;
-    const auto size = std::filesystem::file_size(name, missing);
-    if (state.space && !missing) *state.space += static_cast<std::int64_t>(size);
+    // Without C++ file names: nothing here may take memory, which a test may have made scarce.
+    struct stat status;
+    if (state.space && stat(name, &status) == 0) *state.space += status.st_size;
     return state.real->xDelete(state.real, name, 0);
 }
 
@@ -198,8 +208,9 @@ FaultVfs::~FaultVfs() {
     sqlite3_vfs_register(m_state->real, 1);
 }
 
-void FaultVfs::FailAt(int n, bool sticky) {
+void FaultVfs::FailAt(int n, bool sticky, Counted counted) {
     m_state->Reset();
+    m_state->everything = counted == Counted::kEverything;
     m_state->failAt = n;
     m_state->sticky = sticky;
 }

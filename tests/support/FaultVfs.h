@@ -7,9 +7,10 @@
 namespace qfc::test {
 
 // A file system for SQLite that fails on demand. While it lives it is the process's default, so every connection opened
-// then goes through it; all of them must be closed before it dies. Counted are the calls that change a file: write,
-// sync, truncate and delete. A failing call changes nothing, and nothing is really synced, so it is also the fast way
-// to run a database that no power cut threatens. Faults are for one thread; without them several may use it.
+// then goes through it; all of them must be closed before it dies. Counted are the calls that change a file (write,
+// sync, truncate and delete) or, on demand, also those that open, read and lock one. A failing call changes nothing,
+// and nothing is really synced, so it is also the fast way to run a database that no power cut threatens. Faults are
+// for one thread; without them several may use it.
 class FaultVfs {
 public:
     FaultVfs();
@@ -17,8 +18,10 @@ public:
     FaultVfs(const FaultVfs&) = delete;
     FaultVfs& operator=(const FaultVfs&) = delete;
 
+    enum class Counted { kChanges, kEverything };
+
     // The n-th counted call from now on fails, counting from 1; sticky: and all that follow, until Heal.
-    void FailAt(int n, bool sticky);
+    void FailAt(int n, bool sticky, Counted counted = Counted::kChanges);
     // The disk takes this many more bytes: a write that needs more fails as on a full disk. Deleting and truncating
     // give bytes back.
     void LimitSpace(std::int64_t bytes);
