@@ -191,7 +191,9 @@ public:
     int UpdateFolderDb();
     int UpdateSubFolderIndexDB();
     int InsertOrUpdateGallery();
-    // Database first, memory after. Once added the gallery owns the item; on 0 it is still the caller's.
+    // Database first, memory after. Once added the gallery owns the item; on 0 it is still the caller's. An item of
+    // another library brings its payloads along, so the DBTools it has must be alive; it has this folder's afterwards,
+    // also when the database refuses it.
     int AddItemDb(CQItem* pItem, int bWriteDb);
     int AddItemFromImportLib(CQItem* pItem);
     // Recursive: from every folder of the gallery that holds it, and 1.

@@ -35,7 +35,10 @@ int CQFolder::AddItemDb(CQItem* pItem, int bWriteDb) {
     CQGallery* gallery = qfc::GalleryOf(*this);
     ItemArray* items = pItem != nullptr && gallery != nullptr ? NeedItemArray() : nullptr;
     if (items == nullptr || HasItem(pItem->GetUniqueID(), 0) != 0) return 0;
+    // What only the item's own library has would be out of reach behind the new tools.
+    if (pItem->fnGetDbTools() != m_pDBTools) FetchPayloads(*pItem);
     pItem->fnSetDbTools(m_pDBTools);
+    qfc::FolderNumbers::MakeRoom(*this, *items);
     if (bWriteDb != 0) {
         // A folder without a row takes nothing: the placement would belong to no folder.
         if (m_nDBId == -1 || m_pDBTools == nullptr || !m_pDBTools->AddItemDb(pItem, this, items->GetSize())) return 0;
@@ -53,6 +56,8 @@ int CQFolder::AddItemFromImportLib(CQItem* pItem) {
     const qfc::ImportPort add = qfc::CurrentImportPort();
     if (pItem == nullptr || gallery == nullptr || add == nullptr) return 0;
     const std::vector<CString> paths{qfc::FolderPathText(this)};
+    // A path that leads to another folder (a sibling of the same name) would put the item there.
+    if (gallery->GetFolderByPath(paths.front()) != this) return 0;
     const ULONGLONG handle = qfc::ToHandle(gallery);
     CQItem* existing = nullptr;
     if (gallery->IsItemInFolder(gallery, pItem, existing, 1) != 0) {
@@ -66,7 +71,9 @@ int CQFolder::AddItemFromImportLib(CQItem* pItem) {
     copy->SetUniqueID(pItem->GetUniqueID());
     const int added = add(handle, paths, copy.get());
     // The service answers 1 also when the folder did not take the item; then it is still ours.
-    if (added != 0 && Holds(GetItemArray(), copy.get())) static_cast<void>(copy.release());
+    CQItem* known = nullptr;
+    const bool taken = gallery->IsItemHasParentByGuid(copy->GetUniqueID(), known) != 0 && known == copy.get();
+    if (taken || Holds(GetItemArray(), copy.get())) static_cast<void>(copy.release());
     return added;
 }
 
@@ -110,10 +117,11 @@ int CQFolder::UpdateItemDB(const CQItem* pSource, const GUID& guid, DWORD dwFlag
 int CQFolder::ReOrderItemsDb(int nFirst, int nCount) {
     const ItemArray* items = GetItemArray();
     if (items == nullptr) return 0;
+    const bool stored = m_pDBTools != nullptr && m_nDBId != -1;
     const int end = nCount == -1 ? items->GetSize() : std::min(nCount, items->GetSize());
     for (int position = std::max(nFirst, 0); position < end; ++position) {
         CQItem* item = items->GetAt(position);
-        if (item != nullptr && m_pDBTools != nullptr) m_pDBTools->ReOrderItemsDb(item, this, position);
+        if (item != nullptr && stored) m_pDBTools->ReOrderItemsDb(item, this, position);
     }
     return 1;
 }

@@ -49,6 +49,7 @@ int CQFolder::AddItem(CQItem* pItem, int bSetParent) {
     ItemArray* items = pItem != nullptr ? NeedItemArray() : nullptr;
     if (items == nullptr) return 0;
     const DWORD number = GetNewItemStreamNumber();
+    qfc::FolderNumbers::MakeRoom(*this, *items);
     items->Add(pItem);
     if (pItem->m_bAttached == 0) {
         m_dwAdopt |= pItem->m_dwItemType;

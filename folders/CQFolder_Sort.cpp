@@ -1,7 +1,9 @@
 #include "folders/CQFolder.h"
 #include "folders/FolderConstants.h"
+#include "folders/FolderNumbers.h"
 #include "folders/GlobalProc.h"
 #include "folders/ItemOrder.h"
+#include "folders/TreeChanges.h"
 #include "items/CQItem.h"
 
 #include <algorithm>
@@ -73,12 +75,14 @@ int CQFolder::SortSubFolder() {
     FolderList* list = GetFolderList();
     if (list == nullptr) return 0;
     if (list->GetCount() < 2) return 1;
+    const auto before = [](const CQFolder* a, const CQFolder* b) { return a->m_nIndex < b->m_nIndex; };
     std::vector<CQFolder*> folders(list->begin(), list->end());
-    std::erase(folders, nullptr);
-    std::stable_sort(folders.begin(), folders.end(),
-                     [](const CQFolder* a, const CQFolder* b) { return a->m_nIndex < b->m_nIndex; });
+    if (std::erase(folders, nullptr) == 0 && std::is_sorted(folders.begin(), folders.end(), before)) return 1;
+    std::stable_sort(folders.begin(), folders.end(), before);
+    const std::uint64_t changes = qfc::TreeChanges();
     list->RemoveAll();
     for (CQFolder* folder : folders) list->AddTail(folder);
+    qfc::FolderNumbers::NoteReordered(*this, changes);
     return 1;
 }
 

@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <limits>
+#include <new>
 #include <vector>
 
 namespace qfc {
@@ -78,13 +79,27 @@ const NumberRuns& FolderNumbers::StreamNumbersOf(CQFolder& folder, CQFolder::Ite
     return numbers.m_streams;
 }
 
-void FolderNumbers::NoteAppended(CQFolder& folder, const CQFolder::ItemArray& items, CQItem& item) {
+void FolderNumbers::MakeRoom(CQFolder& folder, CQFolder::ItemArray& items) {
+    const FolderNumbers* known = folder.m_pNumbers.get();
+    const bool current =
+        known != nullptr && known->m_items == &items && known->m_itemsModification == items.ModificationCount();
+    items.Add(nullptr);
+    items.RemoveAt(items.GetUpperBound());  // The place stays allocated.
+    if (current) folder.m_pNumbers->m_itemsModification = items.ModificationCount();
+}
+
+void FolderNumbers::NoteAppended(CQFolder& folder, const CQFolder::ItemArray& items, CQItem& item) noexcept {
     FolderNumbers* numbers = folder.m_pNumbers.get();
     if (numbers == nullptr || numbers->m_items != &items ||
         numbers->m_itemsModification + 1 != items.ModificationCount()) {
         return;
     }
-    numbers->m_streams.Add(CQFolder::CountNumberOf(item));
+    try {
+        numbers->m_streams.Add(CQFolder::CountNumberOf(item));
+    } catch (const std::bad_alloc&) {
+        numbers->m_items = nullptr;
+        return;
+    }
     numbers->m_itemsModification = items.ModificationCount();
 }
 
@@ -114,6 +129,11 @@ const NumberRuns& FolderNumbers::StorageNumbersOf(CQFolder& fileRoot) {
     numbers.m_storagesKnown = numbers.CountStorages(fileRoot);
     numbers.m_treeChanges = changes;
     return numbers.m_storages;
+}
+
+void FolderNumbers::NoteReordered(CQFolder& folder, std::uint64_t nTreeChangesBefore) {
+    FolderNumbers* numbers = folder.GetFileRoot()->m_pNumbers.get();
+    if (numbers != nullptr && numbers->m_treeChanges == nTreeChangesBefore) numbers->m_treeChanges = TreeChanges();
 }
 
 void FolderNumbers::AssignStorageNumber(CQFolder& child, std::uint64_t nTreeChangesBefore) {

@@ -27,12 +27,16 @@ private:
 class FolderNumbers {
 public:
     static const NumberRuns& StreamNumbersOf(CQFolder& folder, CQFolder::ItemArray& items);
+    // Called before an item is appended: once it is owned, appending it and noting it cannot run out of memory.
+    static void MakeRoom(CQFolder& folder, CQFolder::ItemArray& items);
     // Called when an item was appended to the array and has its number.
-    static void NoteAppended(CQFolder& folder, const CQFolder::ItemArray& items, CQItem& item);
+    static void NoteAppended(CQFolder& folder, const CQFolder::ItemArray& items, CQItem& item) noexcept;
     // Called when the number of an item that some folder has counted changes.
     static void NoteItemNumberChanged();
 
     static const NumberRuns& StorageNumbersOf(CQFolder& fileRoot);
+    // Called when sub-folders of the folder only changed places; nTreeChangesBefore: the count before they did.
+    static void NoteReordered(CQFolder& folder, std::uint64_t nTreeChangesBefore);
     // Gives a new storage number to a folder that was just added; nTreeChangesBefore: the count before it was.
     static void AssignStorageNumber(CQFolder& child, std::uint64_t nTreeChangesBefore);
 

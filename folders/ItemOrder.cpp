@@ -4,7 +4,8 @@
 #include "items/CQItem.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <cstdlib>
+#include <limits>
 
 namespace qfc {
 
@@ -45,10 +46,18 @@ int CompareKeys(const SortKey& a, const SortKey& b, DWORD dwSortType, int bAscen
 }  // namespace
 
 std::optional<ItemDate> ReadItemDate(const char* pszDescription) {
-    ItemDate n{};
-    const int read = std::sscanf(pszDescription, "%d%d%d %d%d%d %d%d%d %d%d%d", &n[0], &n[1], &n[2], &n[3], &n[4],
-                                 &n[5], &n[6], &n[7], &n[8], &n[9], &n[10], &n[11]);
-    return read == 12 ? std::optional(n) : std::nullopt;
+    ItemDate date{};
+    const char* next = pszDescription;
+    for (int& number : date) {
+        // Blanks, a sign and decimal digits, as the scanning functions read a number; what is too large is limited.
+        char* end = nullptr;
+        const long value = std::strtol(next, &end, 10);
+        if (end == next) return std::nullopt;
+        number =
+            static_cast<int>(std::clamp<long>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+        next = end;
+    }
+    return date;
 }
 
 const char* KindWord(DWORD dwItemType) {

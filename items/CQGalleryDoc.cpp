@@ -45,14 +45,16 @@ int CQGalleryDoc::ChangeGallery(CQGallery* pGallery) {
 }
 
 int CQGalleryDoc::CloseGallery(CQGallery* pGallery) {
-    POSITION position = m_galleryList.Find(pGallery);
+    const auto placeOf = [&] { return m_galleryList.Find(static_cast<CObject*>(pGallery)); };
+    POSITION position = placeOf();
     if (position == nullptr) return 1;
     if (m_pCurrentGallery == pGallery) {
         m_pCurrentGallery = nullptr;
         m_pCurrentFolder = nullptr;
     }
+    // A gallery that was added twice goes from both places.
+    for (; position != nullptr; position = placeOf()) m_galleryList.RemoveAt(position);
     delete pGallery;
-    m_galleryList.RemoveAt(position);
     return 1;
 }
 

@@ -3,9 +3,10 @@
 
 int CQGallery::AddItem2Map(CQItem* pItem, ULONGLONG hParent) {
     if (pItem == nullptr) return 0;
+    std::list<ULONGLONG> parent{hParent};  // Made first: once the item is owned, nothing may throw.
     ItemEntry& entry = m_itemMap[pItem->GetUniqueID()];
     if (entry.parents.empty()) entry.pItem.reset(pItem);
-    entry.parents.push_back(hParent);
+    entry.parents.splice(entry.parents.end(), parent);
     // Kept: only neighbours are made one, so a parent that comes back after another one stands twice.
     entry.parents.unique();
     return 1;

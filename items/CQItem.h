@@ -13,7 +13,13 @@
 #include <vector>
 
 class CQFolder;
+class CQItem;
 class DBTools;
+
+namespace qfc {
+struct ItemRow;
+void FillFromRow(CQItem& item, const ItemRow& row);
+}  // namespace qfc
 
 // One entry of the library: identity, names, type bits, three payloads (black box, bitmap cache, film) and tags.
 // Payloads are loaded lazily: from the database when the item's gallery knows its GUID, else from the gallery file.
@@ -111,7 +117,7 @@ public:
     unsigned char* GetFilmFrame(unsigned nIndex);
 
     // 1 when the payload is (or, for the film, need not be) in memory afterwards. TryLoadBB brings black box and
-    // bitmap cache.
+    // bitmap cache; a cache in memory is enough for it, and a black box in memory of a modified item is kept.
     int TryLoadBB();
     int TryLoadFilm();
     int IsExistInGalleryItemMap() const;
@@ -122,8 +128,8 @@ public:
     // Copies the groups named by the mask (items/ItemTypes.h), then marks this item modified whatever the mask.
     // A null source does nothing; the item itself as source only marks it modified.
     void Copy(const CQItem* pSource, DWORD dwMask);
-    // Same name, type, data block and film (loaded first where only its size is known). GUID, file and black box are
-    // not compared.
+    // Same name, type, data block and film (loaded first where only its size is known; films whose bytes cannot be
+    // had are not equal). GUID, file and black box are not compared.
     int Equals(CQItem* pOther);
     int IsSameItem(const CQItem* pOther) const;
     // Case-insensitive search in the name, then the annotation, then the description, as asked.
@@ -160,9 +166,11 @@ protected:
     std::span<const std::byte> GetDataBlock() const { return m_dataBlock.bytes(); }
 
 private:
+    friend void qfc::FillFromRow(CQItem& item, const qfc::ItemRow& row);
     friend class CQFolder;  // Attaches items: the attached flag and the number.
 
     void CopyGroups(const CQItem& source, DWORD dwMask);
+    int ReloadBlackBox();
     int LoadFilmFromDb(int nDefaultSize);
     int LoadFromGalleryFile(int nKind);
 

@@ -95,7 +95,7 @@ int CQItem::Equals(CQItem* pOther) {
     // The sizes come with the row, the bytes only on demand.
     TryLoadFilm();
     pOther->TryLoadFilm();
-    return SameBytes(m_film, pOther->m_film) ? 1 : 0;
+    return m_film && SameBytes(m_film, pOther->m_film) ? 1 : 0;
 }
 
 int CQItem::IsSameItem(const CQItem* pOther) const { return pOther != nullptr && m_guid == pOther->m_guid ? 1 : 0; }

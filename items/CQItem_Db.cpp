@@ -2,11 +2,9 @@
 #include "db/Columns.h"
 #include "db/DBTools.h"
 #include "items/CQItem.h"
+#include "items/ItemRows.h"
 #include "items/ItemTypes.h"
 #include "items/RowReader.h"
-
-#include <cstdint>
-#include <type_traits>
 
 namespace column = qfc::column;
 
@@ -19,6 +17,14 @@ enum class Stored {
     kNoBytes,  // Announced, but the row holds none; the buffer was not touched.
     kCorrupt,  // The bytes do not give the announced size; the buffer is gone.
     kLoaded,
+};
+
+// One row as it was found: kNoRow, kEmpty, kNoBytes, or kLoaded when there are bytes to unpack. The bytes are the
+// query's.
+struct FoundRow {
+    CppSQLite3Query query;
+    Stored outcome = Stored::kNoRow;
+    qfc::StoredPayload stored;
 };
 
 struct LoadedPayload {
@@ -41,28 +47,26 @@ bool Unpack(const qfc::StoredPayload& stored, Block& block) {
 }
 
 // `nDefaultSize` stands for an announced size that is missing.
-template <class Block>
-LoadedPayload Load(DBTools& tools, const GUID& item, int nKind, int nDefaultSize, Block& block) {
-    CppSQLite3Query query;
-    if (!tools.QueryCacheData(item, nKind, query)) return {};
-    const qfc::RowReader row(query);
-    if (row.AtEnd()) return {};
+void Find(DBTools& tools, const GUID& item, int nKind, int nDefaultSize, FoundRow& found) {
+    if (!tools.QueryCacheData(item, nKind, found.query)) return;
+    const qfc::RowReader row(found.query);
+    if (row.AtEnd()) return;
+    found.stored.rawSize = row.Int(column::kPreCompressedSize, nDefaultSize);
+    found.outcome = Stored::kEmpty;
+    if (found.stored.rawSize == 0) return;
+    found.stored.compressedSize = row.Int(column::kCompressedSize, 0);
+    found.stored.bytes = row.Blob(column::kCompressedData);
+    found.outcome = found.stored.bytes.empty() ? Stored::kNoBytes : Stored::kLoaded;
+}
 
-    qfc::StoredPayload stored;
-    stored.rawSize = row.Int(column::kPreCompressedSize, nDefaultSize);
-    const auto nAnnounced = static_cast<unsigned>(stored.rawSize);
-    if (stored.rawSize == 0) {
-        block = Block(block.release(), 0);
-        return {Stored::kEmpty, 0};
-    }
-    stored.compressedSize = row.Int(column::kCompressedSize, 0);
-    stored.bytes = row.Blob(column::kCompressedData);
-    if (stored.bytes.empty()) return {Stored::kNoBytes, nAnnounced};
-    if (!Unpack(stored, block)) {
+template <class Block>
+LoadedPayload Take(const FoundRow& found, Block& block) {
+    if (found.outcome == Stored::kEmpty) block = Block(block.release(), 0);
+    if (found.outcome == Stored::kLoaded && !Unpack(found.stored, block)) {
         block.reset();
         return {Stored::kCorrupt, 0};
     }
-    return {Stored::kLoaded, nAnnounced};
+    return {found.outcome, static_cast<unsigned>(found.stored.rawSize)};
 }
 
 int Succeeded(Stored outcome) { return outcome == Stored::kLoaded || outcome == Stored::kEmpty ? 1 : 0; }
@@ -70,9 +74,11 @@ int Succeeded(Stored outcome) { return outcome == Stored::kLoaded || outcome == 
 // Into a buffer of the caller.
 template <class Block>
 int LoadIntoBuffer(DBTools& tools, const GUID& item, int nKind, int nDefaultSize, unsigned& nSize, void** ppData) {
-    Block block(*ppData, nSize);
+    FoundRow found;
+    Find(tools, item, nKind, nDefaultSize, found);
+    Block block(*ppData, nSize);  // Not before the row was read: that may throw, and the buffer is the caller's.
     const bool bHadBuffer = static_cast<bool>(block);
-    const LoadedPayload loaded = Load(tools, item, nKind, nDefaultSize, block);
+    const LoadedPayload loaded = Take(found, block);
     *ppData = block.release();
     // The size is announced even when the row has no bytes for it, unless it tells the size of a buffer that stays.
     const bool bSizeStays = loaded.outcome == Stored::kNoRow || (loaded.outcome == Stored::kNoBytes && bHadBuffer);
@@ -82,10 +88,17 @@ int LoadIntoBuffer(DBTools& tools, const GUID& item, int nKind, int nDefaultSize
 
 // Into a payload of the item itself: without bytes its size stays what it was.
 template <class Block>
-int LoadIntoMember(DBTools& tools, const GUID& item, int nKind, int nDefaultSize, Block& block, DWORD& dwSize) {
-    const LoadedPayload loaded = Load(tools, item, nKind, nDefaultSize, block);
+int TakeIntoMember(const FoundRow& found, Block& block, DWORD& dwSize) {
+    const LoadedPayload loaded = Take(found, block);
     if (loaded.outcome != Stored::kNoRow && loaded.outcome != Stored::kNoBytes) dwSize = loaded.nAnnounced;
     return Succeeded(loaded.outcome);
+}
+
+template <class Block>
+int LoadIntoMember(DBTools& tools, const GUID& item, int nKind, int nDefaultSize, Block& block, DWORD& dwSize) {
+    FoundRow found;
+    Find(tools, item, nKind, nDefaultSize, found);
+    return TakeIntoMember(found, block, dwSize);
 }
 
 }  // namespace
@@ -96,27 +109,24 @@ int CQItem::fnLoadItemFromDb() {
     const qfc::RowReader row(query);
     if (row.AtEnd()) return 0;
 
-    const auto number = [&](const char* pszColumn, auto& member) {
-        using Member = std::remove_reference_t<decltype(member)>;
-        member = static_cast<Member>(row.Int(pszColumn, static_cast<int>(member)));
-    };
-    number(column::kCurThumbFrameNum, m_dwCurThumbFrameNum);
-    number(column::kOrgThumbFrameNum, m_dwOrgThumbFrameNum);
-    number(column::kBbid, m_nDBId);
-    number(column::kItemType, m_dwItemType);
-    m_strItemName = row.NameText(column::kItemName, m_strItemName);
+    // What a column does not say stays as it is, but for the timestamp.
+    qfc::ItemRow fields = qfc::RowOf(*this);
+    const auto number = [&](const char* pszColumn, int& nField) { nField = row.Int(pszColumn, nField); };
+    number(column::kCurThumbFrameNum, fields.currentThumbFrame);
+    number(column::kOrgThumbFrameNum, fields.originalThumbFrame);
+    number(column::kBbid, fields.bbid);
+    number(column::kItemType, fields.itemType);
+    fields.name = row.NameText(column::kItemName, fields.name);
     // Kept: names and paths are converted from UTF-8, description and annotation are taken as stored.
-    m_strDescription = row.Text(column::kDescription, m_strDescription);
-    m_strAnnotation = row.Text(column::kAnnotation, m_strAnnotation);
-    m_strFileName = row.NameText(column::kFileName, m_strFileName);
-    number(column::kAttrib, m_dwAttrib);
-    // Kept: the timestamp passes through 32 signed bits.
-    m_ullTimeStamp = static_cast<ULONGLONG>(std::int64_t{row.Int(column::kTimestamp, 0)});
-    number(column::kFilmSize, m_dwFilmSize);
-    number(column::kFrameSize, m_dwFrameSize);
-    number(column::kDeletable, m_bDeletable);
-    // Once the film is in memory, its bytes tell its size, whatever the row says.
-    if (m_film) m_dwFilmSize = static_cast<DWORD>(m_film.size());
+    fields.description = row.Text(column::kDescription, fields.description);
+    fields.annotation = row.Text(column::kAnnotation, fields.annotation);
+    fields.fileName = row.NameText(column::kFileName, fields.fileName);
+    number(column::kAttrib, fields.attributes);
+    fields.timestamp = row.Int(column::kTimestamp, 0);
+    number(column::kFilmSize, fields.filmSize);
+    number(column::kFrameSize, fields.frameSize);
+    number(column::kDeletable, fields.deletable);
+    qfc::FillFromRow(*this, fields);
     return 1;
 }
 
@@ -177,11 +187,14 @@ int CQItem::LoadCacheDataFromDb(DWORD dwKind) {
 }
 
 int CQItem::LoadFilmFromDb(int nDefaultSize) {
+    FoundRow found;
+    Find(*m_pDBTools, m_guid, qfc::kFilm, nDefaultSize, found);
     // A film that does not consist of frames is refused here, so that nobody divides by its frame size.
-    if (m_dwFrameSize == 0) return 0;
-    const int bLoaded = LoadIntoMember(*m_pDBTools, m_guid, qfc::kFilm, nDefaultSize, m_film, m_dwFilmSize);
-    if (!m_film || m_film.size() >= m_dwFrameSize) return bLoaded;
+    if (m_dwFrameSize == 0 && found.outcome != Stored::kEmpty) return 0;
+    const int bLoaded = TakeIntoMember(found, m_film, m_dwFilmSize);
+    if (bLoaded == 0 || !m_film || m_film.size() >= m_dwFrameSize || m_film.size() == 0) return bLoaded;
     m_film.reset();
+    m_dwFilmSize = 0;
     return 0;
 }
 

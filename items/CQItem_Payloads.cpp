@@ -8,7 +8,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <optional>
+#include <utility>
 
 namespace {
 
@@ -98,6 +100,7 @@ int CQItem::ChangeFilm(unsigned char* pFilm, unsigned nFilmSize, unsigned nFrame
     return 1;
 }
 
+// Kept: with attribute bit 0 clear nothing is loaded, and the sizes of the row are counted all the same.
 unsigned CQItem::GetTotalFilmFrame() {
     if (TryLoadFilm() == 0 || m_dwFilmSize == 0 || m_dwFrameSize == 0) return 0;
     return m_dwFilmSize / m_dwFrameSize;
@@ -112,11 +115,25 @@ unsigned char* CQItem::GetFilmFrame(unsigned nIndex) {
 }
 
 int CQItem::TryLoadBB() {
+    // Kept: a bitmap cache in memory is enough, also when the black box is not there.
     if (m_cache) return 1;
     if (IsExistInGalleryItemMap() == 0) return LoadFromGalleryFile(qfc::kBitmapCache);
-    const int bBlackBox = LoadCacheDataFromDb(static_cast<DWORD>(qfc::kBlackBox));
+    const int bBlackBox = ReloadBlackBox();
     const int bCache = LoadCacheDataFromDb(static_cast<DWORD>(qfc::kBitmapCache));
     return bBlackBox & bCache;
+}
+
+// What was given to the item and not stored yet is not loaded over, and a row that cannot be read takes no good bytes.
+int CQItem::ReloadBlackBox() {
+    if (m_blackBox && m_bModified != 0) return 1;
+    qfc::PlainBlock kept(m_blackBox.size());
+    if (kept) std::memcpy(kept.data(), m_blackBox.data(), kept.size());
+    const int bLoaded = LoadCacheDataFromDb(static_cast<DWORD>(qfc::kBlackBox));
+    if (bLoaded == 0 && !m_blackBox && kept) {
+        m_dwBlackBoxSize = static_cast<DWORD>(kept.size());
+        m_blackBox = std::move(kept);
+    }
+    return bLoaded;
 }
 
 int CQItem::TryLoadFilm() {

@@ -11,7 +11,8 @@ namespace qfc {
 
 namespace {
 
-void BringIntoMemory(CQItem& item, int nKind) {
+void BringIntoMemory(CQItem& item, int nKind, const DBTools& target) {
+    if (!item.PayloadInMemory(nKind).empty() || item.fnGetDbTools() == &target) return;
     if (item.fnGetDbTools() != nullptr) {
         item.LoadCacheDataFromDb(static_cast<DWORD>(nKind));
     } else if (nKind == kFilm) {
@@ -19,6 +20,14 @@ void BringIntoMemory(CQItem& item, int nKind) {
     } else {
         item.TryLoadBB();
     }
+}
+
+PayloadWrite Packed(const CQItem& item, int nKind) {
+    const auto bytes = item.PayloadInMemory(nKind);
+    if (!bytes.empty()) return PackPayload(nKind, bytes);
+    PayloadWrite nothing;
+    nothing.kind = nKind;
+    return nothing;
 }
 
 }  // namespace
@@ -44,35 +53,34 @@ ItemRow RowOf(const CQItem& item) {
 }
 
 void FillFromRow(CQItem& item, const ItemRow& row) {
-    item.GetCurThumbFrameNum() = static_cast<DWORD>(row.currentThumbFrame);
-    item.GetOrgThumbFrameNum() = static_cast<DWORD>(row.originalThumbFrame);
-    item.SetDBID(row.bbid);
-    item.SetItemType(static_cast<DWORD>(row.itemType));
-    item.SetItemName(row.name);
-    item.GetDescription() = row.description;
-    item.GetAnnotation() = row.annotation;
-    item.SetFileName(row.fileName);
-    item.GetAttrib() = static_cast<DWORD>(row.attributes);
+    item.m_dwCurThumbFrameNum = static_cast<DWORD>(row.currentThumbFrame);
+    item.m_dwOrgThumbFrameNum = static_cast<DWORD>(row.originalThumbFrame);
+    item.m_nDBId = row.bbid;
+    item.m_dwItemType = static_cast<DWORD>(row.itemType);
+    item.m_strItemName = row.name;
+    item.m_strDescription = row.description;
+    item.m_strAnnotation = row.annotation;
+    item.m_strFileName = row.fileName;
+    // Kept: the template path is written with the row, but never read back.
+    item.m_dwAttrib = static_cast<DWORD>(row.attributes);
     // Kept: the timestamp passes through 32 signed bits.
-    item.fnSetTimeStamp(static_cast<ULONGLONG>(std::int64_t{row.timestamp}));
-    item.ChangeFilm(nullptr, static_cast<unsigned>(row.filmSize), static_cast<unsigned>(row.frameSize));
-    item.fnSetDeletable(row.deletable);
+    item.m_ullTimeStamp = static_cast<ULONGLONG>(std::int64_t{row.timestamp});
+    // Once the film is in memory, its bytes tell its size, whatever the row says.
+    item.m_dwFilmSize = item.m_film ? static_cast<DWORD>(item.m_film.size()) : static_cast<DWORD>(row.filmSize);
+    item.m_dwFrameSize = static_cast<DWORD>(row.frameSize);
+    item.m_bDeletable = row.deletable;
 }
 
 PayloadWrite PayloadOf(CQItem& item, int nKind, const DBTools& target) {
-    if (item.PayloadInMemory(nKind).empty() && item.fnGetDbTools() != &target) BringIntoMemory(item, nKind);
-    const auto bytes = item.PayloadInMemory(nKind);
-    if (!bytes.empty()) return PackPayload(nKind, bytes);
-    PayloadWrite nothing;
-    nothing.kind = nKind;
-    return nothing;
+    BringIntoMemory(item, nKind, target);
+    return Packed(item, nKind);
 }
 
 std::vector<PayloadWrite> PayloadsOf(CQItem& item, const DBTools& target) {
+    // All are fetched before the first is packed: fetching one kind may replace the bytes of another.
+    for (const int nKind : kPayloadWriteOrder) BringIntoMemory(item, nKind, target);
     std::vector<PayloadWrite> payloads;
-    for (const int nKind : kPayloadWriteOrder) {
-        payloads.push_back(PayloadOf(item, nKind, target));
-    }
+    for (const int nKind : kPayloadWriteOrder) payloads.push_back(Packed(item, nKind));
     return payloads;
 }
 

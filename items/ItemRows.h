@@ -14,7 +14,7 @@ namespace qfc {
 // The item's row as its fields stand now.
 ItemRow RowOf(const CQItem& item);
 
-// Takes the fields of a row into an item that is as new; the template path is not read back.
+// Takes the fields of a row into an item, but its GUID and the template path.
 void FillFromRow(CQItem& item, const ItemRow& row);
 
 // The payload of one kind as it is to be written to `target`. Without bytes in memory an item of that same database

@@ -1,6 +1,7 @@
 #include "folders/ImportPort.h"
 #include "tests/folders/FolderBuilders.h"
 #include "tests/items/ItemLibrary.h"
+#include "tests/support/SqlTrace.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -303,6 +304,18 @@ TEST_F(CQFolder_DbItems, ReOrder_NeedsAnItemArrayAndPassesOverNulls) {
     EXPECT_EQ(Placements(a), (std::vector<Row>{{"'i1'", "1"}}));
 }
 
+TEST_F(CQFolder_DbItems, ReOrder_InAFolderWithoutRowWritesNothing) {
+    CQItem* item = StoredItem(a, 1);
+    CQFolder* unstored = AddSub(gallery, "unstored");
+    unstored->AddItem(item, 0);
+    library.Raw().Exec(
+        "insert into RELATION_TABLE(PARENT_ID, ITEM_ID, ITEM_INDEX) select -1, ITEM_ID, 90 from "
+        "RELATION_TABLE");
+    const std::string before = library.Raw().Dump();
+    EXPECT_EQ(unstored->ReOrderItemsDb(0, -1), 1);
+    EXPECT_EQ(library.Raw().Dump(), before);
+}
+
 // --- Importing ---------------------------------------------------------------------------------------------------
 
 struct Request {
@@ -394,6 +407,13 @@ TEST_F(ImportFromLibrary, AnItemTheFolderHas_IsNotAdded) {
     EXPECT_TRUE(g_requests.empty());
 }
 
+TEST_F(ImportFromLibrary, FolderWhosePathLeadsToAnotherOfItsName_TakesNothing) {
+    CQFolder* namesake = AddSub(gallery, "A");
+    namesake->InsertOrUpdateFolder();
+    EXPECT_EQ(namesake->AddItemFromImportLib(&foreign), 0);
+    EXPECT_TRUE(g_requests.empty());
+}
+
 TEST_F(ImportFromLibrary, NeedsAnItemAGalleryAndSomebodyWhoAdds) {
     EXPECT_EQ(a.AddItemFromImportLib(nullptr), 0);
     CQFolder plain;
@@ -416,6 +436,23 @@ TEST_F(ImportFromLibrary, PayloadsLeftInTheItemsOwnLibrary_AreFetchedFirst) {
     EXPECT_EQ(a.AddItemFromImportLib(&foreign), 1);
     ASSERT_EQ(g_requests.size(), 1u);
     EXPECT_EQ(g_requests[0].blackBox, 700u);
+}
+
+TEST_F(ImportFromLibrary, AllPayloads_AreFetchedInOrderAndLandInTheTargetsRows) {
+    SqlTrace trace;
+    LibraryFile other("other.db");
+    const std::unique_ptr<CQItem> stored(NewFilledItem(1));
+    stored->fnSetDbTools(other.Tools());
+    ASSERT_EQ(stored->UpdateItemDB(), 1);
+    foreign.fnSetDbTools(other.Tools());
+    ASSERT_EQ(foreign.fnLoadItemFromDb(), 1);
+    SetImportPort(ReallyAdd);
+    trace.Clear();
+    ASSERT_EQ(a.AddItemFromImportLib(&foreign), 1);
+    EXPECT_EQ(trace.Count("Select * from CACHE_DATA_TABLE where ITEM_ID = ? AND CACHE_DATA_TYPE = ?"), 3);
+    EXPECT_EQ(Count("CACHE_DATA_TABLE"), "3");
+    const auto payloads = "select * from CACHE_DATA_TABLE order by CACHE_DATA_TYPE";
+    EXPECT_EQ(library.Raw().Rows(payloads), other.Raw().Rows(payloads));
 }
 
 }  // namespace

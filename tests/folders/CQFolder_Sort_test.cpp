@@ -102,6 +102,12 @@ TEST(CQFolderSort, DateText_NeedsTwelveNumbers) {
         {"0x10 2", false},
     };
     for (const auto& row : rows) EXPECT_EQ(ReadItemDate(row.text).has_value(), row.readable) << row.text;
+    const auto limited = ReadItemDate(
+        "99999999999999999999999 -99999999999999999999999 2147483647 -2147483648 "
+        "2147483648 -2147483649 1 1 1 1 1 1");
+    ASSERT_TRUE(limited.has_value());
+    EXPECT_EQ(*limited, (ItemDate{2147483647, -2147483647 - 1, 2147483647, -2147483647 - 1, 2147483647, -2147483647 - 1,
+                                  1, 1, 1, 1, 1, 1}));
     const auto read = ReadItemDate("007 08 9 -1 +2 3 4 5 6 7 8 9");
     ASSERT_TRUE(read.has_value());
     EXPECT_EQ(*read, (ItemDate{7, 8, 9, -1, 2, 3, 4, 5, 6, 7, 8, 9}));

@@ -1,6 +1,7 @@
 #include "folders/FolderRows.h"
 
 #include "db/TreeRows.h"
+#include "folders/FolderNumbers.h"
 #include "tests/folders/FolderBuilders.h"
 #include "tests/items/ItemLibrary.h"
 #include "tests/support/SqlTrace.h"
@@ -164,6 +165,29 @@ TEST(FolderRowsCost, TheNumberOfStatementsDoesNotGrowWithTheTree) {
     LoadedTree loaded(library.Tools());
     EXPECT_LT(trace.Statements().size() - before, 20u);
     EXPECT_NE(loaded.Item(60), nullptr);
+}
+
+// Sub-folders stand against the order of their index, so every one of the lists is put in order.
+TEST_F(LoadedBothWays, LoadOfAWideTree_LooksAtEachFolderAFewTimes) {
+    constexpr int kFolders = 20000;
+    Sql("begin; insert into GALLERY_TABLE values(1, 1);"
+        "with recursive n(i) as (select 1 union all select i + 1 from n where i < " +
+        std::to_string(kFolders) +
+        ") insert into FOLDER_TABLE(ID, PARENT_ID, FOLDER_NAME, ORDER_INDEX) "
+        "select i, case i when 1 then -1 else i / 2 end, 'f', -i from n; commit");
+    CQGallery root;
+    root.SetFolderID(1);
+    root.SetDBTools(library.Tools());
+    const std::uint64_t before = FolderNumbers::VisitsSoFar();
+    ASSERT_EQ(root.LoadTreeFromDb(), 1);
+    EXPECT_LE(FolderNumbers::VisitsSoFar() - before, 3u * kFolders);
+    EXPECT_EQ(root.GetFolderList()->GetHead()->GetDBId(), 3);
+    // Numbers given afterwards are free all the same.
+    CQFolder* added = AddSub(root, "added");
+    root.GetFolderList()->GetHead()->AddFolder(new CQFolder("last", 0, 0, 0), 1, 1);
+    EXPECT_EQ(FolderInside::StorageNumber(*added), 0u);
+    EXPECT_EQ(FolderInside::StorageNumber(*root.GetFolderList()->GetHead()->GetFolderList()->GetTail()),
+              static_cast<DWORD>(kFolders));
 }
 
 }  // namespace

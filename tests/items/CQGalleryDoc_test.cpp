@@ -82,6 +82,17 @@ TEST(CQGalleryDoc, ClosedGallery_IsDestroyedWithItsItemsAndUnlisted) {
     EXPECT_TRUE(document.GetGalleryList().IsEmpty());
 }
 
+TEST(CQGalleryDoc, GalleryAddedTwice_IsClosedOnceAndUnlistedAltogether) {
+    CQGalleryDoc document;
+    int nDestroyed = 0;
+    auto* const pGallery = new CountedGallery(nDestroyed);
+    document.AddGallery(pGallery);
+    document.AddGallery(pGallery);
+    EXPECT_EQ(document.CloseGallery(pGallery), 1);
+    EXPECT_EQ(nDestroyed, 1);
+    EXPECT_TRUE(document.GetGalleryList().IsEmpty());
+}
+
 TEST(CQGalleryDoc, ClosingTheCurrentGallery_LeavesNoneCurrent) {
     CQGalleryDoc document;
     auto* const pGallery = new CQGallery;

@@ -233,12 +233,12 @@ TEST(CQItem_Equals, FilmsAreComparedByteForByte) {
     EXPECT_EQ(one.Equals(&other), 0);
 }
 
-TEST(CQItem_Equals, FilmsThatCannotBeLoaded_AreNotRead) {
+TEST(CQItem_Equals, FilmsThatCannotBeLoaded_AreNotEqual) {
     CQItem one;
     CQItem other;
     one.ChangeFilm(nullptr, 200, 100);
     other.ChangeFilm(nullptr, 200, 100);
-    EXPECT_EQ(one.Equals(&other), 1);
+    EXPECT_EQ(one.Equals(&other), 0);
     GiveFilm(other, Pattern(200), 100);
     EXPECT_EQ(one.Equals(&other), 0);
 }

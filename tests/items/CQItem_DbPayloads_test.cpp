@@ -247,6 +247,23 @@ TEST_F(CQItem_DbPayloads, FilmThatDoesNotCoverAFrame_IsRefused) {
     }
 }
 
+TEST_F(CQItem_DbPayloads, EmptyFilmRowWithoutFrameSize_AnswersOne) {
+    InsertItem("FILM_SIZE, FRAME_SIZE, ATTRIB", "0, 0, 1");
+    InsertPayload(2, "0", "0", "X'01'");
+    ASSERT_EQ(m_item.fnLoadItemFromDb(), 1);
+    EXPECT_EQ(m_item.LoadCacheDataFromDb(2), 1);
+    EXPECT_EQ(m_item.GetFilm(), nullptr);
+}
+
+TEST_F(CQItem_DbPayloads, RefusedShortFilm_LeavesNoSize) {
+    InsertItem("FILM_SIZE, FRAME_SIZE, ATTRIB", "4, 5, 1");
+    InsertPayload(2, "4", "0", "X'01020304'");
+    ASSERT_EQ(m_item.fnLoadItemFromDb(), 1);
+    EXPECT_EQ(m_item.GetFilmSize(), 4u);
+    EXPECT_EQ(m_item.LoadCacheDataFromDb(2), 0);
+    EXPECT_EQ(m_item.GetFilmSize(), 0u);
+}
+
 TEST_F(CQItem_DbPayloads, FilmSizeOfTheRow_DoesNotOutgrowTheBytesInMemory) {
     InsertItem("FILM_SIZE, FRAME_SIZE, ATTRIB", "1000000, 4, 1");
     GiveFilm(m_item, Pattern(8), 4);
@@ -337,6 +354,38 @@ TEST_F(CQItem_Lazy, CorruptBlackBox_LeavesItNullButBringsTheCache) {
     CQItem* const pItem = tree.Item(1);
     EXPECT_EQ(pItem->GetBlackBox(), nullptr);
     EXPECT_NE(pItem->GetCache(), nullptr);
+}
+
+TEST_F(CQItem_Lazy, UnstoredBlackBox_IsNotLoadedOver) {
+    LoadedTree tree(m_library.Tools());
+    CQItem* const pItem = tree.Item(1);
+    GiveBlackBox(*pItem, Pattern(50, 9));
+    EXPECT_EQ(pItem->TryLoadBB(), 1);
+    EXPECT_EQ(InMemory(*pItem, qfc::kBlackBox), Pattern(50, 9));
+    EXPECT_EQ(pItem->GetBlackBoxSize(), 50u);
+    EXPECT_EQ(InMemory(*pItem, qfc::kBitmapCache), Dib24(10, 10));
+}
+
+TEST_F(CQItem_Lazy, UnstoredBlackBox_IsStoredByTheUpdateOfItsGallery) {
+    {
+        LoadedTree tree(m_library.Tools());
+        CQItem* const pItem = tree.Item(1);
+        GiveBlackBox(*pItem, Pattern(50, 9));
+        ASSERT_EQ(tree.Gallery().UpdateItemDB(pItem, GuidOf(1), qfc::copy_mask::kBlackBox), 1);
+    }
+    LoadedTree tree(m_library.Tools());
+    EXPECT_NE(tree.Item(1)->GetBlackBox(), nullptr);
+    EXPECT_EQ(InMemory(*tree.Item(1), qfc::kBlackBox), Pattern(50, 9));
+}
+
+TEST_F(CQItem_Lazy, CorruptRow_TakesNoGoodBlackBoxFromMemory) {
+    LoadedTree tree(m_library.Tools());
+    CQItem* const pItem = tree.Item(1);
+    ASSERT_EQ(pItem->LoadCacheDataFromDb(static_cast<DWORD>(qfc::kBlackBox)), 1);
+    m_library.Raw().Exec("update CACHE_DATA_TABLE set PRE_COMPRESSED_SIZE = 7 where CACHE_DATA_TYPE = 1");
+    EXPECT_EQ(pItem->TryLoadBB(), 0);
+    EXPECT_EQ(InMemory(*pItem, qfc::kBlackBox), Pattern(3000, 1));
+    EXPECT_EQ(pItem->GetBlackBoxSize(), 3000u);
 }
 
 TEST_F(CQItem_Lazy, EqualFilmsOfTwoUnloadedItems_AreComparedByTheirBytes) {

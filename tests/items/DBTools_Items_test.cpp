@@ -1,3 +1,4 @@
+#include "folders/GalleryFile.h"
 #include "items/CQItem.h"
 #include "items/ItemRows.h"
 #include "items/ItemTypes.h"
@@ -242,6 +243,64 @@ TEST_F(DBTools_UnloadedItems, PayloadThatCannotBeLoaded_LeavesTheOtherLibrarysRo
     m_library.Raw().Exec("update CACHE_DATA_TABLE set PRE_COMPRESSED_SIZE = 1");
     LoadedTree tree(m_library.Tools());
     ASSERT_TRUE(other.Tools()->UpdateItemDB(tree.Item(1)));
+    EXPECT_EQ(StoredPayloads(other), before);
+}
+
+// A gallery file that brings a fresh black box with every load.
+class FreshBlackBoxes : public qfc::GalleryFile {
+public:
+    FreshBlackBoxes() {
+        s_current = this;
+        qfc::SetGalleryFileSource([](const CQFolder&) -> qfc::GalleryFile* { return s_current; });
+    }
+    ~FreshBlackBoxes() override { qfc::SetGalleryFileSource(nullptr); }
+    int OpenFolderStorage(CQFolder&) override { return 1; }
+    int CloseFolderStorage(CQFolder&) override { return 1; }
+    int DeleteFolderStorage(CQFolder&) override { return 1; }
+    int FlushFolder(CQFolder&) override { return 1; }
+    int SaveTreeAndClose(CQFolder&) override { return 1; }
+    int DeleteItemStreams(CQFolder&, CQItem&) override { return 1; }
+    int LoadBlackBox(CQItem& item) override {
+        GiveBlackBox(item, Pattern(5000, 3));
+        return 1;
+    }
+    int LoadFilm(CQItem&) override { return 0; }
+
+private:
+    static inline FreshBlackBoxes* s_current = nullptr;
+};
+
+class FolderWithPath : public CQFolder {
+public:
+    FolderWithPath() { m_strFilePath = "lib.gal"; }
+};
+
+TEST_F(DBTools_UnloadedItems, LoadOfOneKindThatReplacesAnother_LeavesNothingDangling) {
+    FreshBlackBoxes file;
+    FolderWithPath folder;
+    CQItem item("in a file");
+    item.SetParentFolder(&folder);
+    GiveBlackBox(item, Pattern(4000));
+    LibraryFile other("other.db");
+    ASSERT_TRUE(other.Tools()->UpdateItemDB(&item));
+    CQItem stored;
+    stored.SetUniqueID(item.GetUniqueID());
+    stored.fnSetDbTools(other.Tools());
+    ASSERT_EQ(stored.LoadCacheDataFromDb(1), 1);
+    EXPECT_EQ(InMemory(stored, qfc::kBlackBox), Pattern(5000, 3));
+}
+
+TEST_F(DBTools_UnloadedItems, GivenStraightToAnotherLibrary_BringsItsPayloads) {
+    LibraryFile other("other.db");
+    const std::string before = StoredPayloads(m_library);
+    std::unique_ptr<CQItem> pItem(new CQItem);
+    pItem->SetUniqueID(GuidOf(1));
+    pItem->fnSetDbTools(m_library.Tools());
+    ASSERT_EQ(pItem->fnLoadItemFromDb(), 1);
+    StoredTree tree(other.Tools());
+    CQItem* const pGiven = pItem.release();
+    ASSERT_EQ(tree.pA->AddItemDb(pGiven, 1), 1);
+    EXPECT_EQ(pGiven->fnGetDbTools(), other.Tools());
     EXPECT_EQ(StoredPayloads(other), before);
 }
 
