@@ -12,7 +12,8 @@ class CQFolder;
 class CQItem;
 
 // The only path to the library database. Every operation takes the object's mutex, without time limit, and is one
-// transaction: true means that its changes are on disk, false that nothing changed. An operation whose BEGIN or END did
+// transaction: true means that its changes are on disk, false that nothing changed (docs/reliability.md names the one
+// failure of a disk that hides a change behind a false). An operation whose BEGIN or END did
 // not take, or whose transaction SQLite rolled back on the way, reports false whatever its statements said.
 // Queries come back detached, standing on their first row: they hold neither the file nor the mutex.
 // Any thread may call any operation; never from inside another one (asserted in debug builds, refused otherwise).

@@ -293,4 +293,21 @@ TEST_F(CppSQLite3DBTest, BackupReportsTheTargetsCode) {
     EXPECT_EQ(m_db.backupTo(busy.c_str()), SQLITE_BUSY);
 }
 
+TEST_F(CppSQLite3DBTest, RefusedRollbackIsIssuedAllTheSame) {
+    m_db.beginTransaction();
+    Run("INSERT INTO T(N) VALUES(1)");
+    const auto denyTransactions = [](void*, int action, const char*, const char*, const char*, const char*) {
+        return action == SQLITE_TRANSACTION ? SQLITE_DENY : SQLITE_OK;
+    };
+    sqlite3_set_authorizer(m_db.handle(), denyTransactions, nullptr);
+    EXPECT_TRUE(m_db.rollbackTransaction());
+    EXPECT_FALSE(m_db.isInTransaction());
+    EXPECT_FALSE(m_db.isAutocommit());
+    EXPECT_EQ(m_db.lastError(), SQLITE_AUTH);
+    sqlite3_set_authorizer(m_db.handle(), nullptr, nullptr);
+    m_db.rollbackPending();
+    EXPECT_TRUE(m_db.isAutocommit());
+    EXPECT_EQ(Number("select count(*) from T"), 0);
+}
+
 }  // namespace

@@ -251,4 +251,30 @@ TEST_F(CppSQLite3QueryTest, RowNumbersAreIntegersOf32BitsOrNone) {
     EXPECT_THROW(qfc::RowNumber(query, "missing"), CppSQLite3Exception);
 }
 
+TEST_F(CppSQLite3QueryTest, StatementOfSomebodyElseIsNotFinalised) {
+    sqlite3_stmt* statement = nullptr;
+    ASSERT_EQ(sqlite3_prepare_v2(m_db.handle(), "select 1", -1, &statement, nullptr), SQLITE_OK);
+    ASSERT_EQ(sqlite3_step(statement), SQLITE_ROW);
+    {
+        CppSQLite3Query query(m_db.handle(), statement, false, false);
+        query.finalize();
+        EXPECT_EQ(query.getIntField(0), 1);
+        query = CppSQLite3Query();
+    }
+    EXPECT_EQ(sqlite3_next_stmt(m_db.handle(), nullptr), statement);
+    EXPECT_EQ(sqlite3_finalize(statement), SQLITE_OK);
+}
+
+TEST_F(CppSQLite3QueryTest, MovingIntoAQueryWithAPendingErrorSwallowsTheError) {
+    sqlite3_stmt* statement = nullptr;
+    constexpr char kFails[] = "select abs(-9223372036854775807 - 1)";
+    ASSERT_EQ(sqlite3_prepare(m_db.handle(), kFails, -1, &statement, nullptr), SQLITE_OK);
+    CppSQLite3Query query(m_db.handle(), statement, false);
+    ASSERT_EQ(sqlite3_step(statement), SQLITE_ERROR);
+    EXPECT_NO_THROW(query = m_db.execQuery("select 8"));
+    EXPECT_EQ(query.getIntField(0), 8);
+    query.finalize();
+    EXPECT_EQ(sqlite3_next_stmt(m_db.handle(), nullptr), nullptr);
+}
+
 }  // namespace

@@ -273,7 +273,7 @@ TEST_F(LibraryCheckTest, FailingAtAnyReadIsNotDamage) {
 TEST_F(LibraryCheckTest, WithoutMemoryAtAnyCallNothingIsFound) {
     const std::string before = ReadFile(m_path);
     for (const bool sticky : {false, true}) {
-        for (int n = 1;; ++n) {
+        for (int n = 1;; n += n < 200 ? 1 : 11) {
             std::vector<LibraryFinding> findings;
             bool failed = false;
             {
@@ -286,6 +286,18 @@ TEST_F(LibraryCheckTest, WithoutMemoryAtAnyCallNothingIsFound) {
         }
     }
     EXPECT_EQ(ReadFile(m_path), before);
+}
+
+TEST_F(LibraryCheckTest, BusyLibraryIsNotExamined) {
+    RawDb writer(m_path);
+    writer.Exec("BEGIN EXCLUSIVE");
+    m_disk.SkipWaits();
+    std::vector<LibraryFinding> findings;
+    EXPECT_EQ(fnCheckLibrary(m_path.c_str(), findings), 0);
+    EXPECT_TRUE(findings.empty());
+    writer.Exec("ROLLBACK");
+    EXPECT_EQ(fnCheckLibrary(m_path.c_str(), findings), 1);
+    EXPECT_TRUE(findings.empty());
 }
 
 }  // namespace

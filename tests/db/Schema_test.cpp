@@ -1,5 +1,6 @@
 #include "db/Schema.h"
 
+#include "platform/text/CodePages.h"
 #include "tests/db/DbTestSupport.h"
 #include "tests/support/SqlTrace.h"
 
@@ -288,6 +289,46 @@ TEST_F(SchemaTest, ExportOntoItselfFailsAndChangesNothing) {
     EXPECT_FALSE(m_tools->ExportDatabase(m_path.c_str()));
     EXPECT_EQ(qfc::test::DumpOf(m_path), before);
     EXPECT_TRUE(AddItem(2, 1));
+}
+
+TEST_F(SchemaTest, ExportOntoATextFileFailsAndKeepsIt) {
+    const std::string text = m_folder.Write("notes.txt", std::string(3000, 'x'));
+    EXPECT_FALSE(m_tools->ExportDatabase(text.c_str()));
+    EXPECT_EQ(qfc::test::ReadFile(text), std::string(3000, 'x'));
+}
+
+TEST_F(SchemaTest, ExportTargetIsInTheAnsiCodePage) {
+    const std::string page = qfc::AnsiCodePage();
+    ASSERT_TRUE(qfc::SetAnsiCodePage("CP1252"));
+    EXPECT_TRUE(m_tools->ExportDatabase((m_folder / "caf\xE9.db").c_str()));
+    ASSERT_TRUE(qfc::SetAnsiCodePage(page.c_str()));
+    EXPECT_EQ(qfc::test::DumpOf(m_folder / "caf\xC3\xA9.db"), qfc::test::DumpOf(m_path));
+}
+
+// --- Missing tables ---
+
+// Every seventeenth of the 8,192 subsets of the tables is dropped and made again.
+TEST_F(SchemaTest, AnySubsetOfTheTablesIsCompleted) {
+    m_tools.reset();
+    CppSQLite3DB db;
+    db.open(m_path.c_str());
+    const auto schema = [&] {
+        constexpr char kAll[] =
+            "select group_concat(sql, ';') from (select sql from sqlite_master where type = 'table' order by name)";
+        return std::string(db.execQuery(kAll).getStringField(0));
+    };
+    const std::string complete = schema();
+    for (unsigned subset = 0; subset < 1U << std::size(kExpected); subset += 17) {
+        db.beginTransaction();
+        for (std::size_t table = 0; table < std::size(kExpected); ++table) {
+            if ((subset >> table & 1U) == 0) continue;
+            db.execQuery(("DROP TABLE " + std::string(kExpected[table].name)).c_str());
+        }
+        ASSERT_EQ(schema() == complete, subset == 0);
+        qfc::schema::Ensure(db);
+        ASSERT_EQ(schema(), complete) << "subset " << subset;
+        db.rollbackTransaction();
+    }
 }
 
 }  // namespace

@@ -16,13 +16,14 @@ struct FaultVfs::State {
     int failAt = 0;  // 0: none.
     bool sticky = false;
     bool everything = false;
+    bool skipsWaits = false;
     bool hasFailed = false;
     std::optional<std::int64_t> space;
 
     void Reset() {
         calls = 0;
         failAt = 0;
-        sticky = hasFailed = everything = false;
+        sticky = hasFailed = everything = skipsWaits = false;
         space.reset();
     }
 
@@ -169,6 +170,7 @@ int Randomness(sqlite3_vfs* vfs, int count, char* out) {
 
 int SleepFor(sqlite3_vfs* vfs, int microseconds) {
     sqlite3_vfs* real = StateOf(vfs).real;
+    if (StateOf(vfs).skipsWaits) return microseconds;
     return real->xSleep(real, microseconds);
 }
 
@@ -219,6 +221,8 @@ void FaultVfs::LimitSpace(std::int64_t bytes) {
     m_state->Reset();
     m_state->space = bytes;
 }
+
+void FaultVfs::SkipWaits() { m_state->skipsWaits = true; }
 
 void FaultVfs::Heal() { m_state->Reset(); }
 

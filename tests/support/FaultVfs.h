@@ -25,7 +25,9 @@ public:
     // The disk takes this many more bytes: a write that needs more fails as on a full disk. Deleting and truncating
     // give bytes back.
     void LimitSpace(std::int64_t bytes);
-    // Nothing fails any more.
+    // SQLite's waits for a busy file end at once, as if their time had passed.
+    void SkipWaits();
+    // Nothing fails any more, and waits are waits.
     void Heal();
 
     // Counted calls since the last FailAt, LimitSpace or Heal.
