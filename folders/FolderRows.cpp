@@ -50,7 +50,7 @@ public:
         CppSQLite3Query query;
         if (!m_tools.QueryChildFolders(nFolder, query)) return std::nullopt;
         std::vector<int> rows;
-        for (RowReader row(query); !row.AtEnd(); row.Next()) rows.push_back(row.Int(column::kId, kNoFolder));
+        for (RowReader row(query); !row.AtEnd(); row.Next()) rows.push_back(row.RowNumber(column::kId));
         return rows;
     }
 

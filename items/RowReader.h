@@ -3,6 +3,7 @@
 #include "db/CppSQLite3Exception.h"
 #include "db/CppSQLite3Query.h"
 #include "db/DbRecords.h"
+#include "db/RowNumber.h"
 #include "platform/framework/CString.h"
 #include "platform/framework/Guid.h"
 #include "platform/text/CodePages.h"
@@ -32,6 +33,11 @@ public:
         return Guarded(nDefault, [&] { return m_query.getIntField(pszColumn, nDefault); });
     }
 
+    // kNoFolder for a number that is none of a row, one beyond 32 bits included.
+    int RowNumber(const char* pszColumn) const {
+        return Guarded(kNoFolder, [&] { return qfc::RowNumber(m_query, pszColumn).value_or(kNoFolder); });
+    }
+
     // The bytes as stored.
     CString Text(const char* pszColumn, const CString& strDefault) const {
         return Guarded(strDefault, [&] { return CString(m_query.getStringField(pszColumn, strDefault)); });
@@ -45,7 +51,8 @@ public:
         });
     }
 
-    // Empty for anything but a blob of 16 bytes: columns of GUIDs are untyped.
+    // Empty unless the cell holds 16 bytes. Columns of GUIDs are untyped, and only the length is tested: a text of 16
+    // bytes is taken as well.
     std::optional<GUID> Guid(const char* pszColumn) const {
         const auto bytes = Blob(pszColumn);
         return GuidFromBytes(bytes.data(), bytes.size());

@@ -167,6 +167,22 @@ TEST(FolderRowsCost, TheNumberOfStatementsDoesNotGrowWithTheTree) {
     EXPECT_NE(loaded.Item(60), nullptr);
 }
 
+TEST_F(LoadedBothWays, RowNumbersBeyond32Bits_AreNotTakenForOthers) {
+    Sql("insert into GALLERY_TABLE values(1, 1)");
+    Sql("insert into FOLDER_TABLE(ID, PARENT_ID, FOLDER_NAME) values(1, -1, 'root'), (2, 1, 'two'), "
+        "(4294967299, 1, 'beyond'), (3, 2, 'three')");
+    for (const bool shortcuts : {false, true}) {
+        library.Tools()->SetShortcuts(shortcuts);
+        CQGallery root;
+        root.SetFolderID(1);
+        root.SetDBTools(library.Tools());
+        ASSERT_EQ(root.LoadTreeFromDb(), 1);
+        EXPECT_EQ(Names(root.GetFolderList()), std::vector<std::string>{"two"}) << shortcuts;
+        EXPECT_EQ(Names(root.GetFirstSubFolder()->GetFolderList()), std::vector<std::string>{"three"}) << shortcuts;
+    }
+    library.Tools()->SetShortcuts(true);
+}
+
 // Sub-folders stand against the order of their index, so every one of the lists is put in order.
 TEST_F(LoadedBothWays, LoadOfAWideTree_LooksAtEachFolderAFewTimes) {
     constexpr int kFolders = 20000;

@@ -52,6 +52,11 @@ TEST_F(RowReader, GuidsOfAnotherLengthOrKind_AreNone) {
     }
 }
 
+TEST_F(RowReader, TextOfSixteenBytes_CountsAsGuid) {
+    auto query = Query("'sixteen bytes ok'");
+    EXPECT_NE(qfc::RowReader(query).Guid("ITEM_ID"), std::nullopt);
+}
+
 TEST_F(RowReader, CursorPastItsRows_IsAtTheEndAndGivesDefaults) {
     auto query = Query(BlobLiteral(GuidOf(1)));
     qfc::RowReader row(query);
