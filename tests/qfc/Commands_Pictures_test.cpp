@@ -1,5 +1,7 @@
 #include "CommandsTest.h"
 
+#include <sys/stat.h>
+
 namespace qfc::test {
 namespace {
 
@@ -78,6 +80,65 @@ TEST_F(CommandsPictures, FilmDrawsTheFramesAsAStrip) {
 TEST_F(CommandsPictures, FilmOfAnItemWithoutOne_Fails) {
     Done({"import", Image("a.ppm")});
     Refused({"film", "Imported\\a.ppm", Out("film.png")});
+}
+
+// --- What may not be written over ---------------------------------------------------------------------------------
+
+TEST_F(CommandsPictures, PictureNamesThatDoNotEndInPng_AreWrongUsage) {
+    Done({"import", Image("a.ppm"), Video("v.mp4")});
+    for (const std::string name : {"sheet", "sheet.jpg", ".png", "png"}) {
+        Refused({"sheet", Out(name)}, 2);
+        Refused({"film", "Imported\\v.mp4", Out(name)}, 2);
+        EXPECT_FALSE(std::filesystem::exists(Out(name)));
+    }
+    Done({"sheet", Out("SHEET.PNG")});
+}
+
+TEST_F(CommandsPictures, TheLibraryItself_IsNeverDrawnOver) {
+    Done({"import", Image("a.ppm"), Video("v.mp4")});
+    const std::string before = ReadFile(Database());
+    std::filesystem::create_symlink(Database(), Out("link.png"));
+    std::filesystem::create_symlink(Database() + "-journal", Out("journal.png"));
+    for (const std::string name : {"link.png", "journal.png"}) {
+        Refused({"sheet", Out(name)});
+        Refused({"film", "Imported\\v.mp4", Out(name)});
+    }
+    EXPECT_EQ(ReadFile(Database()), before);
+    EXPECT_FALSE(std::filesystem::exists(Database() + "-journal"));
+}
+
+TEST_F(CommandsPictures, TheFileOfAnItem_IsNeverDrawnOver) {
+    Done({"import", Image("a.ppm"), Video("v.mp4")});
+    std::filesystem::rename(Media("a.ppm"), Media("a.png"));
+    Done({"import", Media("a.png"), "--folder", "Other", "--gallery", "2"});
+    std::filesystem::create_hard_link(Media("a.png"), Out("second.png"));
+    std::filesystem::create_symlink(Media("a.png"), Out("link.png"));
+    const std::string before = ReadFile(Media("a.png"));
+    for (const std::string& path : {Media("a.png"), Out("second.png"), Out("link.png")}) {
+        EXPECT_NE(Refused({"sheet", path}).find("Other\\a.png"), std::string::npos);
+        Refused({"film", "Imported\\v.mp4", path});
+    }
+    EXPECT_EQ(ReadFile(Media("a.png")), before);
+}
+
+TEST_F(CommandsPictures, WhatIsNoRegularFile_IsNotReplacedByAPicture) {
+    Done({"import", Image("a.ppm"), Video("v.mp4")});
+    ASSERT_EQ(mkfifo(Out("pipe.png").c_str(), 0600), 0);
+    std::filesystem::create_symlink("pipe.png", Out("link.png"));
+    for (const std::string name : {"pipe.png", "link.png"}) {
+        Refused({"sheet", Out(name)});
+        Refused({"film", "Imported\\v.mp4", Out(name)});
+    }
+    EXPECT_TRUE(std::filesystem::is_fifo(Out("pipe.png")));
+    EXPECT_TRUE(std::filesystem::is_symlink(Out("link.png")));
+}
+
+TEST_F(CommandsPictures, ALinkIsFollowed_AndItsTargetReplaced) {
+    Done({"import", Image("a.ppm")});
+    std::filesystem::create_symlink("real.png", Out("link.png"));
+    Done({"sheet", Out("link.png")});
+    EXPECT_TRUE(std::filesystem::is_symlink(Out("link.png")));
+    EXPECT_GT(SizeOf(Out("real.png")).first, 200u);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "CommandsTest.h"
 
+#include <sys/stat.h>
+
 namespace qfc::test {
 namespace {
 
@@ -45,6 +47,31 @@ TEST_F(CommandsWholeLibrary, ExportRefusesTheLibraryItself_HoweverSpelt) {
     EXPECT_TRUE(fs::is_symlink(Out("link.db")));
 }
 
+TEST_F(CommandsWholeLibrary, ExportFollowsALink_AndReplacesWhatItNames) {
+    Done({"import", Image("a.ppm")});
+    std::filesystem::create_symlink("real.db", Out("link.db"));
+    Done({"export", Out("link.db")});
+    EXPECT_TRUE(std::filesystem::is_symlink(Out("link.db")));
+    EXPECT_EQ(ReadFile(Out("real.db")).substr(0, 6), "SQLite");
+}
+
+TEST_F(CommandsWholeLibrary, ExportReplacesNothingButFiles) {
+    Done({"import", Image("a.ppm")});
+    ASSERT_EQ(mkfifo(Out("pipe.db").c_str(), 0600), 0);
+    std::filesystem::create_symlink("pipe.db", Out("link.db"));
+    std::filesystem::create_symlink("loop.db", Out("loop.db"));
+    for (const std::string name : {"pipe.db", "link.db", "loop.db"}) Refused({"export", Out(name)});
+    EXPECT_TRUE(std::filesystem::is_fifo(Out("pipe.db")));
+    EXPECT_TRUE(std::filesystem::is_symlink(Out("link.db")));
+}
+
+TEST_F(CommandsWholeLibrary, ExportNeverReplacesTheFileOfAnItem) {
+    Done({"import", Image("a.ppm")});
+    const std::string before = ReadFile(Media("a.ppm"));
+    EXPECT_NE(Refused({"export", Media("a.ppm")}).find("Imported\\a.ppm"), std::string::npos);
+    EXPECT_EQ(ReadFile(Media("a.ppm")), before);
+}
+
 TEST_F(CommandsWholeLibrary, ExportThatCannotBeWritten_LeavesTheOldCopyAndNoTrace) {
     Done({"mkdir", "A"});
     Refused({"export", Out("missing/copy.db")});
@@ -84,7 +111,8 @@ TEST_F(CommandsWholeLibrary, ImportLibraryNeverChangesTheOther) {
     Done({"import-library", OtherDatabase()});
     EXPECT_EQ(ReadFile(OtherDatabase()), before);
     EXPECT_EQ(fs::last_write_time(OtherDatabase()), time);
-    EXPECT_EQ(std::distance(fs::directory_iterator(m_folder / "other"), fs::directory_iterator()), 1);
+    // The library and the lock of its own program; nothing of ours.
+    EXPECT_EQ(std::distance(fs::directory_iterator(m_folder / "other"), fs::directory_iterator()), 2);
 }
 
 TEST_F(CommandsWholeLibrary, ImportLibraryOfBeforeFoldersHadAnOrder) {

@@ -2,7 +2,7 @@
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/library/LibraryFile.h"
-#include "hosts/qfc/library/Session.h"
+#include "hosts/qfc/library/Output.h"
 
 #include <nlohmann/json.hpp>
 
@@ -26,14 +26,14 @@ void ExportTo(const fs::path& target) {
 }  // namespace
 
 int Run(const ExportOptions& options, const Console& console) {
-    const fs::path target = options.file;
-    if (IsOwnLibrary(target)) throw Failure(options.file + " is the library itself");
-    std::error_code error;
-    if (fs::is_directory(target, error)) throw Failure(options.file + " is a directory");
+    const fs::path target = OutputPath(options.file);
     {
         const Session session;
+        Galleries galleries(session);
+        RefuseMediaFile(galleries, target);
         ExportTo(target);
     }
+    std::error_code error;
     const auto bytes = fs::file_size(target, error);
     if (error) throw Failure("cannot write " + options.file);
     console.Say("wrote " + options.file + " (" + Counted(bytes, "byte") + ")");

@@ -3,6 +3,7 @@
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/library/Find.h"
 #include "hosts/qfc/library/ItemPictures.h"
+#include "hosts/qfc/library/Output.h"
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Tree.h"
 #include "hosts/qfc/pictures/ContactSheet.h"
@@ -74,6 +75,7 @@ int Run(const SheetOptions& options, const Console& console) {
     if (options.columns > MaxSheetColumns()) {
         throw WrongUsage("at most " + std::to_string(MaxSheetColumns()) + " columns fit a picture");
     }
+    RequirePictureName(options.output);
     const Session session;
     Galleries galleries(session);
     const FoundFolder start = StartOf(galleries, options);
@@ -86,6 +88,9 @@ int Run(const SheetOptions& options, const Console& console) {
     sheet.columns = options.columns > 0 ? options.columns : FittingColumns(shown.items.size());
     sheet.cells = std::move(shown.cells);
     sheet.picture = [&](std::size_t cell) { return LoadThumbnail(*shown.items[cell]); };
+    for (const std::string& file : ContactSheetFiles(sheet, options.output)) {
+        RefuseMediaFile(galleries, OutputPath(file));
+    }
     const std::vector<std::string> files = WriteContactSheet(sheet, options.output);
     for (const std::string& file : files) console.Say("wrote " + file);
     console.ShowJson({{"files", files}, {"items", shown.items.size()}, {"columns", sheet.columns}});

@@ -1,5 +1,7 @@
 #include "hosts/qfc/pictures/Canvas.h"
 
+#include "hosts/qfc/OutputFile.h"
+
 #include <algorithm>
 #include <cairo.h>
 #include <filesystem>
@@ -258,10 +260,12 @@ void Canvas::FillNote(Box box, Colour colour) {
 }
 
 void Canvas::SavePng(const std::string& path) const {
-    const std::string temporary = fmt::format("{}.{:08x}.tmp", path, std::random_device{}());
+    const auto target = FileToReplace(path);
+    if (!target) throw PictureError(fmt::format("cannot write {}: not a regular file", path));
+    const std::string temporary = fmt::format("{}.{:08x}.tmp", target->string(), std::random_device{}());
     const cairo_status_t status = cairo_surface_write_to_png(m_surface->surface.get(), temporary.c_str());
     std::error_code error;
-    if (status == CAIRO_STATUS_SUCCESS) std::filesystem::rename(temporary, path, error);
+    if (status == CAIRO_STATUS_SUCCESS) std::filesystem::rename(temporary, *target, error);
     if (status == CAIRO_STATUS_SUCCESS && !error) return;
     const std::string reason = error ? error.message() : cairo_status_to_string(status);
     std::filesystem::remove(temporary, error);

@@ -67,8 +67,8 @@ public:
     void FillTriangle(Box box, Colour colour);  // pointing right, as on a button that plays
     void FillNote(Box box, Colour colour);      // a quaver
 
-    // Written beside the target under a temporary name, then renamed: the target is whole or as before. Throws
-    // PictureError.
+    // Written beside the target under a temporary name, then renamed: the target is whole or as before. Of a link the
+    // file that it names is replaced. Throws PictureError, also when something else than a file stands there.
     void SavePng(const std::string& path) const;
 
 private:

@@ -213,6 +213,14 @@ PictureSize ContactSheetSize(const ContactSheet& sheet) {
     return {WidthOf(ColumnsUsed(sheet)), PagesOf(sheet).front().height};
 }
 
+std::vector<std::string> ContactSheetFiles(const ContactSheet& sheet, const std::string& path) {
+    CheckColumns(sheet);
+    std::vector<std::string> files;
+    const std::size_t pages = PagesOf(sheet).size();
+    for (std::size_t i = 0; i < pages; ++i) files.push_back(PagePath(path, i));
+    return files;
+}
+
 std::vector<std::string> WriteContactSheet(const ContactSheet& sheet, const std::string& path) {
     CheckColumns(sheet);
     const std::vector<Page> pages = PagesOf(sheet);

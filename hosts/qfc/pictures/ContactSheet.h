@@ -34,8 +34,11 @@ struct ContactSheet {
 // The most columns that fit the widest picture that can be made.
 int MaxSheetColumns();
 
-// Draws the sheet and gives the files written: `path`, and for what does not fit one picture "name-2.png" and so on
-// beside it. Throws PictureError, for columns out of range as well.
+// The files that a sheet takes: `path`, and for what does not fit one picture "name-2.png" and so on beside it. Throws
+// PictureError for columns out of range.
+std::vector<std::string> ContactSheetFiles(const ContactSheet& sheet, const std::string& path);
+
+// Draws the sheet and gives those files, written. Throws PictureError, for columns out of range as well.
 std::vector<std::string> WriteContactSheet(const ContactSheet& sheet, const std::string& path);
 
 // The size of the sheet's first page in pixels.
