@@ -134,5 +134,31 @@ TEST_F(CommandsCommandLine, OutputThatCannotBeWritten_Fails) {
     EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1);
 }
 
+TEST_F(CommandsCommandLine, NewNamesThatAreNotUtf8_AreWrongUsage) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    for (const std::string bad : {"x\xFF", "\xC3", "\xED\xA0\x80", "\xC0\xAF", "\xF4\x90\x80\x80", "\xE2\x82"}) {
+        Refused({"mkdir", bad}, 2);
+        Refused({"rename", "A", bad}, 2);
+        Refused({"rename", "A\\a.ppm", bad}, 2);
+        Refused({"gallery", "create", bad}, 2);
+    }
+    for (const std::string good : {"\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x8E\x9E", "\xEE\x80\x80", "\xED\x9F\xBF"}) {
+        Done({"rename", "A\\a.ppm", good});
+        EXPECT_EQ(ItemsOf("A"), Names{good});
+        Done({"rename", "A\\" + good, "a.ppm"});
+    }
+    EXPECT_EQ(FoldersOf("\\"), Names{"A"});
+}
+
+TEST_F(CommandsCommandLine, AnEmptyDataFolder_IsWrongUsageAndTouchesNoLibrary) {
+    setenv("QFCLIB_DATA_DIR", m_library.c_str(), 1);
+    for (const Args& arguments : {Args{"--data-dir", "", "mkdir", "A"}, Args{"mkdir", "A", "--data-dir="}}) {
+        const QfcResult result = QfcProcess(arguments, {}).Wait();
+        EXPECT_EQ(result.exit, 2) << result.out << result.err;
+    }
+    EXPECT_FALSE(std::filesystem::exists(m_library));
+    unsetenv("QFCLIB_DATA_DIR");
+}
+
 }  // namespace
 }  // namespace qfc::test

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <csignal>
+#include <fcntl.h>
 #include <set>
+#include <sys/file.h>
+#include <unistd.h>
 
 namespace qfc::test {
 namespace {
@@ -149,6 +152,36 @@ TEST_F(CommandsFaults, KilledImport_LosesNothingItSaid) {
     Done({"import", Media("many")});
     EXPECT_EQ(StoredNames().size(), 400u);
     ExpectSound();
+}
+
+// --- Another qfc -------------------------------------------------------------------------------------------------
+
+TEST_F(CommandsFaults, WhileAnotherChangesTheLibrary_ChangesAreRefusedAndLookingIsNot) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    Done({"gallery", "create", "Own"});
+    Done({"export", m_folder / "copy.db"});
+    const std::string before = ReadFile(Database());
+    const int lock = open((Database() + ".lock").c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_NE(lock, -1);
+    ASSERT_EQ(flock(lock, LOCK_EX | LOCK_NB), 0);
+    const std::vector<Args> changes = {{"import", Media("a.ppm")},
+                                       {"import-library", m_folder / "copy.db"},
+                                       {"mkdir", "B"},
+                                       {"rmdir", "A", "--recursive"},
+                                       {"mv", "A", "\\"},
+                                       {"rename", "A", "B"},
+                                       {"rm", "A\\a.ppm"},
+                                       {"reorder", "A", "--by", "name"},
+                                       {"gallery", "create", "Other"},
+                                       {"gallery", "rm", "Own"},
+                                       {"clear", "--yes"}};
+    for (const Args& change : changes) EXPECT_EQ(Refused(change), "qfc: another qfc is changing the library\n");
+    for (const Args& look : {Args{"tree"}, Args{"ls", "A"}, Args{"find", "a"}, Args{"gallery", "list"}, Args{"check"}})
+        EXPECT_EQ(Qfc(look).exit, 0) << look.front();
+    EXPECT_EQ(ReadFile(Database()), before);
+    close(lock);
+    Done({"mkdir", "B"});
+    EXPECT_TRUE(fs::exists(Database() + ".lock"));
 }
 
 }  // namespace

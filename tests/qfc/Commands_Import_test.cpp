@@ -209,5 +209,27 @@ TEST_F(CommandsImport, UnknownGallery_Fails) {
     Refused({"import", Image("a.ppm"), "--gallery", "7"});
 }
 
+TEST_F(CommandsImport, NamesThatAreNotUtf8_AreNamedAndCountedAsBroken) {
+    m_media.MakeFolder("d");
+    m_media.MakeFolder("d/e\xE9");
+    Image("d/good.ppm", 1);
+    Image("d/bad\xFF.ppm", 2);
+    Image("d/e\xE9/inside.ppm", 3);
+    m_media.Write("d/note\xFF.txt", "no media");
+    for (int round = 0; round < 2; ++round) {
+        const Json report = Done({"import", Media("d")});
+        EXPECT_EQ(report[round == 0 ? "added" : "already"].size(), 1u);
+        EXPECT_EQ(report["broken"].size(), 2u);
+        EXPECT_EQ(report["skipped"], 1);
+    }
+    EXPECT_EQ(ItemsOf("d"), Names{"good.ppm"});
+    EXPECT_EQ(FoldersOf("d"), Names{});
+}
+
+TEST_F(CommandsImport, OnlyNamesThatAreNotUtf8_Fails) {
+    EXPECT_EQ(Qfc({"import", Image("bad\xC3.ppm")}).exit, 1);
+    Refused({"import", Image("a.ppm"), "--folder", "F\xC0\x80"}, 2);
+}
+
 }  // namespace
 }  // namespace qfc::test

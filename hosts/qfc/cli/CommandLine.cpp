@@ -52,8 +52,9 @@ public:
         m_app.fallthrough();
         m_app.footer(
             "Example:\n  qfc import ~/Pictures && qfc tree\n\nExit: 0 done, 1 failed or nothing found, 2 wrong usage.");
-        m_app.add_option("--data-dir", m_global.dataDir, "Folder of the library (default: the user's data folder)")
-            ->type_name("DIR");
+        m_dataDir =
+            m_app.add_option("--data-dir", m_global.dataDir, "Folder of the library (default: the user's data folder)")
+                ->type_name("DIR");
         m_app.add_flag("--json", m_global.json, "Print results for machines");
         m_app.add_flag("--quiet", m_global.quiet, "Print only what was asked for, and errors");
         AddImporting();
@@ -71,6 +72,8 @@ public:
             std::vector<std::string> arguments;  // The last one first, as the parser wants them.
             for (int i = argc - 1; i > 0; --i) arguments.push_back(Shielded(argv[i]));
             m_app.parse(arguments);
+            // An unset variable in a script must not lead to the user's own library.
+            if (m_dataDir->count() > 0 && m_global.dataDir.empty()) throw WrongUsage("--data-dir wants a folder");
             for (const auto& [app, take] : m_commands) {
                 if (app->parsed()) return Invocation{m_global, take()};
             }
@@ -252,6 +255,7 @@ private:
 
     CLI::App m_app;
     GlobalOptions m_global;
+    CLI::Option* m_dataDir = nullptr;
     std::vector<std::pair<CLI::App*, std::function<Command()>>> m_commands;
 };
 

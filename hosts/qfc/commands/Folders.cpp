@@ -1,6 +1,7 @@
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/commands/Describe.h"
+#include "hosts/qfc/library/ChangeLock.h"
 #include "hosts/qfc/library/Find.h"
 #include "hosts/qfc/library/FolderMaker.h"
 #include "hosts/qfc/library/Paths.h"
@@ -13,7 +14,9 @@ namespace qfc::host {
 
 int Run(const MakeFolderOptions& options, const Console& console) {
     const std::vector<std::string> components = SplitPath(options.folder);
+    RequireUtf8(options.folder);
     if (components.empty()) throw WrongUsage("mkdir wants the name of a folder");
+    const ChangeLock lock;
     const Session session;
     Galleries galleries(session);
     FolderMaker maker(galleries.Open(options.gallery));
@@ -26,6 +29,7 @@ int Run(const MakeFolderOptions& options, const Console& console) {
 }
 
 int Run(const RemoveFolderOptions& options, const Console& console) {
+    const ChangeLock lock;
     const Session session;
     Galleries galleries(session);
     CQFolder& folder = *FindFolder(galleries, options.gallery, options.folder).folder;

@@ -1,6 +1,7 @@
 #include "api/QFCLib.h"
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/library/ChangeLock.h"
 #include "hosts/qfc/library/Galleries.h"
 #include "hosts/qfc/library/Removal.h"
 #include "hosts/qfc/library/Text.h"
@@ -23,6 +24,7 @@ void DeleteFolders(CQGallery& gallery) {
 }  // namespace
 
 int Run(const GalleryCreateOptions& options, const Console& console) {
+    const ChangeLock lock;
     const Session session;
     Galleries galleries(session);
     const GalleryName made = Galleries::NameOf(galleries.Create(options.name));
@@ -45,6 +47,7 @@ int Run(const GalleryListOptions&, const Console& console) {
 }
 
 int Run(const GalleryRemoveOptions& options, const Console& console) {
+    const ChangeLock lock;
     const Session session;
     Galleries galleries(session);
     CQGallery* gallery = galleries.Find(options.gallery);

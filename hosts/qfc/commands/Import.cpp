@@ -5,6 +5,7 @@
 #include "hosts/qfc/commands/ImportPlan.h"
 #include "hosts/qfc/commands/Interrupt.h"
 #include "hosts/qfc/library/AddQueue.h"
+#include "hosts/qfc/library/ChangeLock.h"
 #include "hosts/qfc/library/Find.h"
 #include "hosts/qfc/library/FolderMaker.h"
 #include "hosts/qfc/library/MediaItem.h"
@@ -151,8 +152,10 @@ private:
 }  // namespace
 
 int Run(const ImportOptions& options, const Console& console) {
+    RequireUtf8(options.folder);
     const Interrupt interrupt;
     const Walk walk = WalkFiles(options.paths, &interrupt.Flag());
+    const ChangeLock lock;
     const Session session;
     Galleries galleries(session);
     CQGallery& gallery = galleries.Open(options.gallery);

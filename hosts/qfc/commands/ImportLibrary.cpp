@@ -3,6 +3,7 @@
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/commands/Interrupt.h"
+#include "hosts/qfc/library/ChangeLock.h"
 #include "hosts/qfc/library/FolderMaker.h"
 #include "hosts/qfc/library/OtherLibrary.h"
 #include "hosts/qfc/library/Text.h"
@@ -142,6 +143,7 @@ int Run(const ImportLibraryOptions& options, const Console& console) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(options.file, error)) throw Failure("there is no library " + options.file);
     const Interrupt interrupt;
+    const ChangeLock lock;
     const Session session;
     Galleries galleries(session);
     OtherLibrary other(options.file);

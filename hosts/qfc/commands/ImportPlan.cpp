@@ -1,10 +1,12 @@
 #include "hosts/qfc/commands/ImportPlan.h"
 
 #include "api/QFCLib.h"
+#include "hosts/qfc/library/Paths.h"
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Tree.h"
 #include "hosts/qfc/media/MediaProbe.h"
 
+#include <algorithm>
 #include <map>
 
 namespace qfc::host {
@@ -28,6 +30,11 @@ std::vector<std::string> FolderOf(const WalkedFile& file, const std::vector<std:
     return folder;
 }
 
+// The library would give such a name back changed, and the next import would not know the file.
+bool IsNameUsable(const WalkedFile& file) {
+    return IsUtf8(file.path) && IsUtf8(file.name) && std::ranges::all_of(file.folders, IsUtf8);
+}
+
 }  // namespace
 
 ImportPlan PlanImport(const Walk& walk, CQGallery& gallery, const std::vector<std::string>& base) {
@@ -39,6 +46,8 @@ ImportPlan PlanImport(const Walk& walk, CQGallery& gallery, const std::vector<st
         if (!KindByName(file.path)) {
             if (named) plan.problems.push_back({file.path, "no media file"});
             plan.skipped += named ? 0 : 1;
+        } else if (!IsNameUsable(file)) {
+            plan.problems.push_back({file.path, "its name is not UTF-8"});
         } else if (const auto item = known.find(file.path); item != known.end()) {
             plan.already.push_back({file.path, PathsOf(gallery, *item->second)});
         } else {

@@ -1,6 +1,7 @@
 #include "api/QFCLib.h"
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/library/ChangeLock.h"
 #include "hosts/qfc/library/Session.h"
 
 #include <filesystem>
@@ -21,6 +22,7 @@ std::string ExistingLibrary() {
 
 int Run(const ClearOptions&, const Console& console) {
     const std::string path = ExistingLibrary();
+    const ChangeLock lock;
     if (!QFCLibraryManager::fnClearDBContent()) throw Failure("cannot clear " + path);
     {
         const Session session;

@@ -2,6 +2,7 @@
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/commands/Describe.h"
+#include "hosts/qfc/library/ChangeLock.h"
 #include "hosts/qfc/library/Placement.h"
 #include "hosts/qfc/library/Removal.h"
 #include "hosts/qfc/library/Text.h"
@@ -102,6 +103,7 @@ Json MoveFolder(CQFolder& folder, CQFolder& target) {
 }  // namespace
 
 int Run(const MoveOptions& options, const Console& console) {
+    const ChangeLock lock;
     const Session session;
     Galleries galleries(session);
     const auto what = FindEither(galleries, options.gallery, options.what);

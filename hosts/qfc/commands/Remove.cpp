@@ -1,6 +1,7 @@
 #include "api/QFCLib.h"
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/library/ChangeLock.h"
 #include "hosts/qfc/library/Find.h"
 #include "hosts/qfc/library/Removal.h"
 #include "hosts/qfc/library/Text.h"
@@ -46,6 +47,7 @@ Removed RemoveEverywhere(Galleries& galleries, const FoundItem& found) {
 }  // namespace
 
 int Run(const RemoveItemOptions& options, const Console& console) {
+    const ChangeLock lock;
     const Session session;
     Galleries galleries(session);
     const FoundItem found = FindItem(galleries, options.gallery, options.item);

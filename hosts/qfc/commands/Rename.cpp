@@ -2,6 +2,7 @@
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/commands/Describe.h"
+#include "hosts/qfc/library/ChangeLock.h"
 #include "hosts/qfc/library/Paths.h"
 #include "hosts/qfc/library/Placement.h"
 #include "hosts/qfc/library/Text.h"
@@ -43,6 +44,7 @@ Json RenameFolder(CQFolder& folder, const std::string& name) {
 
 int Run(const RenameOptions& options, const Console& console) {
     RequireName(options.name);
+    const ChangeLock lock;
     const Session session;
     Galleries galleries(session);
     const auto what = FindEither(galleries, options.gallery, options.what);

@@ -3,6 +3,7 @@
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/commands/Describe.h"
 #include "hosts/qfc/commands/SortType.h"
+#include "hosts/qfc/library/ChangeLock.h"
 #include "hosts/qfc/library/Placement.h"
 #include "hosts/qfc/library/Tree.h"
 #include "hosts/qfc/library/Verify.h"
@@ -77,6 +78,7 @@ Json FolderOrder(CQFolder& folder) {
 }  // namespace
 
 int Run(const ReorderOptions& options, const Console& console) {
+    const ChangeLock lock;
     const Session session;
     Galleries galleries(session);
     Json json;

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace qfc::host {
@@ -17,7 +18,13 @@ std::string JoinPath(const std::vector<std::string>& components);
 // The row number in "#12"; nothing for another text.
 std::optional<int> RowNumber(const std::string& text);
 
-// A name that can be reached by a path again; throws WrongUsage for an empty one and one with a backslash.
+// Texts of the library are UTF-8: others would come back changed, and never be found again.
+bool IsUtf8(std::string_view text);
+// Throws WrongUsage for a text that is not.
+void RequireUtf8(const std::string& text);
+
+// A name that can be reached by a path again; throws WrongUsage for an empty one, one with a backslash and one that is
+// not UTF-8.
 void RequireName(const std::string& name);
 
 }  // namespace qfc::host
