@@ -55,6 +55,7 @@ TEST_F(CommandsCommandLine, WrongUsage_ExitsTwoWithOneLine) {
         {"import"},
         {"ls"},
         {"ls", "A", "--sort", "size"},
+        {"ls", "A", "--desc"},
         {"gallery"},
         {"gallery", "create"},
         {"rename", "A"},
@@ -124,7 +125,10 @@ TEST_F(CommandsCommandLine, DataFolderThatCannotBeMade_Fails) {
 TEST_F(CommandsCommandLine, DataFolderTooLongForTheInterface_Fails) {
     const QfcResult result = QfcProcess({"--data-dir", m_folder / std::string(240, 'x'), "tree"}, {}).Wait();
     EXPECT_EQ(result.exit, 1);
-    EXPECT_NE(result.err, "");
+    EXPECT_NE(result.err.find("too long"), std::string::npos) << result.err;
+    const QfcResult change = QfcProcess({"--data-dir", m_folder / std::string(240, 'x'), "mkdir", "A"}, {}).Wait();
+    EXPECT_EQ(change.exit, 1);
+    EXPECT_FALSE(std::filesystem::exists(".lock"));
 }
 
 TEST_F(CommandsCommandLine, OutputThatCannotBeWritten_Fails) {
@@ -158,6 +162,23 @@ TEST_F(CommandsCommandLine, AnEmptyDataFolder_IsWrongUsageAndTouchesNoLibrary) {
     }
     EXPECT_FALSE(std::filesystem::exists(m_library));
     unsetenv("QFCLIB_DATA_DIR");
+}
+
+TEST_F(CommandsCommandLine, CountsBelowOne_AreExplained) {
+    EXPECT_NE(Refused({"sheet", "out.png", "--columns", "0"}, 2).find("must be 1 or more"), std::string::npos);
+    EXPECT_NE(Refused({"reorder", "A", "--to", "-3"}, 2).find("must be 1 or more"), std::string::npos);
+    EXPECT_EQ(Refused({"reorder", "A", "--to", "x"}, 2).find("must be 1 or more"), std::string::npos);
+}
+
+TEST_F(CommandsCommandLine, AnUnknownCommand_IsNamed) {
+    EXPECT_NE(Refused({"bogus"}, 2).find("bogus"), std::string::npos);
+    EXPECT_NE(Refused({"gallery", "bogus"}, 2).find("gallery bogus"), std::string::npos);
+}
+
+TEST_F(CommandsCommandLine, UsageLinesShowTheWholeCommand) {
+    EXPECT_NE(Qfc({"reorder", "--help"}).out.find("Usage: qfc reorder "), std::string::npos);
+    EXPECT_NE(Qfc({"gallery", "rm", "--help"}).out.find("Usage: qfc gallery rm "), std::string::npos);
+    EXPECT_NE(Qfc({"--help"}).out.find("Usage: qfc "), std::string::npos);
 }
 
 }  // namespace

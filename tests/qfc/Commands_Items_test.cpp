@@ -202,9 +202,17 @@ TEST_F(CommandsItems, ReorderAfterARemoval) {
     EXPECT_EQ(ItemsOf("F"), (Names{"e.ppm", "a.ppm", "b.ppm", "d.ppm"}));
 }
 
-TEST_F(CommandsItems, ReorderOfAnEmptyFolderChangesNothing) {
-    Done({"mkdir", "A"});
-    Done({"reorder", "A", "--by", "name"});
+TEST_F(CommandsItems, ReorderOfAFolderWithoutItems_SaysThatThereIsNothingToOrder) {
+    Done({"mkdir", "Only\\Folders"});
+    EXPECT_NE(Refused({"reorder", "Only", "--by", "name"}).find("no items"), std::string::npos);
+    EXPECT_NE(Refused({"reorder", "Only\\Folders", "--by", "name"}).find("no items"), std::string::npos);
+}
+
+TEST_F(CommandsItems, AnItemThatStaysBehindItsLastPlacement_IsNotCountedAsRemoved) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    RawDb(Database()).Exec("create trigger keep before delete on ITEM_TABLE begin select raise(ignore); end");
+    const Json report = Document({"rm", "A\\a.ppm"}, 1);
+    EXPECT_EQ(report["failed"].size(), 1u);
 }
 
 }  // namespace

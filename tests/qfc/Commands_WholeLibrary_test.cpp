@@ -252,5 +252,12 @@ TEST_F(CommandsWholeLibrary, CheckOfWhatIsNoLibrary_Fails) {
     Refused({"tree"});
 }
 
+TEST_F(CommandsWholeLibrary, ImportLibraryTellsAFileThatNeedsRecoveryFromNoLibrary) {
+    m_folder.Write("other.db", "no library at all");
+    EXPECT_NE(Refused({"import-library", Out("other.db")}).find("no library"), std::string::npos);
+    m_folder.Write("other.db-journal", "left behind");
+    EXPECT_NE(Refused({"import-library", Out("other.db")}).find("needs recovery"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace qfc::test

@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <map>
 #include <utility>
 
@@ -44,6 +45,14 @@ void AddSortKey(CLI::App& app, const std::string& flags, std::optional<SortKey>&
         ->check(CLI::IsMember({"name", "date", "kind"}));
 }
 
+// What is wrong with a count; what is no number at all the parser itself says.
+std::string OneOrMore(const std::string& text) {
+    int count = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, count);
+    return error == std::errc() && stop == end && count < 1 ? "must be 1 or more" : "";
+}
+
 // Builds the parser and keeps the options it writes to while it runs.
 class Parser {
 public:
@@ -79,9 +88,10 @@ public:
             }
             return LeaveNow{kWrongUsage, "no command given"};
         } catch (const CLI::Success&) {
-            return LeaveNow{kDone, DeepestParsed()->help()};
+            const CLI::App* app = DeepestParsed();
+            return LeaveNow{kDone, app->help(app->get_parent() == nullptr ? "" : Name(app->get_parent()))};
         } catch (const CLI::ParseError& error) {
-            return LeaveNow{kWrongUsage, OneLine(error.what()) + " (see " + Name(DeepestParsed()) + " --help)"};
+            return LeaveNow{kWrongUsage, OneLine(Reason(error)) + " (see " + Name(DeepestParsed()) + " --help)"};
         } catch (const WrongUsage& error) {
             return LeaveNow{kWrongUsage, OneLine(error.what()) + " (see " + Name(DeepestParsed()) + " --help)"};
         }
@@ -123,7 +133,10 @@ private:
         AddGallery(tree, treeOptions);
 
         auto [list, listOptions] = Add<ListOptions>(m_app, "ls", "List a folder; unsorted is the stored order",
-                                                    "ls \"2024\\Summer\" --sort date --desc");
+                                                    "ls \"2024\\Summer\" --sort date --desc", [](const ListOptions& o) {
+                                                        if (o.descending && !o.sort)
+                                                            throw WrongUsage("--desc goes with --sort");
+                                                    });
         AddPlace(list, "FOLDER", listOptions->folder, kFolderHelp);
         AddGallery(list, listOptions);
         AddSortKey(*list, "--sort", listOptions->sort, "Sort what is shown");
@@ -198,7 +211,7 @@ private:
         reorder->add_flag("--desc", reorderOptions->descending, "Last first (with --by)");
         reorder->add_option("--to", reorderOptions->to, "New place among its neighbours, from 1")
             ->type_name("N")
-            ->check(CLI::PositiveNumber);
+            ->check(OneOrMore);
         AddGallery(reorder, reorderOptions);
     }
 
@@ -210,9 +223,7 @@ private:
         AddPlace(sheet, "OUT.png", sheetOptions->output, "Picture to write");
         AddGallery(sheet, sheetOptions);
         sheet->add_option("--folder", sheetOptions->folder, "Only this folder and those below it")->type_name("FOLDER");
-        sheet->add_option("--columns", sheetOptions->columns, "Pictures in a row")
-            ->type_name("N")
-            ->check(CLI::PositiveNumber);
+        sheet->add_option("--columns", sheetOptions->columns, "Pictures in a row")->type_name("N")->check(OneOrMore);
 
         auto [film, filmOptions] = Add<FilmOptions>(m_app, "film", "Draw the frames of a video as a strip",
                                                     "film \"Imported\\holiday.mp4\" strip.png");
@@ -244,6 +255,13 @@ private:
             if (parsed.empty()) return app;
             app = parsed.back();
         }
+    }
+    // A word where a command should stand is named; the parser only says that a command is missing.
+    std::string Reason(const CLI::ParseError& error) const {
+        const CLI::App* app = DeepestParsed();
+        const std::vector<std::string> words = m_app.remaining(true);
+        if (app->get_require_subcommand_min() == 0 || words.empty()) return error.what();
+        return "there is no " + Name(app) + " " + Unshielded(words.front());
     }
     static std::string Name(const CLI::App* app) {
         return app->get_parent() == nullptr ? app->get_name() : Name(app->get_parent()) + " " + app->get_name();

@@ -44,6 +44,15 @@ Removed RemoveEverywhere(Galleries& galleries, const FoundItem& found) {
     return removed;
 }
 
+// With its last placement the item itself has to go.
+bool IsLeftBehind(Galleries& galleries, DBTools& tools, const GUID& guid) {
+    const bool placed = std::ranges::any_of(galleries.All(), [&](const CQGallery* gallery) {
+        CQItem* item = nullptr;
+        return gallery->IsItemHasParentByGuid(guid, item) != 0;
+    });
+    return !placed && LoadFresh(tools, guid) != nullptr;
+}
+
 }  // namespace
 
 int Run(const RemoveItemOptions& options, const Console& console) {
@@ -51,9 +60,13 @@ int Run(const RemoveItemOptions& options, const Console& console) {
     const Session session;
     Galleries galleries(session);
     const FoundItem found = FindItem(galleries, options.gallery, options.item);
-    const std::string guid = GuidToText(found.item->GetUniqueID());
+    const GUID id = found.item->GetUniqueID();
+    const std::string guid = GuidToText(id);
     const bool here = found.folder != nullptr && !options.everywhere;
-    const Removed removed = here ? RemoveHere(found) : RemoveEverywhere(galleries, found);
+    Removed removed = here ? RemoveHere(found) : RemoveEverywhere(galleries, found);
+    if (removed.kept.empty() && IsLeftBehind(galleries, *found.gallery->GetDBTools(), id)) {
+        removed.kept.push_back("the item " + guid);
+    }
     for (const std::string& path : removed.paths) console.Say("removed " + path);
     for (const std::string& path : removed.kept) console.Complain("cannot remove " + path);
     console.ShowJson({{"guid", guid}, {"removed", removed.paths}, {"failed", removed.kept}});

@@ -84,8 +84,9 @@ int Run(const ReorderOptions& options, const Console& console) {
     Json json;
     if (options.by) {
         CQFolder& folder = *FindFolder(galleries, options.gallery, options.what).folder;
+        if (Items(folder).empty()) throw Failure(PathOf(folder) + " holds no items to order");
         folder.SortingAllItem(SortTypeOf(*options.by), options.descending ? 0 : 1);
-        if (!Items(folder).empty()) StoreItemOrder(folder);
+        StoreItemOrder(folder);
         json["folder"] = FolderOrder(folder);
     } else {
         const auto what = FindEither(galleries, options.gallery, options.what);

@@ -5,13 +5,26 @@
 #include "hosts/qfc/library/Text.h"
 
 #include <cstdint>
+#include <filesystem>
 
 namespace qfc::host {
+
+namespace {
+
+// A journal that a program left behind when it ended early belongs to the file.
+std::string ReasonOf(const std::string& file) {
+    std::error_code error;
+    const auto size = std::filesystem::file_size(file + "-journal", error);
+    if (error || size == 0) return "it is no library, or it is in use";
+    return "it needs recovery; open it once with its own program, then try again";
+}
+
+}  // namespace
 
 OtherLibrary::OtherLibrary(const std::string& file) {
     const std::string copy = (m_folder.Path() / "library.db").string();
     if (!fnSnapshotLibrary(file.c_str(), copy.c_str())) {
-        throw Failure("cannot read " + file + ": it is no library, or it needs recovery first");
+        throw Failure("cannot read " + file + ": " + ReasonOf(file));
     }
     m_session = QFCLibraryManager::StartDbSession4ImportLib(ToCString(copy));
     if (m_session == 0) throw Failure("cannot read " + file + ": it is no library");

@@ -23,7 +23,11 @@ void UseDataFolder(const std::string& folder) {
     if (!SetDataFolder(folder.c_str())) throw Failure("cannot use the data folder " + folder);
 }
 
-std::string LibraryPath() { return ToText(QFCLibraryManager::GetDatabasePath()); }
+std::string LibraryPath() {
+    std::string path = ToText(QFCLibraryManager::GetDatabasePath());
+    if (path.empty()) throw Failure("the path of the data folder is too long");
+    return path;
+}
 
 Session::Session() {
     if (!CreateGalleryDoc() || !QFCLibraryManager::fnStartService()) {

@@ -7,7 +7,7 @@ namespace qfc::host {
 // Chooses where the library lies; before the first Session of the process. Throws Failure when that is not possible.
 void UseDataFolder(const std::string& folder);
 
-// The full path of the library file, there or not.
+// The full path of the library file, there or not. Throws Failure when it is too long for the library.
 std::string LibraryPath();
 
 // A running library service. The destructor closes every open gallery, since galleries point into the database, and
