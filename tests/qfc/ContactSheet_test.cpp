@@ -97,6 +97,12 @@ TEST(ContactSheet, ItemsWithoutAPictureAndOddTextsAreDrawn) {
     EXPECT_EQ(WriteContactSheet(sheet, folder / "sheet.png").size(), 1u);
 }
 
+TEST(ContactSheet, ItIsAsWideAsItsLongestRow) {
+    ContactSheet sheet = Sheet(12, 8);
+    for (std::size_t i = 0; i < sheet.cells.size(); ++i) sheet.cells[i].section = i < 4 ? "A" : i < 8 ? "B" : "C";
+    EXPECT_EQ(ContactSheetSize(sheet).width, ContactSheetSize(Sheet(4, 8)).width);
+}
+
 TEST(ContactSheet, ColumnsOutOfRangeAreRefused) {
     const TempFolder folder;
     for (const int columns : {0, -1, MaxSheetColumns() + 1})

@@ -43,7 +43,7 @@ TEST(FilmStrip, PerforationsShowAboveAndBelow) {
     const Picture drawn = ReadImage(folder / "film.png");
     for (const int y : {24 + 12, drawn.height - 24 - 12}) {
         int holes = 0;
-        for (int x = 1; x < drawn.width; ++x) holes += drawn.At(x, y) == 0xFFF8F5EF && drawn.At(x - 1, y) != 0xFFF8F5EF;
+        for (int x = 1; x < drawn.width; ++x) holes += drawn.At(x, y) == 0xFF15181D && drawn.At(x - 1, y) != 0xFF15181D;
         EXPECT_GT(holes, 15);
     }
 }

@@ -4,13 +4,14 @@
 #include "hosts/qfc/library/Find.h"
 #include "hosts/qfc/library/ItemPictures.h"
 #include "hosts/qfc/library/Output.h"
+#include "hosts/qfc/library/Paths.h"
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Tree.h"
+#include "hosts/qfc/media/ItemTexts.h"
 #include "hosts/qfc/pictures/ContactSheet.h"
 
 #include <algorithm>
 #include <cmath>
-#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 #include <set>
 
@@ -22,24 +23,24 @@ struct Shown {
     std::vector<SheetCell> cells;
 };
 
-std::string DurationText(double seconds) {
-    const auto whole = std::clamp(std::lround(seconds), 0L, 359999L);
-    if (whole >= 3600) return fmt::format("{}:{:02}:{:02}", whole / 3600, whole / 60 % 60, whole % 60);
-    return fmt::format("{}:{:02}", whole / 60, whole % 60);
-}
-
 SheetCell CellOf(CQItem& item, const std::string& section) {
     const MediaFacts facts = LoadFacts(item);
     SheetCell cell;
     cell.section = section;
     cell.name = ToText(item.GetItemName());
-    if (facts.width > 0) cell.detail = fmt::format("{} × {}", facts.width, facts.height);
-    if (facts.width == 0 && facts.sampleRate > 0) cell.detail = fmt::format("{:g} kHz", facts.sampleRate / 1000.0);
+    cell.detail = ShownDetail(facts);
     const std::string kind = KindOf(item);
     if (kind == "video") cell.badge = SheetBadge::Film;
     if (kind == "audio") cell.badge = SheetBadge::Sound;
-    if (facts.duration > 0 && kind != "image") cell.duration = DurationText(facts.duration);
+    if (facts.duration > 0 && kind != "image") cell.duration = ShownDuration(facts.duration);
     return cell;
+}
+
+// What stands over the items of a folder: its path below the one that the sheet shows.
+std::string Heading(const CQFolder& start, const CQFolder& folder) {
+    const std::vector<std::string> path = ComponentsOf(folder);
+    const auto skipped = static_cast<std::ptrdiff_t>(std::min(ComponentsOf(start).size(), path.size()));
+    return JoinPath({path.begin() + skipped, path.end()});
 }
 
 // Each item once, under the first folder that holds it.
@@ -50,7 +51,7 @@ Shown Collect(CQFolder& start) {
         for (CQItem* item : Items(*folder)) {
             if (!seen.insert(item->GetUniqueID()).second) continue;
             shown.items.push_back(item);
-            shown.cells.push_back(CellOf(*item, PathOf(*folder)));
+            shown.cells.push_back(CellOf(*item, Heading(start, *folder)));
         }
     }
     return shown;

@@ -212,7 +212,8 @@ void Canvas::DrawText(std::string_view text, Box box, const TextStyle& style) {
     if (!m_surface->hasFonts) return m_surface->DrawBuiltIn(text, box, style);
     const LayoutPtr layout = m_surface->Layout(text, style);
     pango_layout_set_width(layout.get(), static_cast<int>(box.width * PANGO_SCALE));
-    pango_layout_set_ellipsize(layout.get(), style.cut == Cut::Middle ? PANGO_ELLIPSIZE_MIDDLE : PANGO_ELLIPSIZE_END);
+    constexpr PangoEllipsizeMode kCut[] = {PANGO_ELLIPSIZE_MIDDLE, PANGO_ELLIPSIZE_END, PANGO_ELLIPSIZE_START};
+    pango_layout_set_ellipsize(layout.get(), kCut[static_cast<int>(style.cut)]);
     constexpr PangoAlignment kAlign[] = {PANGO_ALIGN_LEFT, PANGO_ALIGN_CENTER, PANGO_ALIGN_RIGHT};
     pango_layout_set_alignment(layout.get(), kAlign[static_cast<int>(style.align)]);
     int width = 0;

@@ -26,7 +26,7 @@ struct Box {
 };
 
 enum class Align { Left, Centre, Right };
-enum class Cut { Middle, End };  // where a text too long for its box loses characters to an ellipsis
+enum class Cut { Middle, End, Start };  // where a text too long for its box loses characters to an ellipsis
 
 struct TextStyle {
     double size = 12;  // pixels

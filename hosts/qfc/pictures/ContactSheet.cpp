@@ -83,7 +83,8 @@ int WidthOf(int columns) { return 2 * kMargin + columns * kCardWidth + (columns 
 // A sheet of a few items is no wider than they need, but never too narrow for its title.
 int ColumnsUsed(const ContactSheet& sheet) {
     constexpr int kFewest = 3;
-    const std::size_t widest = std::max<std::size_t>(sheet.cells.size(), kFewest);
+    std::size_t widest = kFewest;
+    for (const Row& row : RowsOf(sheet)) widest = std::max(widest, row.cells);
     return static_cast<int>(std::min(static_cast<std::size_t>(sheet.columns), widest));
 }
 
@@ -134,7 +135,10 @@ private:
         const std::string& text = m_sheet.cells[row.firstCell].section;
         const std::string count = text.empty() ? "" : std::to_string(SectionSize(m_sheet, row.firstCell));
         const double textWidth = std::min(m_canvas.TextWidth(text, style) + 2, width - 60);
-        m_canvas.DrawText(text, {kMargin, y + 10.0, textWidth, 22}, style);
+        // Of a long path the end tells more.
+        TextStyle shown = style;
+        shown.cut = Cut::Start;
+        m_canvas.DrawText(text, {kMargin, y + 10.0, textWidth, 22}, shown);
         m_canvas.DrawText(count, {kMargin + textWidth + 8, y + 10.0, 48, 22}, {.size = 12, .colour = kQuiet});
         const double rule = kMargin + textWidth + 8 + m_canvas.TextWidth(count, {.size = 12, .colour = kQuiet}) + 12;
         if (rule < m_width - kMargin) m_canvas.FillBox({rule, y + 21.0, m_width - kMargin - rule, 1}, 0, kRule);

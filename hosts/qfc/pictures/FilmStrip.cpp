@@ -19,10 +19,10 @@ constexpr double kHoleWidth = 10;
 constexpr double kHoleHeight = 13;
 constexpr double kHoleStep = 21.25;
 
-constexpr Colour kGround = {0xEFEBE3};
-constexpr Colour kHole = {0xF8F5EF};
-constexpr Colour kStripTop = {0x26201B};
-constexpr Colour kStripBottom = {0x17130F};
+constexpr Colour kGround = {0x15181D};
+constexpr Colour kHole = {0x15181D};
+constexpr Colour kStripTop = {0x3A322A};
+constexpr Colour kStripBottom = {0x2A241E};
 constexpr Colour kPrint = {0xE8A33D};
 
 PictureSize FrameSize(const FilmStrip& strip) {
