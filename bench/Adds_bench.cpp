@@ -24,6 +24,13 @@ std::vector<unsigned char> Compressed(const std::vector<unsigned char>& raw) {
     return packed;
 }
 
+// The gallery owns them once they are added.
+std::vector<CQItem*> MakeBatch(const std::vector<unsigned char>& payload) {
+    std::vector<CQItem*> items;
+    for (int i = 0; i < kBatch; ++i) items.push_back(MakeItem(payload).release());
+    return items;
+}
+
 void PlainAdds(benchmark::State& state) {
     // A copy of the library's own empty file: the same tables, page size and encoding.
     static const std::string path = [] {
@@ -52,8 +59,7 @@ void SyncAdds(benchmark::State& state) {
     for (auto _ : state) {
         state.PauseTiming();
         const CString folder = library.NewFolder();
-        std::vector<CQItem*> items;
-        for (int i = 0; i < kBatch; ++i) items.push_back(MakeItem(raw).release());
+        const std::vector<CQItem*> items = MakeBatch(raw);
         state.ResumeTiming();
         for (CQItem* item : items) QFCLibraryManager::fnAddItem(library.Gallery(), {folder}, item);
     }
@@ -66,8 +72,7 @@ void AsyncAdds(benchmark::State& state) {
     for (auto _ : state) {
         state.PauseTiming();
         const CString folder = library.NewFolder();
-        std::vector<CQItem*> items;
-        for (int i = 0; i < kBatch; ++i) items.push_back(MakeItem(raw).release());
+        const std::vector<CQItem*> items = MakeBatch(raw);
         const long target = library.Finished() + kBatch;
         state.ResumeTiming();
         for (CQItem* item : items) QFCLibraryManager::fnAddItemAsync(library.Gallery(), {folder}, item, 0);
