@@ -46,6 +46,21 @@ inline constexpr char kCompressedSize[] = "COMPRESSED_SIZE";
 inline constexpr char kCompressedData[] = "COMPRESSED_DATA";
 inline constexpr char kCacheDataType[] = "CACHE_DATA_TYPE";
 
+// LIB_TAG_CATEGORY_TABLE
+inline constexpr char kCategoryName[] = "CATEGORY_NAME";
+inline constexpr char kCategoryGallery[] = "CATEGORY_GALLERY";
+inline constexpr char kCategoryDeletable[] = "CATEGORY_DELETABLE";
+inline constexpr char kCategoryType[] = "CATEGORY_TYPE";
+inline constexpr char kCategoryGuid[] = "CATEGORY_GUID";  // Also LIB_TAG_TABLE.
+
+// LIB_TAG_TABLE
+inline constexpr char kTagName[] = "TAG_NAME";
+inline constexpr char kTagType[] = "TAG_TYPE";
+inline constexpr char kTagChecked[] = "TAG_CHECKED";
+inline constexpr char kTagDeletable[] = "TAG_DELETABLE";
+inline constexpr char kTagPictureData[] = "TAG_PICTURE_DATA";
+inline constexpr char kTagGuid[] = "TAG_GUID";
+
 // TAG_ITEM_RELATION_TABLE
 inline constexpr char kItemGuid[] = "ITEM_GUID";
 inline constexpr char kTagsGuid[] = "TAGS_GUID";

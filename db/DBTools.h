@@ -2,14 +2,18 @@
 
 #include "db/DBToolsInternal.h"
 
+#include <list>
 #include <mutex>
 #include <span>
 #include <thread>
 #include <type_traits>
 #include <vector>
 
+class CLibTagsMgr;
 class CQFolder;
 class CQItem;
+struct CLibTag;
+struct CTagCategory;
 
 // The only path to the library database. Every operation takes the object's mutex, without time limit, and is one
 // transaction: true means that its changes are on disk, false that nothing changed (docs/reliability.md names the one
@@ -81,11 +85,45 @@ public:
     // False when shortcuts are off: ask for the rows then. On false the list is as it was.
     bool QueryCacheSizes(int nKind, std::vector<qfc::PayloadSize>& sizes);
 
+    // Tags. Appends every stored category with its tags; rows without a usable GUID, and tags without a category, are
+    // left out. On false nothing was appended.
+    bool LoadTags(std::vector<CTagCategory>& categories);
+    // The same into the store, which is entered after the database was left.
+    bool LoadTags(CLibTagsMgr& manager);
+    // Writes the categories and the tags in them.
+    bool SaveCategoriesAndTags(const std::list<CTagCategory>& categories);
+    // The category's own row; its tags are not looked at.
+    bool UpdateCategory(const CTagCategory& category);
+    bool UpdateTag(const CLibTag& tag);
+    // The category's own row; its tags and their links stay.
+    bool DeleteCategory(const GUID& category);
+    // The tag and its links to items.
+    bool DeleteTag(const GUID& tag);
+    bool InsertTag2Item(const GUID& item, const GUID& tag);
+    bool DeleteTagFromItem(const GUID& item, const GUID& tag);
+    // Every item of the source gets the target instead, and the source is gone. A tag is not merged into itself: true,
+    // and nothing happens.
+    bool MergeTag(const GUID& source, const GUID& target);
+    // The links of the tag: which items carry it.
+    bool QueryTagItems(const GUID& tag, CppSQLite3Query& query);
+
+    // The same for many in one transaction: all of it or nothing. True for nothing to do.
+    bool UpdateCategories(std::span<const CTagCategory> categories);  // With the tags given in them.
+    bool UpdateTags(const std::list<CLibTag>& tags);
+    bool DeleteCategories(std::span<const GUID> categories);
+    bool DeleteTags(std::span<const GUID> tags);
+    // Every tag to, or from, every item.
+    bool InsertTags2Items(std::span<const GUID> items, std::span<const GUID> tags);
+    bool DeleteTagsFromItems(std::span<const GUID> items, std::span<const GUID> tags);
+    bool MergeTags(std::span<const GUID> sources, const GUID& target);
+
 private:
     class Guard;  // db/DBToolsGuard.h
 
     template <typename Operation, typename Result = std::invoke_result_t<Operation>>
     Result Guarded(Operation&& operation, Result refused = Result{});
+    template <typename Values, typename Operation>
+    bool GuardedEach(const Values& values, Operation&& operation);
     template <typename Operation>
     bool GuardedRows(CppSQLite3Query& query, Operation&& operation);
 

@@ -2,6 +2,7 @@
 
 #include "db/DBTools.h"
 
+#include <algorithm>
 #include <mutex>
 #include <new>
 #include <utility>
@@ -46,6 +47,12 @@ Result DBTools::Guarded(Operation&& operation, Result refused) {
     }
     const bool bSucceeded = result != Result{};
     return guard.Settle(bSucceeded) == bSucceeded ? result : refused;
+}
+
+// One transaction for all values: the first failure ends it.
+template <typename Values, typename Operation>
+bool DBTools::GuardedEach(const Values& values, Operation&& operation) {
+    return Guarded([&] { return HasConnection() && std::all_of(values.begin(), values.end(), operation); });
 }
 
 // Rows are taken into memory under the guard: a live cursor would keep the file from other processes, and the

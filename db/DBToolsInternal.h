@@ -11,6 +11,9 @@
 #include <span>
 #include <vector>
 
+struct CLibTag;
+struct CTagCategory;
+
 namespace qfc {
 struct TreeRows;
 }
@@ -71,6 +74,16 @@ protected:
     bool QueryGalleries(std::vector<qfc::StoredGallery>& galleries);
     bool QueryTree(int nRoot, qfc::TreeRows& rows);
     bool QueryCacheSizes(int nKind, std::vector<qfc::PayloadSize>& sizes);
+    bool ReadTags(std::vector<CTagCategory>& categories);
+    bool WriteCategory(const CTagCategory& category);
+    bool WriteCategoryWithTags(const CTagCategory& category);
+    bool WriteTag(const CLibTag& tag);
+    bool DeleteCategoryRow(const GUID& category);
+    bool DeleteTagWithLinks(const GUID& tag);
+    bool WriteTagLink(const GUID& item, const GUID& tag);
+    bool DeleteTagLink(const GUID& item, const GUID& tag);
+    bool MoveTagLinks(const GUID& source, const GUID& target);
+    bool QueryTagLinks(const GUID& tag, CppSQLite3Query& query);
 
     bool HasConnection() const { return m_pDB != nullptr; }
     CppSQLite3DB& Connection() { return *m_pDB; }

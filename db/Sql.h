@@ -78,9 +78,36 @@ inline constexpr char kDeleteCacheData[] = "Delete from CACHE_DATA_TABLE where I
 // item GUID
 inline constexpr char kDeleteAllCacheData[] = "Delete from CACHE_DATA_TABLE where ITEM_ID = ?";
 
-// --- Tags of items, auto-loaded items ---
+// --- Tags ---
+// name (UTF-8), gallery, deletable, type, category GUID
+inline constexpr char kWriteCategory[] =
+    "REPLACE into LIB_TAG_CATEGORY_TABLE( CATEGORY_NAME, CATEGORY_GALLERY, CATEGORY_DELETABLE, CATEGORY_TYPE,"
+    " CATEGORY_GUID) values (?, ?, ?, ?, ?)";
+// name (UTF-8), category GUID, type, checked, deletable, picture size, picture, tag GUID
+// Kept: no blanks between the last three marks.
+inline constexpr char kWriteTag[] =
+    "REPLACE into LIB_TAG_TABLE( TAG_NAME, CATEGORY_GUID, TAG_TYPE, TAG_CHECKED, TAG_DELETABLE, TAG_PICTURE_SIZE,"
+    " TAG_PICTURE_DATA, TAG_GUID) values (?, ?, ?, ?, ?, ?,?,?)";
+// nothing
+inline constexpr char kAllTags[] = "Select * from LIB_TAG_TABLE";
+inline constexpr char kAllCategories[] = "Select * from LIB_TAG_CATEGORY_TABLE";
+// tag GUID
+inline constexpr char kDeleteTag[] = "Delete from LIB_TAG_TABLE where TAG_GUID = ?";
+// category GUID
+inline constexpr char kDeleteCategory[] = "Delete from LIB_TAG_CATEGORY_TABLE where CATEGORY_GUID = ?";
+// item GUID, tag GUID
+inline constexpr char kWriteTagLink[] =
+    "INSERT OR REPLACE into TAG_ITEM_RELATION_TABLE( ITEM_GUID, TAGS_GUID) values (?, ?)";
 // item GUID
 inline constexpr char kQueryItemTags[] = "Select * from TAG_ITEM_RELATION_TABLE where ITEM_GUID = ?";
+// tag GUID
+inline constexpr char kQueryTagItems[] = "Select * from TAG_ITEM_RELATION_TABLE where TAGS_GUID = ?";
+// item GUID, tag GUID
+inline constexpr char kDeleteTagLink[] = "Delete from TAG_ITEM_RELATION_TABLE where ITEM_GUID = ? AND TAGS_GUID = ?";
+// tag GUID
+inline constexpr char kDeleteTagLinks[] = "Delete from TAG_ITEM_RELATION_TABLE where TAGS_GUID = ?";
+
+// --- Auto-loaded items ---
 // folder, GUID (all zero for a file), path (empty for an item)
 inline constexpr char kWriteAutoLoaded[] =
     "REPLACE into ITEM_AUTO_LOADED_TABLE( FOLDER_ID, ITEM_ID, FILE_PATH) values (?, ?, ?)";

@@ -6,7 +6,8 @@ import sys
 INTERFACE = re.compile(
     r"""^(
       C(Q|Obj|Obj?List|ObArray|String|Runtime|CmdTarget|Document|View|DumpContext|Archive|DBStringHelper)\w*
-    | C\w*Exception | CppSQLite3\w* | DBTools(Internal)? | QFCLibraryManager | MutexLocker
+    | C\w*Exception | CLibTagsMgr | CppSQLite3\w* | DBTools(Internal)? | QFCLibraryManager | MutexLocker
+    | g_GetTagTranslateName
     | fn(Check|Snapshot)Library | CreateGalleryDoc | GetGalleryDoc | RegisterGlobalProc | GenerateFolderPath2
     | AfxThrow\w+
     | (CloseHandle|CoCreateGuid|CopyFileA|CreateEventA|CreateMutexA|DeleteFileA|GetAppDataFolder|GetLastError
