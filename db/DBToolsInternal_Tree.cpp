@@ -97,7 +97,7 @@ void ReadItems(CppSQLite3Query& query, const GuidSet& wanted, std::vector<qfc::I
     }
 }
 
-void ReadTags(CppSQLite3Query& query, const GuidSet& wanted, std::vector<qfc::TreeRows::Tag>& tags) {
+void ReadItemTags(CppSQLite3Query& query, const GuidSet& wanted, std::vector<qfc::TreeRows::Tag>& tags) {
     const Column item(query, column::kItemGuid), tag(query, column::kTagsGuid);
     for (; !query.eof(); query.nextRow()) {
         const auto itemGuid = item.Guid();
@@ -134,7 +134,7 @@ bool DBToolsInternal::QueryTree(int nRoot, qfc::TreeRows& rows) {
         CppSQLite3Query items = bScan ? query(sql::kScanItems) : query(sql::kQueryTreeItems, nRoot);
         ReadItems(items, wanted, rows.items);
         CppSQLite3Query tags = bScan ? query(sql::kScanItemTags) : query(sql::kQueryTreeItemTags, nRoot);
-        ReadTags(tags, wanted, rows.tags);
+        ReadItemTags(tags, wanted, rows.tags);
     });
     return bRead && bSound;
 }
