@@ -37,6 +37,44 @@ TEST_F(BrokenMediaTest, TextIsNoMediaWhateverItsNameSays) {
         EXPECT_FALSE(DecodeContent(name, "This is a text.\n" + text).IsGood()) << name;
 }
 
+TEST_F(BrokenMediaTest, WhatIsMediaNeitherByNameNorByContent_IsToldFromBrokenMedia) {
+    const std::string text = "This is a text.\n" + std::string(5000, 'a');
+    EXPECT_TRUE(DecodeContent("broken.mp4", text).isMedia);
+    EXPECT_TRUE(DecodeContent("empty.jpg", "").isMedia);
+    for (const char* name : {"notes.txt", "notes", "notes.unknown", "README.md"}) {
+        EXPECT_FALSE(DecodeContent(name, text).isMedia) << name;
+        EXPECT_FALSE(DecodeContent(name, "").isMedia) << name;
+        EXPECT_FALSE(DecodeContent(name, std::string(5000, '\0')).isMedia) << name;
+    }
+}
+
+TEST_F(BrokenMediaTest, ACompressedTextIsNoMusic) {
+    const std::string gzip("\x1F\x8B\x08\0\0\0\0\0\0\x03\xCB\x48\xCD\xC9\xC9\x07\0\x86\xA6\x10\x36\x05\0\0\0", 25);
+    for (const char* name : {"changelog.gz", "changelog"})
+        EXPECT_FALSE(DecodeContent(name, gzip + std::string(20000, '\x55')).isMedia) << name;
+}
+
+TEST_F(BrokenMediaTest, TextsPlaylistsAndScriptsAreNoMedia_WhateverTheyAreCalled) {
+    const std::string real = m_maker.Video("real.ts", "-c:v mpeg2video", 1);
+    const std::vector<std::string> contents = {
+        "ffconcat version 1.0\nfile 'real.ts'\n",
+        "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\nreal.ts\n#EXT-X-ENDLIST\n",
+        "<?xml version='1.0'?><MPD xmlns='urn:mpeg:dash:schema:mpd:2011' "
+        "profiles='urn:mpeg:dash:profile:isoff-live:2011'/>",
+        "v=0\no=- 0 0 IN IP4 127.0.0.1\ns=x\nc=IN IP4 127.0.0.1\nm=video 5004 RTP/AVP 96\n",
+        "#!/bin/sh\necho hello\n",
+        "1\n00:00:01,000 --> 00:00:02,000\nA subtitle\n",
+        ";FFMETADATA1\ntitle=x\n",
+        "\x1b[1mcoloured letters\x1b[0m\n",
+    };
+    for (const std::string& content : contents) {
+        for (const char* name : {"a", "a.txt", "a.m3u8", "a.sdp", "a.nfo", "a.mpd"})
+            EXPECT_FALSE(DecodeContent(name, content).isMedia) << name << ": " << content;
+        for (const char* name : {"a.mp4", "a.ts", "a.tga", "a.svg", "a.gsm"})
+            EXPECT_FALSE(DecodeContent(name, content).IsGood()) << name << ": " << content;
+    }
+}
+
 TEST_F(BrokenMediaTest, AnEmptyFileIsNamedSo) {
     EXPECT_EQ(DecodeContent("a.mp4", "").error, "the file is empty");
     EXPECT_EQ(DecodeContent("a.jpg", "").error, "the file is empty");

@@ -150,6 +150,34 @@ TEST_F(CommandsImport, BrokenFilesAreNamedAndCounted_NeverFatal) {
     EXPECT_EQ(ItemsOf("d"), Names{"good.ppm"});
 }
 
+TEST_F(CommandsImport, FilesAreTakenByTheirContent_WithOrWithoutAnExtension) {
+    m_media.MakeFolder("d");
+    fs::rename(Image("image.ppm", 1), Media("d/image"));
+    fs::rename(Sound("sound.wav"), Media("d/sound.txt"));
+    fs::rename(Video("video.mp4"), Media("d/video.dat"));
+    m_media.Write("d/list.m3u8", "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\nvideo.dat\n#EXT-X-ENDLIST\n");
+    m_media.Write("d/notes", "no media at all");
+    m_media.Write("d/.keep", "");
+    const Json report = Done({"import", Media("d")});
+    EXPECT_EQ(Of(report["added"], "name"), (Names{"image", "sound.txt", "video.dat"}));
+    EXPECT_EQ(report["skipped"], 3);
+    EXPECT_TRUE(report["broken"].empty());
+    EXPECT_EQ(Done({"show", "d\\image"})["kind"], "image");
+    EXPECT_EQ(Done({"show", "d\\sound.txt"})["kind"], "audio");
+    EXPECT_EQ(Done({"show", "d\\video.dat"})["kind"], "video");
+}
+
+TEST_F(CommandsImport, ADirectoryWithoutMedia_AddsNothingAndMakesNoFolder) {
+    m_media.MakeFolder("d/below");
+    EXPECT_EQ(Qfc({"import", Media("d")}).exit, 1);
+    m_media.Write("d/below/notes.txt", "no media");
+    const Json report = Document({"import", Media("d")}, 1);
+    EXPECT_TRUE(report["added"].empty());
+    EXPECT_EQ(report["skipped"], 1);
+    EXPECT_EQ(FoldersOf("\\"), Names{});
+    ExpectSound();
+}
+
 TEST_F(CommandsImport, NothingToAdd_Fails) {
     EXPECT_EQ(Qfc({"import", m_media.Write("broken.mp4", "x")}).exit, 1);
     EXPECT_EQ(Qfc({"import", m_media.Write("notes.txt", "x")}).exit, 1);

@@ -291,4 +291,56 @@ TEST_F(DecodedMediaTest, NamesWithPatternsAndColonsAreNamesLikeAnyOther) {
             << name;
 }
 
+TEST_F(DecodedMediaTest, TheContentTellsTheKindWhateverTheNameSays) {
+    const auto called = [&](const std::string& source, const std::string& name) {
+        return Good(m_maker.Folder().Write(name, ReadFile(source)));
+    };
+    const std::string image = m_maker.Image("i.jpg");
+    const std::string video = m_maker.Video("v.mp4", "-c:v mpeg4", 0.5);
+    const std::string sound = m_maker.Make("s.flac", "-f lavfi -i sine=d=1");
+    for (const char* name : {"image.mp4", "image", "image.txt", "image.unknown", ".image"})
+        EXPECT_EQ(called(image, name).type, 4u) << name;
+    for (const char* name : {"video.jpg", "video", "video.txt", "video.flac", "video.tga"})
+        EXPECT_EQ(called(video, name).type, 1u) << name;
+    for (const char* name : {"sound.png", "sound", "sound.log"}) EXPECT_EQ(called(sound, name).type, 2u) << name;
+    EXPECT_EQ(called(m_maker.Image("moving.gif"), "gif.mp4").type, 4u);
+}
+
+TEST_F(DecodedMediaTest, AnAvifIsAnImage_UnderAnyName) {
+    const std::string still = m_maker.Image("a.avif", "320x180", "-c:v libaom-av1 -cpu-used 8 -still-picture 1");
+    const std::string other = m_maker.Folder().Write("other", ReadFile(still));
+    for (const std::string& path : {still, other}) {
+        const DecodedMedia media = Good(path);
+        EXPECT_EQ(media.type, 4u) << path;
+        EXPECT_EQ(media.facts.width, 320) << path;
+        EXPECT_TRUE(media.thumbnails.film.empty()) << path;
+    }
+}
+
+TEST_F(DecodedMediaTest, RecordingsAndStereoFilmsAreVideos) {
+    EXPECT_EQ(Good(m_maker.Video("a.trp", "-c:v mpeg2video -f mpegts", 1)).type, 1u);
+    EXPECT_EQ(Good(m_maker.Video("a.mk3d", "-c:v mpeg4 -f matroska", 1)).type, 1u);
+}
+
+TEST_F(DecodedMediaTest, DrawingsInTextAreImages_WhenTheirNamePromisesIt) {
+    const std::string svg =
+        "<svg xmlns='http://www.w3.org/2000/svg' width='64' height='32'><rect width='64' height='32' "
+        "fill='#E02040'/></svg>";
+    const DecodedMedia media = Good(m_maker.Folder().Write("a.svg", svg));
+    EXPECT_EQ(media.type, 4u);
+    EXPECT_EQ(media.facts.width, 64);
+    EXPECT_TRUE(IsNear(Cache(media).At(20, 20), 0xE02040));
+    EXPECT_EQ(Good(m_maker.Folder().Write("a.ppm", "P3\n2 1\n255\n255 0 0 0 255 0\n")).type, 4u);
+    EXPECT_FALSE(Decode(m_maker.Folder().Write("drawing", svg)).isMedia);
+    EXPECT_FALSE(Decode(m_maker.Folder().Write("list.txt", "P3\n2 1\n255\n255 0 0 0 255 0\n")).isMedia);
+}
+
+TEST_F(DecodedMediaTest, SoundsThatOnlyTheirNameTellsAreRead) {
+    for (const char* name : {"a.g722", "a.sln"}) {
+        const std::string raw = std::string("-f lavfi -i sine=d=1 -ar 16000 -ac 1") +
+                                (name == std::string("a.sln") ? " -c:a pcm_s16le -f s16le" : "");
+        EXPECT_EQ(Good(m_maker.Make(name, raw)).type, 2u) << name;
+    }
+}
+
 }  // namespace

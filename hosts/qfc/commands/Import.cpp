@@ -53,7 +53,7 @@ public:
         if (!m_plan.already.empty()) summary += ", " + std::to_string(m_plan.already.size()) + " there already";
         if (!m_broken.empty()) summary += ", " + std::to_string(m_broken.size()) + " not readable";
         if (!m_refused.empty()) summary += ", " + std::to_string(m_refused.size()) + " not stored";
-        if (m_plan.skipped > 0) summary += ", " + std::to_string(m_plan.skipped) + " no media";
+        if (m_skipped > 0) summary += ", " + std::to_string(m_skipped) + " no media";
         m_console.Say(summary);
         if (m_interrupt.IsRaised()) m_console.Complain("interrupted: " + summary);
         // Broken files are the files' fault; what could not be stored is ours.
@@ -84,7 +84,12 @@ private:
     void Add(const ImportPlan::File& file, const DecodedMedia& media, AddQueue& queue) {
         // Of a file that was being decoded when Ctrl-C came nothing is known.
         if (!media.IsGood() && m_interrupt.IsRaised()) return;
+        if (!media.isMedia && !file.named) {
+            ++m_skipped;
+            return;
+        }
         if (!media.IsGood()) return NoteBroken(file.path, media.error);
+        if (!file.storable) return NoteBroken(file.path, "its name is not UTF-8");
         CQFolder* folder = m_folders.Make(file.folder);
         std::unique_ptr<CQItem> item = folder != nullptr ? MakeItem(media, file.name) : nullptr;
         if (item == nullptr) return NoteRefused(file.path);
@@ -133,7 +138,7 @@ private:
         }
         for (const auto& broken : m_broken) json["broken"].push_back({{"file", broken.path}, {"error", broken.text}});
         json["notStored"] = m_refused;
-        json["skipped"] = m_plan.skipped;
+        json["skipped"] = m_skipped;
         json["interrupted"] = m_interrupt.IsRaised();
         return json;
     }
@@ -147,6 +152,7 @@ private:
     std::vector<AddQueue::Outcome> m_added;
     std::vector<WalkProblem> m_broken;
     std::vector<std::string> m_refused;
+    std::size_t m_skipped = 0;  // Files of directories that are no media.
 };
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include "hosts/qfc/library/Paths.h"
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Tree.h"
-#include "hosts/qfc/media/MediaProbe.h"
 
 #include <algorithm>
 #include <map>
@@ -42,17 +41,12 @@ ImportPlan PlanImport(const Walk& walk, CQGallery& gallery, const std::vector<st
     plan.problems = walk.problems;
     const auto known = ItemsByFile(gallery);
     for (const WalkedFile& file : walk.files) {
-        const bool named = file.folders.empty();
-        if (!KindByName(file.path)) {
-            if (named) plan.problems.push_back({file.path, "no media file"});
-            plan.skipped += named ? 0 : 1;
-        } else if (!IsNameUsable(file)) {
-            plan.problems.push_back({file.path, "its name is not UTF-8"});
-        } else if (const auto item = known.find(file.path); item != known.end()) {
+        if (const auto item = known.find(file.path); item != known.end()) {
             plan.already.push_back({file.path, PathsOf(gallery, *item->second)});
         } else {
             // A path to the item needs a name without separator.
-            plan.files.push_back({file.path, FolderComponent(file.name), FolderOf(file, base)});
+            plan.files.push_back({file.path, FolderComponent(file.name), FolderOf(file, base), file.folders.empty(),
+                                  IsNameUsable(file)});
         }
     }
     return plan;

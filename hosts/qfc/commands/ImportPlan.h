@@ -16,6 +16,8 @@ struct ImportPlan {
         std::string path;  // Canonical: the identity of the file.
         std::string name;
         std::vector<std::string> folder;
+        bool named = false;    // On the command line itself; else found in a directory.
+        bool storable = true;  // False when its name is not one that the library gives back unchanged.
     };
     struct Known {
         std::string path;
@@ -24,8 +26,7 @@ struct ImportPlan {
 
     std::vector<File> files;
     std::vector<Known> already;         // In the gallery before.
-    std::vector<WalkProblem> problems;  // Not there, not readable, named but no media.
-    std::size_t skipped = 0;            // Files of directories that are no media.
+    std::vector<WalkProblem> problems;  // Not there, not readable.
 };
 
 // `base` are the components of the folder to import into, empty for none: directories then become folders of the

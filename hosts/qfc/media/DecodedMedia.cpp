@@ -28,6 +28,9 @@ DecodedMedia DecodeMedia(const std::string& path, TimeLimit limit) {
     try {
         Decode(media, limit);
         if (limit.IsCancelled()) media.error = "cancelled";
+    } catch (const NoMediaError& error) {
+        media.error = error.what();
+        media.isMedia = false;
     } catch (const std::bad_alloc&) {
         media.error = "too large for the memory there is";
     } catch (const std::exception& error) {

@@ -17,7 +17,8 @@ struct DecodedMedia {
     std::string description;
     std::string blackBox;
     Thumbnails thumbnails;
-    std::string error;  // one line, empty on success; the rest is then filled
+    std::string error;    // one line, empty on success; the rest is then filled
+    bool isMedia = true;  // false when neither the name nor the content is that of a media file
 
     bool IsGood() const { return error.empty(); }
 };

@@ -40,6 +40,11 @@ class MediaError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// Neither the name nor the content of the file is that of media.
+class NoMediaError : public MediaError {
+    using MediaError::MediaError;
+};
+
 // Both throw std::bad_alloc when memory is out.
 FramePtr NewFrame();
 PacketPtr NewPacket();

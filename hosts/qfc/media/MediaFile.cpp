@@ -20,6 +20,7 @@ namespace {
 
 constexpr std::size_t kMaxAllocation = std::size_t{1} << 30;
 constexpr double kWidestPixel = 8;
+constexpr int kHead = 4096;
 
 // FFmpeg's own messages would break into the lines and the progress bar of the command.
 void PrepareFfmpeg() {
@@ -49,12 +50,14 @@ private:
     AVDictionary* m_options = nullptr;
 };
 
-void CheckFile(const std::string& path) {
+void CheckFile(const std::string& path, bool promised) {
     std::error_code error;
     const auto status = std::filesystem::status(path, error);
     if (error || !std::filesystem::exists(status)) throw MediaError("no such file");
     if (!std::filesystem::is_regular_file(status)) throw MediaError("not a regular file");
-    if (std::filesystem::file_size(path, error) == 0 && !error) throw MediaError("the file is empty");
+    if (std::filesystem::file_size(path, error) != 0 || error) return;
+    if (!promised) throw NoMediaError("no media file");
+    throw MediaError("the file is empty");
 }
 
 bool IsDecodable(const AVStream& stream) { return avcodec_find_decoder(stream.codecpar->codec_id) != nullptr; }
@@ -67,19 +70,26 @@ std::int64_t Area(const AVStream& stream) { return std::int64_t{stream.codecpar-
 
 }  // namespace
 
-MediaFile::MediaFile(std::string path, TimeLimit limit) : m_path(std::move(path)), m_limit(limit) {
+MediaFile::MediaFile(std::string path, TimeLimit limit)
+    : m_path(std::move(path)), m_promised(PromisedReader(m_path)), m_limit(limit) {
     PrepareFfmpeg();
-    const std::optional<MediaKind> promised = KindByName(m_path);
-    if (!promised) throw MediaError("not the name of a media file");
-    CheckFile(m_path);
-    OpenByContent(*promised);
+    CheckFile(m_path, !m_promised.empty());
+    OpenBytes();
+    const AVInputFormat* reader = ProbedReader();
+    if (!reader) reader = ReaderByName();
+    m_isPicture = UseOfReader(reader->name) == ReaderUse::Picture || IsStillPicture(m_head);
+    if (IsReaderCalled(reader->name, "image2")) {
+        OpenPictureByName();
+    } else {
+        Open(*reader);
+    }
     // A single picture's header says enough; FFmpeg would else decode it once only to learn its format.
-    if (*promised != MediaKind::Image) {
+    if (!m_isPicture) {
         const int result = avformat_find_stream_info(m_format.get(), nullptr);
         if (m_limit.IsOver()) throw MediaError("reading it takes too long");
         if (result < 0) throw MediaError("its streams cannot be read: " + FfmpegText(result));
     }
-    ChooseStreams(*promised);
+    ChooseStreams();
     FillFacts();
 }
 
@@ -91,39 +101,56 @@ void MediaFile::Allocate() {
     m_format->interrupt_callback = {IsOver, &m_limit};
 }
 
-void MediaFile::OpenByContent(MediaKind promised) {
+void MediaFile::OpenBytes() {
     const std::string address = "file:" + m_path;
     const AVIOInterruptCB interrupt = {IsOver, &m_limit};
     Options options;
     options.Set("protocol_whitelist", "file");
     AVIOContext* io = nullptr;
-    int result = avio_open2(&io, address.c_str(), AVIO_FLAG_READ, &interrupt, options.Get());
+    const int result = avio_open2(&io, address.c_str(), AVIO_FLAG_READ, &interrupt, options.Get());
     if (result < 0) throw MediaError("cannot be read: " + FfmpegText(result));
     m_io.reset(io);
+    m_head.resize(kHead);
+    const int length = avio_read(m_io.get(), reinterpret_cast<unsigned char*>(m_head.data()), kHead);
+    m_head.resize(static_cast<std::size_t>(std::max(length, 0)));
+    if (length < 0 || avio_seek(m_io.get(), 0, SEEK_SET) < 0) throw MediaError("cannot be read: " + FfmpegText(length));
+}
 
+// Null when the content is not clearly that of an allowed reader's files.
+const AVInputFormat* MediaFile::ProbedReader() {
+    if (IsText(m_head) && !IsReaderOfText(m_promised)) return nullptr;
     const AVInputFormat* reader = nullptr;
     // Without a name FFmpeg judges by the content alone.
     const int score = av_probe_input_buffer2(m_io.get(), &reader, "", nullptr, 0, 0);
     if (m_limit.IsOver()) throw MediaError("reading it takes too long");
-    const std::string_view own = ReaderByName(m_path);
-    const bool likely = reader && (score > AVPROBE_SCORE_RETRY || own == reader->name);
-    if (!likely || !IsReaderAllowed(reader->name, promised)) {
-        if (own != "image2") throw MediaError("the content is no media of this kind");
-        m_io.reset();
-        return OpenByName();
-    }
+    if (!reader || UseOfReader(reader->name) == ReaderUse::Refused) return nullptr;
+    const bool promised = IsReaderCalled(reader->name, m_promised);
+    const bool likely = score > AVPROBE_SCORE_RETRY && !IsOnlyAsPromised(reader->name);
+    return promised || likely ? reader : nullptr;
+}
+
+const AVInputFormat* MediaFile::ReaderByName() {
+    if (m_promised.empty()) throw NoMediaError("no media file");
+    const bool fits = IsKnownByNameAlone(m_promised) && (!IsText(m_head) || IsReaderOfText(m_promised));
+    const AVInputFormat* reader = fits ? av_find_input_format(std::string(m_promised).c_str()) : nullptr;
+    if (!reader) throw MediaError("the content is no media of this kind");
+    return reader;
+}
+
+void MediaFile::Open(const AVInputFormat& reader) {
     Allocate();
     m_format->pb = m_io.get();
     m_format->flags |= AVFMT_FLAG_CUSTOM_IO;
     m_format->io_open = RefuseToOpen;
     AVFormatContext* format = m_format.release();  // freed by FFmpeg on failure
-    result = avformat_open_input(&format, nullptr, reader, nullptr);
+    const int result = avformat_open_input(&format, nullptr, &reader, nullptr);
     if (result < 0) throw MediaError("cannot be opened: " + FfmpegText(result));
     m_format.reset(format);
 }
 
-// Pictures without a mark of their own in the content.
-void MediaFile::OpenByName() {
+// The reader of pictures that are known by their names opens them itself.
+void MediaFile::OpenPictureByName() {
+    m_io.reset();
     Allocate();
     Options options;
     options.Set("protocol_whitelist", "file");
@@ -157,12 +184,11 @@ AVStream* MediaFile::ChooseImage() const {
     return best;
 }
 
-void MediaFile::ChooseStreams(MediaKind promised) {
-    const bool image = promised == MediaKind::Image;
-    m_picture = image ? ChooseImage() : Choose(AVMEDIA_TYPE_VIDEO);
-    m_sound = image ? nullptr : Choose(AVMEDIA_TYPE_AUDIO);
+void MediaFile::ChooseStreams() {
+    m_picture = m_isPicture ? ChooseImage() : Choose(AVMEDIA_TYPE_VIDEO);
+    m_sound = m_isPicture ? nullptr : Choose(AVMEDIA_TYPE_AUDIO);
     if (!m_picture && !m_sound) throw MediaError("holds no stream that can be decoded");
-    m_facts.kind = image ? MediaKind::Image : m_picture ? MediaKind::Video : MediaKind::Audio;
+    m_facts.kind = m_isPicture ? MediaKind::Image : m_picture ? MediaKind::Video : MediaKind::Audio;
     for (unsigned i = 0; i < m_format->nb_streams; ++i) {
         AVStream* stream = m_format->streams[i];
         const bool used = m_picture ? stream == m_picture : stream == m_sound;

@@ -6,16 +6,19 @@
 #include "hosts/qfc/pictures/Picture.h"
 
 #include <string>
+#include <string_view>
 
+struct AVInputFormat;
 struct AVStream;
 
 namespace qfc::host {
 
-// One media file, opened for decoding: its readers are chosen from a list by name and content, it may open no other
-// file or address, and its time is limited. One thread at a time.
+// One media file, opened for decoding: its reader is chosen from a list by content and name, it may open no other file
+// or address, and its time is limited. One thread at a time.
 class MediaFile {
 public:
-    // Throws MediaError when the file is no media, is broken, or takes too long.
+    // Throws NoMediaError when neither its name nor its content is that of a media file, and MediaError when it is
+    // broken or takes too long.
     MediaFile(std::string path, TimeLimit limit);
     ~MediaFile();
     MediaFile(const MediaFile&) = delete;
@@ -48,16 +51,22 @@ public:
     const TimeLimit& Limit() const { return m_limit; }
 
 private:
-    void OpenByContent(MediaKind promised);
-    void OpenByName();
+    void OpenBytes();
+    const AVInputFormat* ProbedReader();
+    const AVInputFormat* ReaderByName();
+    void Open(const AVInputFormat& reader);
+    void OpenPictureByName();
     void Allocate();
-    void ChooseStreams(MediaKind promised);
+    void ChooseStreams();
     AVStream* ChooseImage() const;
     AVStream* Choose(int mediaType) const;
     void FillFacts();
     void FillSound();
 
     std::string m_path;
+    std::string_view m_promised;  // the reader that the name promises; may be empty
+    std::string m_head;           // the first bytes
+    bool m_isPicture = false;
     TimeLimit m_limit;
     MediaFacts m_facts;
     IoPtr m_io;  // closed after the format that reads from it

@@ -1,24 +1,41 @@
 #pragma once
 
-#include "hosts/qfc/media/MediaFacts.h"
-
-#include <optional>
-#include <string>
 #include <string_view>
 
 namespace qfc::host {
 
-// Tells from a name alone whether a file is worth opening, and which of FFmpeg's readers it may be given to. Content
-// alone would not do: FFmpeg takes plain text for a film of typed letters. Functions without state; any thread.
+// Decides which of FFmpeg's readers a file may be given to. The content tells the reader, the name only helps where
+// that is not enough: FFmpeg takes plain text for a film of typed letters, and knows readers that open further files or
+// addresses. Functions without state; any thread.
 
-// The kind that the extension promises, without case; nothing for a name that is not media. A sound container may turn
-// out to hold a film and the other way round; an image stays an image.
-std::optional<MediaKind> KindByName(std::string_view path);
+enum class ReaderUse {
+    Refused,
+    Film,    // films and sounds; the streams tell which
+    Picture  // one picture, however many the file holds
+};
 
-// The reader that belongs to the extension; empty when the name is not media.
-std::string_view ReaderByName(std::string_view path);
+// By FFmpeg's name for the reader, which may be several spellings separated by commas.
+ReaderUse UseOfReader(std::string_view reader);
 
-// Whether a reader, by FFmpeg's name for it (several spellings separated by commas), may be used for a promised kind.
-bool IsReaderAllowed(std::string_view reader, MediaKind promised);
+// Whether one of the reader's spellings is the name.
+bool IsReaderCalled(std::string_view reader, std::string_view name);
+
+// The reader that the extension of a path promises, without case; empty for names that promise no media.
+std::string_view PromisedReader(std::string_view path);
+
+// The content of such files has no mark, or not always one, that a reader could tell them by: the promise decides.
+bool IsKnownByNameAlone(std::string_view reader);
+
+// The reader takes files of other kinds for its own, so both name and content have to tell it.
+bool IsOnlyAsPromised(std::string_view reader);
+
+// Whether files for the reader may be plain text: drawings made of words and numbers.
+bool IsReaderOfText(std::string_view reader);
+
+// Whether a file that begins so is text, which is media only when its name promises it.
+bool IsText(std::string_view head);
+
+// Whether a file that begins so is a still picture in a container for films.
+bool IsStillPicture(std::string_view head);
 
 }  // namespace qfc::host
