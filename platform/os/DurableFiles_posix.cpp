@@ -1,3 +1,4 @@
+#include "platform/os/Descriptor.h"
 #include "platform/os/ErrnoError.h"
 #include "platform/os/Files.h"
 #include "platform/os/LastError.h"
@@ -11,26 +12,9 @@
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
-#include <utility>
 
 namespace qfc {
 namespace {
-
-class Descriptor {
-public:
-    explicit Descriptor(int number) : m_number(number) {}
-    ~Descriptor() { Close(); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int Get() const { return m_number; }
-    bool IsOpen() const { return m_number >= 0; }
-    // Some file systems report a failed write only here.
-    bool Close() { return m_number < 0 || close(std::exchange(m_number, -1)) == 0; }
-
-private:
-    int m_number;
-};
 
 std::string FolderOf(const std::string& path) {
     const auto slash = path.rfind('/');
@@ -44,24 +28,13 @@ Descriptor OpenFolderOf(const std::string& path) {
 // Some file systems cannot sync a folder and say so; then there is nothing more to do.
 bool SyncFolder(const Descriptor& folder) { return fsync(folder.Get()) == 0 || errno == EINVAL || errno == ENOTSUP; }
 
-bool WriteAll(int target, const char* bytes, std::size_t count) {
-    while (count > 0) {
-        const ssize_t written = write(target, bytes, count);
-        if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) return false;
-        bytes += written;
-        count -= static_cast<std::size_t>(written);
-    }
-    return true;
-}
-
-bool CopyBytes(int source, int target) {
+bool CopyBytes(int source, const Descriptor& target) {
     std::array<char, 65536> buffer;
     for (;;) {
         const ssize_t count = read(source, buffer.data(), buffer.size());
         if (count < 0 && errno == EINTR) continue;
         if (count <= 0) return count == 0;
-        if (!WriteAll(target, buffer.data(), static_cast<std::size_t>(count))) return false;
+        if (!WriteAll(target, {buffer.data(), static_cast<std::size_t>(count)})) return false;
     }
 }
 
@@ -73,7 +46,7 @@ bool FillAndSync(int source, Descriptor& target) {
         errno = EACCES;
         return false;
     }
-    return CopyBytes(source, target.Get()) && fchmod(target.Get(), (status.st_mode & 0777) | S_IRUSR | S_IWUSR) == 0 &&
+    return CopyBytes(source, target) && fchmod(target.Get(), (status.st_mode & 0777) | S_IRUSR | S_IWUSR) == 0 &&
            fsync(target.Get()) == 0 && target.Close();
 }
 
@@ -95,6 +68,24 @@ bool CopyFileDurably(const std::string& source, const std::string& target, bool 
     Descriptor to(mkostemp(temporary.data(), O_CLOEXEC));
     if (!to.IsOpen()) return FailWithErrno();
     if (!FillAndSync(from.Get(), to) || !MoveInPlace(temporary, target, replace)) {
+        FailWithErrno();
+        unlink(temporary.c_str());
+        return false;
+    }
+    return SyncFolder(folder) || FailWithErrno();
+}
+
+bool WriteFileDurably(const std::string& target, std::string_view bytes) {
+    const Descriptor folder = OpenFolderOf(target);
+    if (!folder.IsOpen()) return FailWithErrno();
+    const std::string temporary = target + ".new";
+    unlink(temporary.c_str());
+    Descriptor file(open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (!file.IsOpen()) return FailWithErrno();
+    struct stat status;
+    const bool replaces = stat(target.c_str(), &status) == 0;
+    if (!WriteAll(file, bytes) || (replaces && fchmod(file.Get(), status.st_mode & 0777) != 0) ||
+        fsync(file.Get()) != 0 || !file.Close() || rename(temporary.c_str(), target.c_str()) != 0) {
         FailWithErrno();
         unlink(temporary.c_str());
         return false;

@@ -4,6 +4,7 @@
 #include "platform/framework/Types.h"
 
 #include <string>
+#include <string_view>
 
 // Files as the interface names them. Paths are in the ANSI code page and pass through qfc::NativePath. Every function
 // may be called from any thread. Results are 1 and 0, the reason in GetLastError().
@@ -39,6 +40,11 @@ QFCLIB_API std::string NativePath(const char* path);
 // new one. Without `replace` a target that exists, were it made this moment by another process, fails the copy. False
 // leaves no trace, unless only the last sync failed: then the copy is there, but not known to outlive a power cut.
 bool CopyFileDurably(const std::string& source, const std::string& target, bool replace = true);
+
+// Puts a file of these bytes in the place of `target`, whose permissions it keeps, by way of "<target>.new": a crash
+// leaves the old file or the new one. Only one writer of a target at a time. False leaves no trace, unless only the
+// last sync failed.
+bool WriteFileDurably(const std::string& target, std::string_view bytes);
 
 // Renames over `target` and syncs the folder. False: not known to be durable; either nothing was renamed, or the sync
 // failed behind the rename.

@@ -64,6 +64,22 @@ TEST(CopyFileDurably, WriteThatFailsHalfwayLeavesNoTrace) {
     EXPECT_THAT(folder.Entries(), UnorderedElementsAre("source", "target"));
 }
 
+TEST(WriteFileDurably, MakesAndReplacesTheFile) {
+    const TempFolder folder;
+    ASSERT_TRUE(qfc::WriteFileDurably(folder / "target", "one"));
+    ASSERT_TRUE(qfc::WriteFileDurably(folder / "target", std::string("t\0o", 3)));
+    EXPECT_EQ(ReadFile(folder / "target"), std::string("t\0o", 3));
+    EXPECT_THAT(folder.Entries(), UnorderedElementsAre("target"));
+}
+
+TEST(WriteFileDurably, FailureLeavesNoTrace) {
+    const TempFolder folder;
+    EXPECT_FALSE(qfc::WriteFileDurably(folder / "missing/target", "x"));
+    folder.MakeFolder("sub/inner");
+    EXPECT_FALSE(qfc::WriteFileDurably(folder / "sub", "x"));
+    EXPECT_THAT(folder.Entries(), UnorderedElementsAre("sub"));
+}
+
 TEST(RenameDurably, ReplacesTheTarget) {
     const TempFolder folder;
     const std::string from = folder.Write("from", "new");
