@@ -1,3 +1,4 @@
+#include "tags/TagRecords.h"
 #include "tests/db/DbTestSupport.h"
 #include "tests/support/MemoryFaults.h"
 
@@ -18,6 +19,24 @@ std::ostream& operator<<(std::ostream& stream, const Operation& operation) { ret
 
 const GUID kHeldOnce = MakeGuid(1);
 const GUID kHeldTwice = MakeGuid(2);
+const GUID kCategory = MakeGuid(200);
+const GUID kTags[] = {MakeGuid(201), MakeGuid(202), MakeGuid(203)};  // Of the category; the first two are linked.
+
+// A category of three tags, the first with a picture.
+CTagCategory MakeCategory(const char* name) {
+    CTagCategory category;
+    category.m_guid = kCategory;
+    category.m_strName = name;
+    for (const GUID& guid : kTags) {
+        CLibTag& tag = category.m_tags.emplace_back();
+        tag.m_guid = guid;
+        tag.m_guidCategory = kCategory;
+        tag.m_strName = name;
+    }
+    category.m_tags.front().m_nPictureSize = 9000;
+    category.m_tags.front().m_pPicture = std::make_shared<const std::vector<BYTE>>(9000, BYTE{7});
+    return category;
+}
 
 // What the operations are given, made once, so that a lack of memory strikes inside them only.
 struct Given {
@@ -29,6 +48,9 @@ struct Given {
     qfc::ItemRow renamed = MakeItem(1, "renamed");
     CString version = "1";
     CString name = "new";
+    std::vector<CTagCategory> categories{MakeCategory("new")};
+    std::list<CTagCategory> categoryList{MakeCategory("new")};
+    std::vector<GUID> items{MakeGuid(1), MakeGuid(2), MakeGuid(3)};
 };
 
 const Given& TheGiven() {
@@ -68,6 +90,17 @@ const Operation kOperations[] = {
          const int galleries[] = {1, 2};
          return tools.DeleteFolderTrees(galleries);
      }},
+    {"SaveCategoriesAndTags", [](DBTools& tools) { return tools.SaveCategoriesAndTags(TheGiven().categoryList); }},
+    {"UpdateCategories", [](DBTools& tools) { return tools.UpdateCategories(TheGiven().categories); }},
+    {"UpdateTags", [](DBTools& tools) { return tools.UpdateTags(TheGiven().categories.front().m_tags); }},
+    {"DeleteCategories",
+     [](DBTools& tools) {
+         return tools.DeleteCategories({&kCategory, 1});
+     }},
+    {"DeleteTags", [](DBTools& tools) { return tools.DeleteTags(kTags); }},
+    {"InsertTags2Items", [](DBTools& tools) { return tools.InsertTags2Items(TheGiven().items, kTags); }},
+    {"DeleteTagsFromItems", [](DBTools& tools) { return tools.DeleteTagsFromItems(TheGiven().items, kTags); }},
+    {"MergeTags", [](DBTools& tools) { return tools.MergeTags(kTags, kTags[2]); }},
     {"Clear", [](DBTools& tools) { return tools.ClearDatabase(); }},
 };
 
@@ -82,6 +115,9 @@ protected:
         ASSERT_TRUE(AddItem(1, folder, 0, Noise(30000)));
         ASSERT_TRUE(AddItem(2, folder, 1, Noise(5000)));
         ASSERT_TRUE(AddItem(2, other));
+        ASSERT_TRUE(m_tools->SaveCategoriesAndTags({MakeCategory("old")}));
+        ASSERT_TRUE(m_tools->InsertTags2Items({&kHeldOnce, 1}, {kTags, 2}));
+        ASSERT_TRUE(m_tools->InsertTag2Item(kHeldTwice, kTags[0]));
         m_tools.reset();
         m_before = DumpOf(m_path);
         std::filesystem::copy_file(m_path, m_kept);

@@ -1,3 +1,4 @@
+#include "tags/TagRecords.h"
 #include "tests/db/DbTestSupport.h"
 #include "tests/support/SqlTrace.h"
 
@@ -33,8 +34,29 @@ constexpr char kQueryGallery[] = "Select * from GALLERY_TABLE where GALLERY_FOLD
 constexpr char kChildFolders[] = "Select * from FOLDER_TABLE where PARENT_ID = ?";
 constexpr char kDeleteFolder[] = "Delete from FOLDER_TABLE where id = ?";
 
+constexpr char kWriteCategory[] =
+    "REPLACE into LIB_TAG_CATEGORY_TABLE( CATEGORY_NAME, CATEGORY_GALLERY, CATEGORY_DELETABLE, CATEGORY_TYPE,"
+    " CATEGORY_GUID) values (?, ?, ?, ?, ?)";
+// Kept: no blanks between the last three marks.
+constexpr char kWriteTag[] =
+    "REPLACE into LIB_TAG_TABLE( TAG_NAME, CATEGORY_GUID, TAG_TYPE, TAG_CHECKED, TAG_DELETABLE, TAG_PICTURE_SIZE,"
+    " TAG_PICTURE_DATA, TAG_GUID) values (?, ?, ?, ?, ?, ?,?,?)";
+constexpr char kWriteTagLink[] = "INSERT OR REPLACE into TAG_ITEM_RELATION_TABLE( ITEM_GUID, TAGS_GUID) values (?, ?)";
+constexpr char kDeleteTagLink[] = "Delete from TAG_ITEM_RELATION_TABLE where ITEM_GUID = ? AND TAGS_GUID = ?";
+constexpr char kDeleteTagLinks[] = "Delete from TAG_ITEM_RELATION_TABLE where TAGS_GUID = ?";
+constexpr char kQueryTagItems[] = "Select * from TAG_ITEM_RELATION_TABLE where TAGS_GUID = ?";
+constexpr char kDeleteTag[] = "Delete from LIB_TAG_TABLE where TAG_GUID = ?";
+constexpr char kDeleteCategory[] = "Delete from LIB_TAG_CATEGORY_TABLE where CATEGORY_GUID = ?";
+
+CTagCategory CategoryOfTwoTags() {
+    CTagCategory category;
+    category.m_tags.resize(2);
+    return category;
+}
+
 const GUID kHeldOnce = MakeGuid(1);
 const GUID kHeldTwice = MakeGuid(2);
+const GUID kTag = MakeGuid(8);  // Linked to both.
 
 bool WriteFolder(DBTools& tools, int number) {
     return tools.InsertOrUpdateFolder("1", 0, "n", 0, 0, 0, 1, 0, 0, number);
@@ -144,6 +166,71 @@ const Sent kSent[] = {
      [](DBTools& tools) { return !tools.IsFileAutoLoaded("a", 1); },
      {"Select * from ITEM_AUTO_LOADED_TABLE where FOLDER_ID = ? AND FILE_PATH = ?"}},
     {"InsertAutoLoadedFile", [](DBTools& tools) { return tools.InsertAutoLoadedFile("a", 1); }, {kWriteAutoLoaded}},
+    {"LoadTags",
+     [](DBTools& tools) {
+         std::vector<CTagCategory> categories;
+         return tools.LoadTags(categories);
+     },
+     {"Select * from LIB_TAG_TABLE", "Select * from LIB_TAG_CATEGORY_TABLE"}},
+    {"SaveCategoriesAndTags",
+     [](DBTools& tools) {
+         return tools.SaveCategoriesAndTags({CategoryOfTwoTags(), CTagCategory()});
+     },
+     {kWriteCategory, kWriteTag, kWriteTag, kWriteCategory}},
+    {"UpdateCategory", [](DBTools& tools) { return tools.UpdateCategory(CategoryOfTwoTags()); }, {kWriteCategory}},
+    {"UpdateCategories",
+     [](DBTools& tools) {
+         const CTagCategory categories[] = {CTagCategory(), CategoryOfTwoTags()};
+         return tools.UpdateCategories(categories);
+     },
+     {kWriteCategory, kWriteCategory, kWriteTag, kWriteTag}},
+    {"UpdateTag", [](DBTools& tools) { return tools.UpdateTag(CLibTag()); }, {kWriteTag}},
+    {"UpdateTags",
+     [](DBTools& tools) {
+         return tools.UpdateTags({CLibTag(), CLibTag()});
+     },
+     {kWriteTag, kWriteTag}},
+    {"DeleteCategory", [](DBTools& tools) { return tools.DeleteCategory(kHeldOnce); }, {kDeleteCategory}},
+    {"DeleteCategories",
+     [](DBTools& tools) {
+         const GUID categories[] = {kHeldOnce, kHeldTwice};
+         return tools.DeleteCategories(categories);
+     },
+     {kDeleteCategory, kDeleteCategory}},
+    {"DeleteTag", [](DBTools& tools) { return tools.DeleteTag(kHeldOnce); }, {kDeleteTag, kDeleteTagLinks}},
+    {"DeleteTags",
+     [](DBTools& tools) {
+         const GUID tags[] = {kHeldOnce, kHeldTwice};
+         return tools.DeleteTags(tags);
+     },
+     {kDeleteTag, kDeleteTagLinks, kDeleteTag, kDeleteTagLinks}},
+    {"InsertTag2Item", [](DBTools& tools) { return tools.InsertTag2Item(kHeldOnce, MakeGuid(8)); }, {kWriteTagLink}},
+    {"InsertTags2Items",
+     [](DBTools& tools) {
+         const GUID guids[] = {kHeldOnce, kHeldTwice};
+         return tools.InsertTags2Items(guids, guids);
+     },
+     {kWriteTagLink, kWriteTagLink, kWriteTagLink, kWriteTagLink}},
+    {"DeleteTagFromItem",
+     [](DBTools& tools) { return tools.DeleteTagFromItem(kHeldOnce, MakeGuid(8)); },
+     {kDeleteTagLink}},
+    {"DeleteTagsFromItems",
+     [](DBTools& tools) {
+         const GUID items[] = {kHeldOnce, kHeldTwice};
+         return tools.DeleteTagsFromItems(items, {&kHeldOnce, 1});
+     },
+     {kDeleteTagLink, kDeleteTagLink}},
+    {"QueryTagItems", [](DBTools& tools) { return Query(&DBTools::QueryTagItems, tools); }, {kQueryTagItems}},
+    {"MergeTag",
+     [](DBTools& tools) { return tools.MergeTag(kTag, MakeGuid(9)); },
+     {kQueryTagItems, kDeleteTagLinks, kWriteTagLink, kWriteTagLink, kDeleteTag}},
+    {"MergeTags",
+     [](DBTools& tools) {
+         const GUID sources[] = {kTag, MakeGuid(7)};
+         return tools.MergeTags(sources, MakeGuid(9));
+     },
+     {kQueryTagItems, kDeleteTagLinks, kWriteTagLink, kWriteTagLink, kDeleteTag, kQueryTagItems, kDeleteTagLinks,
+      kDeleteTag}},
 };
 
 class DBToolsTexts : public LibraryTest, public testing::WithParamInterface<Sent> {};
@@ -157,6 +244,8 @@ TEST_P(DBToolsTexts, AreExactlyTheGivenOnesInTheirOrder) {
     ASSERT_TRUE(AddItem(1, root, 0, Repeated(9, 1)));
     ASSERT_TRUE(AddItem(2, root));
     ASSERT_TRUE(AddItem(2, folder));
+    ASSERT_TRUE(m_tools->InsertTag2Item(kHeldOnce, kTag));
+    ASSERT_TRUE(m_tools->InsertTag2Item(kHeldTwice, kTag));
     m_tools.reset();
     SqlTrace trace;
     Open();
