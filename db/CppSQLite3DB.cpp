@@ -3,12 +3,14 @@
 #include "db/CppSQLite3Exception.h"
 #include "db/SqliteCodes.h"
 #include "platform/os/Files.h"
-#include "platform/text/CodePages.h"
+#include "platform/text/Utf8.h"
 
 #include <array>
 #include <memory>
+#include <optional>
 #include <sqlite3.h>
 #include <string>
+#include <string_view>
 #include <utility>
 
 static_assert(qfc::sqlite::kError == SQLITE_ERROR && qfc::sqlite::kCorrupt == SQLITE_CORRUPT);
@@ -39,6 +41,18 @@ Path FileName(const Path& strNative) {
     return Path(szHere, szHere + 2) + strNative;
 }
 
+// Empty for a name whose bytes form no text. SQLite would replace what does not convert, and open another file.
+std::optional<std::u16string> Utf16Name(std::string_view strNative) {
+    std::u16string wide;
+    while (!strNative.empty()) {
+        const qfc::DecodedCharacter next = qfc::DecodeUtf8(strNative);
+        if (!next.valid) return std::nullopt;
+        qfc::AppendUtf16(wide, next.character);
+        strNative.remove_prefix(next.length);
+    }
+    return wide;
+}
+
 struct CloseHandle {
     void operator()(sqlite3* pDB) const { sqlite3_close(pDB); }
 };
@@ -48,6 +62,22 @@ sqlite3_stmt* Prepare(sqlite3* pDB, const char* szSQL) {
     const int nResult = sqlite3_prepare(pDB, szSQL, -1, &pVM, nullptr);
     if (nResult != SQLITE_OK) throw CppSQLite3Exception(nResult, sqlite3_errmsg(pDB));
     return pVM;
+}
+
+void ThrowUnlessOk(int nResult) {
+    if (nResult != SQLITE_OK) throw CppSQLite3Exception(nResult & 0xFF, sqlite3_errstr(nResult));
+}
+
+// Read through SQLite's own file: a second one of this process would, when it is closed, take all locks of the first.
+bool SaysWriteAhead(sqlite3_file& file) {
+    std::array<unsigned char, 2> versions{};
+    constexpr int kVersionsOffset = 18;
+    constexpr unsigned char kLogVersion = 2;
+    const int nResult =
+        file.pMethods->xRead(&file, versions.data(), static_cast<int>(versions.size()), kVersionsOffset);
+    // A file that ends before has no header yet.
+    if (nResult != SQLITE_IOERR_SHORT_READ) ThrowUnlessOk(nResult);
+    return versions[0] == kLogVersion || versions[1] == kLogVersion;
 }
 
 }  // namespace
@@ -64,16 +94,17 @@ CppSQLite3DB::~CppSQLite3DB() {
 void CppSQLite3DB::open(const char* szFile) {
     close();
     if (szFile == nullptr) ThrowCantOpen();
-    const std::u16string wide = qfc::AnsiToUtf16(qfc::Utf8ToAnsi(qfc::NativePath(szFile)));
-    if (wide.empty() || wide.size() >= kPathUnits) ThrowCantOpen();
-    FinishOpen(sqlite3_open16(FileName(wide).c_str(), &m_pDB));
+    const auto wide = Utf16Name(qfc::NativePath(szFile));
+    if (!wide || wide->empty() || wide->size() >= kPathUnits) ThrowCantOpen();
+    FinishOpen(sqlite3_open16(FileName(*wide).c_str(), &m_pDB));
 }
 
 void CppSQLite3DB::openReadOnly(const char* szFile) {
     close();
     if (szFile == nullptr || *szFile == '\0') ThrowCantOpen();
-    const std::string strFile = FileName(qfc::NativePath(szFile));
-    FinishOpen(sqlite3_open_v2(strFile.c_str(), &m_pDB, SQLITE_OPEN_READONLY, nullptr));
+    const std::string strFile = qfc::NativePath(szFile);
+    if (!Utf16Name(strFile)) ThrowCantOpen();
+    FinishOpen(sqlite3_open_v2(FileName(strFile).c_str(), &m_pDB, SQLITE_OPEN_READONLY, nullptr));
 }
 
 void CppSQLite3DB::FinishOpen(int nResult) {
@@ -141,7 +172,7 @@ void CppSQLite3DB::rollbackPending() {
 
 int CppSQLite3DB::backupTo(const char* szUtf8Path) {
     CheckDB();
-    if (szUtf8Path == nullptr || *szUtf8Path == '\0') return SQLITE_CANTOPEN;
+    if (szUtf8Path == nullptr || *szUtf8Path == '\0' || !Utf16Name(szUtf8Path)) return SQLITE_CANTOPEN;
     const std::string strTarget = FileName(std::string(szUtf8Path));
     sqlite3* pTarget = nullptr;
     int nResult = sqlite3_open(strTarget.c_str(), &pTarget);
@@ -158,16 +189,17 @@ int CppSQLite3DB::backupTo(const char* szUtf8Path) {
 
 bool CppSQLite3DB::usesWriteAheadLog() const {
     CheckDB();
-    // Through SQLite's own file: a second one of this process would, when it is closed, take all locks of the first.
     sqlite3_file* pFile = nullptr;
+    sqlite3_vfs* pVfs = nullptr;
     sqlite3_file_control(m_pDB, "main", SQLITE_FCNTL_FILE_POINTER, &pFile);
-    std::array<unsigned char, 2> versions{};
-    constexpr int kVersionsOffset = 18;
-    constexpr unsigned char kLogVersion = 2;
-    if (pFile == nullptr || pFile->pMethods == nullptr) return false;
-    const int nResult =
-        pFile->pMethods->xRead(pFile, versions.data(), static_cast<int>(versions.size()), kVersionsOffset);
-    return nResult == SQLITE_OK && (versions[0] == kLogVersion || versions[1] == kLogVersion);
+    sqlite3_file_control(m_pDB, "main", SQLITE_FCNTL_VFS_POINTER, &pVfs);
+    if (pFile == nullptr || pFile->pMethods == nullptr || pVfs == nullptr) return false;
+    if (SaysWriteAhead(*pFile)) return true;
+    // SQLite reads a log that is there, whatever the header says.
+    int nExists = 0;
+    const char* szLog = sqlite3_filename_wal(sqlite3_db_filename(m_pDB, "main"));
+    ThrowUnlessOk(pVfs->xAccess(pVfs, szLog, SQLITE_ACCESS_EXISTS, &nExists));
+    return nExists != 0;
 }
 
 void CppSQLite3DB::CheckDB() const {

@@ -18,8 +18,8 @@ public:
     CppSQLite3DB& operator=(const CppSQLite3DB&) = delete;
 
     // Opens or creates. The path is in the ANSI code page; both separators work. A new file keeps its texts as UTF-16,
-    // because it is opened by its wide path. A path of more than 260 units fails with code 14. After a failure the
-    // connection is closed.
+    // because it is opened by its wide path. A path of more than 260 units, or one whose bytes form no text, fails with
+    // code 14. After a failure the connection is closed.
     void open(const char* szFile);
     // Opens an existing file and never writes to it, not even to recover it.
     void openReadOnly(const char* szFile);
@@ -50,8 +50,8 @@ public:
     // left with, 0 for success; never throws for SQLite's errors. On failure the target keeps what was copied so far.
     int backupTo(const char* szUtf8Path);
 
-    // Whether the open file's header says that changes go to a write-ahead log beside it. Asked before the first
-    // statement, which would make the log's files.
+    // Whether the open file's header says that changes go to a write-ahead log, or such a log lies beside it. Asked
+    // before the first statement, which would make the log's files. Throws when the file cannot be read.
     bool usesWriteAheadLog() const;
 
     // For tests and tools; absent while closed. Stays owned by this object.

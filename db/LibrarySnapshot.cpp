@@ -5,6 +5,8 @@
 #include "platform/os/Files.h"
 #include "platform/os/GuidSource.h"
 
+#include <algorithm>
+#include <array>
 #include <filesystem>
 #include <new>
 #include <string>
@@ -43,6 +45,17 @@ std::string TemporaryNameBeside(const std::string& target) {
     return target + "." + qfc::GuidToText(unique) + ".tmp";
 }
 
+// SQLite would take a journal that an interrupted writer of the old target left for unfinished business of the copy,
+// and a log for its newest pages. Empty ones mean nothing to it.
+bool HasJournal(const std::string& target) {
+    constexpr std::array<const char*, 2> kSuffixes{"-journal", "-wal"};
+    return std::any_of(kSuffixes.begin(), kSuffixes.end(), [&](const char* suffix) {
+        std::error_code error;
+        const auto bytes = std::filesystem::file_size(target + suffix, error);
+        return error ? error != std::errc::no_such_file_or_directory : bytes != 0;
+    });
+}
+
 // The target's last page is synced by SQLite before it reports success.
 bool BackUp(const char* source, const std::string& target) {
     CppSQLite3DB db;
@@ -56,7 +69,7 @@ bool Snapshot(const char* source, const char* target) {
     const std::string nativeTarget = qfc::NativePath(target);
     if (IsSameFile(qfc::NativePath(source), nativeTarget)) return false;
     const Temporary copy(TemporaryNameBeside(nativeTarget));
-    return BackUp(source, copy.Path()) && qfc::RenameDurably(copy.Path(), nativeTarget);
+    return BackUp(source, copy.Path()) && !HasJournal(nativeTarget) && qfc::RenameDurably(copy.Path(), nativeTarget);
 }
 
 }  // namespace

@@ -46,6 +46,13 @@ inline Bytes Noise(std::size_t count, unsigned seed = 1) {
     return bytes;
 }
 
+// What the header of a file says that writes ahead to a log.
+inline void MarkAsWritingAhead(const std::string& path) {
+    std::string bytes = ReadFile(path);
+    bytes[18] = bytes[19] = 2;
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
 inline ItemRow MakeItem(int number, const char* name = "clip") {
     ItemRow item;
     item.itemId = MakeGuid(number);

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <functional>
+#include <sqlite3.h>
 
 namespace {
 
@@ -41,6 +43,13 @@ protected:
             EXPECT_FALSE(finding.sentence.empty());
         }
         EXPECT_EQ(found, expected) << damage;
+    }
+
+    void ExpectOnly(Kind kind) {
+        const auto findings = Check();
+        ASSERT_EQ(findings.size(), 1U);
+        EXPECT_EQ(findings[0].kind, kind);
+        EXPECT_EQ(findings[0].row, "");
     }
 
     int m_root = 0;
@@ -190,6 +199,68 @@ TEST_F(LibraryCheckTest, HotJournalNeedsRecoveryAndIsLeftAlone) {
     EXPECT_EQ(fnSnapshotLibrary(torn.c_str(), (m_folder / "copy.db").c_str()), 0);
 }
 
+// Does something at the start of the n-th statement of every connection opened while it lives.
+class AtStatement {
+public:
+    AtStatement(int n, std::function<void()> act) : m_left(n), m_act(std::move(act)) {
+        s_current = this;
+        sqlite3_auto_extension(reinterpret_cast<void (*)()>(&OnOpen));
+    }
+    ~AtStatement() {
+        sqlite3_cancel_auto_extension(reinterpret_cast<void (*)()>(&OnOpen));
+        s_current = nullptr;
+    }
+    AtStatement(const AtStatement&) = delete;
+    AtStatement& operator=(const AtStatement&) = delete;
+
+    bool HasActed() const { return m_left <= 0; }
+
+private:
+    static int OnOpen(sqlite3* connection, char**, const sqlite3_api_routines*) {
+        return sqlite3_trace_v2(connection, SQLITE_TRACE_STMT, &OnStatement, nullptr);
+    }
+    static int OnStatement(unsigned, void*, void*, void*) {
+        if (s_current != nullptr && --s_current->m_left == 0) s_current->m_act();
+        return 0;
+    }
+
+    static inline AtStatement* s_current = nullptr;
+    int m_left;
+    std::function<void()> m_act;
+};
+
+// Another host may crash at any moment of the examination. Whatever was found before is worthless then.
+TEST_F(LibraryCheckTest, HotJournalThatAppearsDuringTheExamination_IsTheOnlyFinding) {
+    Exec("INSERT INTO GALLERY_TABLE VALUES(2, 555)");
+    std::string journal;
+    {
+        RawDb writer(m_path);
+        writer.Exec(
+            "PRAGMA cache_size = 1; PRAGMA cache_spill = 1; BEGIN EXCLUSIVE; DELETE FROM CACHE_DATA_TABLE;"
+            "INSERT INTO CACHE_DATA_TABLE VALUES(1, 0, zeroblob(500000), 0, x'09')");
+        journal = ReadFile(m_path + "-journal");
+        writer.Exec("ROLLBACK");
+    }
+    ASSERT_FALSE(journal.empty());
+    int examined = 0;
+    for (int n = 1;; ++n) {
+        std::filesystem::remove(m_path + "-journal");
+        std::vector<LibraryFinding> findings;
+        bool hasActed = false;
+        {
+            AtStatement crash(n, [&] { m_folder.Write("library.db-journal", journal); });
+            EXPECT_EQ(fnCheckLibrary(m_path.c_str(), findings), 1) << "statement " << n;
+            hasActed = crash.HasActed();
+        }
+        ASSERT_EQ(findings.size(), 1U) << "statement " << n;
+        EXPECT_EQ(findings[0].kind, hasActed ? Kind::kNeedsRecovery : Kind::kGalleryIdTwice) << "statement " << n;
+        if (!hasActed) break;
+        EXPECT_EQ(ReadFile(m_path + "-journal"), journal);
+        ++examined;
+    }
+    EXPECT_GT(examined, 10);
+}
+
 TEST_F(LibraryCheckTest, CheckNeverWrites) {
     Exec("INSERT INTO GALLERY_TABLE VALUES(2, 555)");
     const std::string before = ReadFile(m_path);
@@ -248,6 +319,37 @@ TEST(LibraryCheck, FileThatWritesAheadIsReportedAndNothingIsLeftBesideIt) {
     EXPECT_EQ(findings[0].kind, Kind::kWriteAheadLog);
     EXPECT_EQ(fnSnapshotLibrary(path.c_str(), (folder / "copy.db").c_str()), 0);
     EXPECT_EQ(folder.Entries().size(), 1U);
+}
+
+// SQLite reads a log that merely lies there, though the header knows of none.
+TEST_F(LibraryCheckTest, FileWithALogBesideItIsReportedAndLeftAlone) {
+    m_folder.Write("library.db-wal", "newer pages");
+    ExpectOnly(Kind::kWriteAheadLog);
+    EXPECT_EQ(m_folder.Entries().size(), 2U);
+    EXPECT_EQ(ReadFile(m_path + "-wal"), "newer pages");
+}
+
+TEST_F(LibraryCheckTest, EmptyFileKeepsTheJournalBesideIt) {
+    m_folder.Write("library.db", "");
+    m_folder.Write("library.db-journal", "unfinished business");
+    Check();
+    EXPECT_EQ(ReadFile(m_path), "");
+    EXPECT_EQ(ReadFile(m_path + "-journal"), "unfinished business");
+}
+
+TEST_F(LibraryCheckTest, FileThatWritesAhead_FailingAtAnyReadIsNotExamined) {
+    MarkAsWritingAhead(m_path);
+    for (int n = 1;; ++n) {
+        std::vector<LibraryFinding> findings;
+        m_disk.FailAt(n, false, FaultVfs::Counted::kEverything);
+        const int result = fnCheckLibrary(m_path.c_str(), findings);
+        const bool failed = m_disk.HasFailed();
+        m_disk.Heal();
+        EXPECT_EQ(result, failed ? 0 : 1) << "call " << n;
+        EXPECT_EQ(findings.size(), failed ? 0U : 1U) << "call " << n;
+        EXPECT_EQ(m_folder.Entries().size(), 1U) << "call " << n;
+        if (HasFailure() || !failed) break;
+    }
 }
 
 // A disk that fails while the file is read says nothing about the file.

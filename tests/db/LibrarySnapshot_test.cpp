@@ -36,6 +36,74 @@ TEST_F(LibrarySnapshotTest, ReplacesTheTarget) {
     EXPECT_EQ(DumpOf(m_target), DumpOf(m_path));
 }
 
+// An old target whose writer was killed in the middle of a commit.
+TEST_F(LibrarySnapshotTest, TargetWithUnfinishedBusinessIsLeftAsItIs) {
+    {
+        RawDb old(m_folder / "old.db");
+        old.Exec(
+            "CREATE TABLE X(N); INSERT INTO X VALUES(zeroblob(500000)); PRAGMA cache_size = 1; BEGIN EXCLUSIVE;"
+            "DELETE FROM X; INSERT INTO X VALUES(zeroblob(500000))");
+        std::filesystem::copy_file(m_folder / "old.db", m_target);
+        std::filesystem::copy_file(m_folder / "old.db-journal", m_target + "-journal");
+    }
+    const std::string torn = ReadFile(m_target);
+    EXPECT_EQ(Snapshot(), 0);
+    EXPECT_EQ(ReadFile(m_target), torn);
+    EXPECT_EQ(Files(), 4U);
+    // Whoever opens it finishes the business, and then it can be replaced.
+    EXPECT_EQ(RawDb(m_target).Cell("select count(*) from X"), "1");
+    EXPECT_EQ(Snapshot(), 1);
+    EXPECT_EQ(DumpOf(m_target), DumpOf(m_path));
+}
+
+TEST_F(LibrarySnapshotTest, TargetWithALogBesideItIsLeftAsItIs) {
+    for (const bool exists : {false, true}) {
+        if (exists) m_folder.Write("copy.db", "something else");
+        m_folder.Write("copy.db-wal", "newer pages");
+        EXPECT_EQ(Snapshot(), 0);
+        EXPECT_EQ(std::filesystem::exists(m_target), exists);
+        EXPECT_EQ(ReadFile(m_target + "-wal"), "newer pages");
+    }
+}
+
+TEST_F(LibrarySnapshotTest, EmptyJournalBesideTheTargetMeansNothing) {
+    m_folder.Write("copy.db-journal", "");
+    EXPECT_EQ(Snapshot(), 1);
+    EXPECT_EQ(DumpOf(m_target), DumpOf(m_path));
+}
+
+TEST_F(LibrarySnapshotTest, SourceWithALogBesideItIsRefused) {
+    m_tools.reset();
+    m_folder.Write("library.db-wal", "newer pages");
+    EXPECT_EQ(Snapshot(), 0);
+    EXPECT_EQ(Files(), 2U);
+    EXPECT_EQ(ReadFile(m_path + "-wal"), "newer pages");
+}
+
+// A fault while the header is looked at says nothing about the file: a log would be left beside it.
+TEST_F(LibrarySnapshotTest, SourceWithALogFailsAtEveryRead) {
+    m_tools.reset();
+    MarkAsWritingAhead(m_path);
+    for (int n = 1;; ++n) {
+        m_disk.FailAt(n, false, FaultVfs::Counted::kEverything);
+        EXPECT_EQ(Snapshot(), 0) << "call " << n;
+        const bool failed = m_disk.HasFailed();
+        m_disk.Heal();
+        EXPECT_EQ(Files(), 1U) << "call " << n;
+        if (HasFailure() || !failed) break;
+    }
+}
+
+TEST_F(LibrarySnapshotTest, BusySourceIsWaitedForAndThenGivenUp) {
+    RawDb writer(m_path);
+    writer.Exec("BEGIN EXCLUSIVE");
+    m_disk.SkipWaits();
+    EXPECT_EQ(Snapshot(), 0);
+    EXPECT_EQ(Files(), 1U);
+    writer.Exec("ROLLBACK");
+    EXPECT_EQ(Snapshot(), 1);
+}
+
 TEST_F(LibrarySnapshotTest, FailureKeepsTheTargetAndLeavesNoTrace) {
     m_folder.Write("copy.db", "something else");
     m_disk.LimitSpace(30000);
