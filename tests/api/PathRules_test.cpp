@@ -1,5 +1,7 @@
 #include "api/names/PathRules.h"
 
+#include "platform/text/CodePages.h"
+
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
@@ -44,6 +46,21 @@ TEST(PathRules, NativeFileName_BecomesOneWithABackslash) {
     EXPECT_STREQ(qfc::AsFileNameTail("\\clip.avi"), "\\clip.avi");
     EXPECT_STREQ(qfc::AsFileNameTail("clip.avi"), "clip.avi");
     EXPECT_STREQ(qfc::AsFileNameTail("/odd\\clip.avi"), "/odd\\clip.avi");
+}
+
+struct PathRulesCp932 : testing::Test {
+    PathRulesCp932() { qfc::SetAnsiCodePage("CP932"); }
+    ~PathRulesCp932() override { qfc::SetAnsiCodePage("UTF-8"); }
+};
+
+TEST_F(PathRulesCp932, TrailByteThatLooksLikeABackslashDoesNotSplit) {
+    EXPECT_EQ(Split("\\\x83\x5C\\\x83\x5C\x83\x5C"), (Texts{"\x83\x5C", "\x83\x5C\x83\x5C"}));
+}
+
+TEST_F(PathRulesCp932, TrailByteThatLooksLikeABackslashIsPartOfTheFileName) {
+    EXPECT_STREQ(qfc::FileNameTail("C:\\a\\\x83\x5C.avi"), "\\\x83\x5C.avi");
+    EXPECT_STREQ(qfc::FileNameTail("/a/\x83\x5C.avi"), "\\\x83\x5C.avi");
+    EXPECT_STREQ(qfc::AsFileNameTail("/\x83\x5C.avi"), "\\\x83\x5C.avi");
 }
 
 }  // namespace

@@ -1,0 +1,126 @@
+#include "api/names/Translation.h"
+
+#include "platform/os/IniFile.h"
+#include "platform/os/Places.h"
+#include "platform/text/CodePages.h"
+
+#include <mutex>
+#include <set>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace qfc {
+namespace {
+
+struct TranslatedType {
+    DWORD type;
+    const char* section;
+    bool collected;
+};
+
+// Kept: names of videos and speeds are looked up, but not collected.
+constexpr TranslatedType kTranslatedTypes[] = {
+    {1, "TW_ITEMTYPE_VIDEO", false},         {64, "TW_ITEMTYPE_TX", true},
+    {128, "TW_ITEMTYPE_VIDEO_FILTER", true}, {256, "TW_ITEMTYPE_AUDIO_FILTER", true},
+    {67108864, "TW_ITEMTYPE_SPEED", false},
+};
+
+const TranslatedType* FindType(DWORD dwType) {
+    for (const TranslatedType& type : kTranslatedTypes) {
+        if (type.type == dwType) return &type;
+    }
+    return nullptr;
+}
+
+// Kept: the number is written as a signed one.
+std::string FolderSection(DWORD dwId) { return "TW_FOLDER_" + std::to_string(static_cast<int>(dwId)); }
+
+// Guards all look-up buffers and the names written so far.
+std::mutex& TranslationMutex() {
+    static std::mutex mutex;
+    return mutex;
+}
+
+// Empty when it does not fit a path buffer.
+CString BesideHost(const char* name) {
+    const std::string folder = HostFolder();
+    const std::string path = folder + "orvel.dat\\" + name;
+    return folder.empty() || path.size() >= MAX_PATH ? CString() : CString(path);
+}
+
+bool ReadSwitch(const char* section, const char* key) {
+    char folder[MAX_PATH];
+    if (GetAppDataFolder(folder, sizeof(folder), 0, 0) == 0) return false;
+    return ReadProfileNumber(section, key, 0, std::string(folder) + "Cinelume.ini") == 1;
+}
+
+// What would read back as a section, a comment, another key or other lines is no key.
+bool CanBeKey(std::string_view name) {
+    constexpr std::string_view kTrimmed = " \t\v";
+    if (name.empty() || name.find_first_of("=\r\n") != std::string_view::npos) return false;
+    if (kTrimmed.find(name.front()) != std::string_view::npos) return false;
+    return name.front() != '[' && name.front() != ';' && kTrimmed.find(name.back()) == std::string_view::npos;
+}
+
+int WriteOnce(const std::string& section, const std::string& name) {
+    static std::set<std::pair<std::string, std::string>> written;
+    const std::lock_guard lock(TranslationMutex());
+    const std::pair entry(section, name);
+    if (written.contains(entry)) return 1;
+    const int result = WritePrivateProfileStringA(section.c_str(), name.c_str(), name.c_str(), TranslationFilePath());
+    if (result != 0) written.insert(entry);
+    return result;
+}
+
+}  // namespace
+
+const CString& TranslationFilePath() {
+    static const CString path = BesideHost("qvTWTranslateData.dat");
+    return path;
+}
+
+const CString& ArFilterFilePath() {
+    static const CString path = BesideHost("ARFilter.ini");
+    return path;
+}
+
+bool IsTranslationOn() {
+    static const bool on = ReadSwitch("Orvel Cinelume Init Project", "SupportTWTranslateMode");
+    return on;
+}
+
+bool IsTranslationCollected() {
+    static const bool collected = ReadSwitch("USERMODE", "CreateTWTranslateData");
+    return collected;
+}
+
+CString TranslationBuffer::Read(const CString& file, const char* section, const CString& key) {
+    const std::string utf8Key = AnsiToUtf8(key.GetString());
+    const std::lock_guard lock(TranslationMutex());
+    if (!file.IsEmpty()) {
+        GetPrivateProfileStringA(section, utf8Key.c_str(), "", m_text.data(), static_cast<DWORD>(m_text.size()), file);
+    }
+    return CString(m_text.data());
+}
+
+CString LookUpTranslation(const char* section, const CString& key) {
+    static TranslationBuffer buffer;
+    return TranslationFilePath().IsEmpty() ? CString() : buffer.Read(TranslationFilePath(), section, key);
+}
+
+CString LookUpTranslation(DWORD dwIdOrType, const CString& key, bool bFolder) {
+    if (bFolder) return LookUpTranslation(FolderSection(dwIdOrType).c_str(), key);
+    const TranslatedType* type = FindType(dwIdOrType);
+    return type != nullptr ? LookUpTranslation(type->section, key) : CString();
+}
+
+int WriteTranslation(DWORD dwIdOrType, const CString& name, bool bFolder) {
+    const TranslatedType* type = bFolder ? nullptr : FindType(dwIdOrType);
+    if (!bFolder && (type == nullptr || !type->collected)) return 0;
+    const std::string utf8Name = AnsiToUtf8(name.GetString());
+    if (TranslationFilePath().IsEmpty() || !CanBeKey(utf8Name)) return 0;
+    return WriteOnce(bFolder ? FolderSection(dwIdOrType) : type->section, utf8Name);
+}
+
+}  // namespace qfc
