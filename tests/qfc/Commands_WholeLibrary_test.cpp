@@ -85,6 +85,23 @@ TEST_F(CommandsWholeLibrary, ExportThatCannotBeWritten_LeavesTheOldCopyAndNoTrac
     EXPECT_EQ(m_folder.Entries().size(), 3u);  // library, taken, copy.db
 }
 
+// Both would be applied to the new copy by whoever opens it next.
+TEST_F(CommandsWholeLibrary, ExportRefusesATargetWithAJournalOrLogOfItsOwn) {
+    Done({"mkdir", "A"});
+    m_folder.Write("copy.db", "the old copy");
+    for (const std::string journal : {"copy.db-journal", "copy.db-wal"}) {
+        m_folder.Write(journal, "left behind");
+        EXPECT_NE(Refused({"export", Out("copy.db")}).find(journal), std::string::npos);
+        EXPECT_EQ(ReadFile(Out("copy.db")), "the old copy");
+        EXPECT_EQ(ReadFile(Out(journal)), "left behind");
+        fs::remove(Out(journal));
+    }
+    EXPECT_EQ(m_folder.Entries().size(), 2u);  // library, copy.db
+    m_folder.Write("copy.db-journal", "");
+    Done({"export", Out("copy.db")});
+    EXPECT_EQ(DumpOf(Out("copy.db")), DumpOf(Database()));
+}
+
 // --- import-library
 // -----------------------------------------------------------------------------------------------------
 
@@ -257,6 +274,22 @@ TEST_F(CommandsWholeLibrary, ImportLibraryTellsAFileThatNeedsRecoveryFromNoLibra
     EXPECT_NE(Refused({"import-library", Out("other.db")}).find("no library"), std::string::npos);
     m_folder.Write("other.db-journal", "left behind");
     EXPECT_NE(Refused({"import-library", Out("other.db")}).find("needs recovery"), std::string::npos);
+}
+
+TEST_F(CommandsWholeLibrary, ImportLibraryDoesNotCountWhatTheDatabaseDoesNotPlace) {
+    Other({"import", Image("a.ppm"), "--folder", "A"});
+    Done({"mkdir", "A"});
+    RawDb(Database()).Exec("create trigger lose before insert on RELATION_TABLE begin select raise(ignore); end");
+    const Json report = Document({"import-library", OtherDatabase()}, 1);
+    EXPECT_TRUE(report["added"].empty());
+    EXPECT_EQ(report["failed"], Json{"Media: A\\a.ppm"});
+}
+
+TEST_F(CommandsWholeLibrary, ImportLibraryTakesTheMasksOfFoldersAsTheyAreStored) {
+    Other({"mkdir", "a--b"});
+    RawDb(OtherDatabase()).Exec("update FOLDER_TABLE set TRUSTY_TYPE = 8 where FOLDER_NAME = 'a--b'");
+    Done({"import-library", OtherDatabase()});
+    EXPECT_EQ(RawDb(Database()).Cell("select TRUSTY_TYPE from FOLDER_TABLE where FOLDER_NAME = 'a--b'"), "8");
 }
 
 }  // namespace

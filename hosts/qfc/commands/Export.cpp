@@ -10,6 +10,19 @@ namespace qfc::host {
 namespace fs = std::filesystem;
 namespace {
 
+// What an interrupted writer left beside the target would be applied to the copy by whoever opens it next.
+void RefuseJournal(const fs::path& target) {
+    for (const char* suffix : {"-journal", "-wal"}) {
+        const fs::path journal = target.string() + suffix;
+        std::error_code error;
+        const auto bytes = fs::file_size(journal, error);
+        if (error ? error != std::errc::no_such_file_or_directory : bytes != 0) {
+            throw Failure("cannot write " + target.string() + ": " + journal.filename().string() +
+                          " beside it belongs to the old file");
+        }
+    }
+}
+
 // A copy that is not whole never stands under the name that was asked for.
 void ExportTo(const fs::path& target) {
     const fs::path part = UnusedNameBeside(target);
@@ -31,6 +44,7 @@ int Run(const ExportOptions& options, const Console& console) {
         const Session session;
         Galleries galleries(session);
         RefuseMediaFile(galleries, target);
+        RefuseJournal(target);
         ExportTo(target);
     }
     std::error_code error;
