@@ -15,10 +15,10 @@ int RunCommand(const Invocation& invocation, const Console& console) {
         if (!invocation.global.dataDir.empty()) UseDataFolder(invocation.global.dataDir);
         return std::visit([&](const auto& options) { return Run(options, console); }, invocation.command);
     } catch (const Failure& failure) {
-        console.Complain(failure.what());
+        console.Fail(failure.what());
         return failure.Code();
     } catch (const std::exception& error) {
-        console.Complain(error.what());
+        console.Fail(error.what());
         return kFailed;
     }
 }
@@ -31,7 +31,7 @@ int main(int argc, char** argv) {
         if (leave->exit == kDone) {
             std::cout << leave->text << std::flush;
         } else {
-            std::cerr << "qfc: " << leave->text << '\n';
+            Console({.dataDir = {}, .json = leave->json, .quiet = false}).Fail(leave->text);
         }
         return leave->exit;
     }

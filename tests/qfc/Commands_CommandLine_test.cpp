@@ -181,5 +181,34 @@ TEST_F(CommandsCommandLine, UsageLinesShowTheWholeCommand) {
     EXPECT_NE(Qfc({"--help"}).out.find("Usage: qfc "), std::string::npos);
 }
 
+TEST_F(CommandsCommandLine, Json_IsOneDocumentOnFailureToo) {
+    Done({"mkdir", "A"});
+    const std::vector<Args> failing = {{"show", "nothing"},
+                                       {"ls", "nowhere"},
+                                       {"find", "nothing"},
+                                       {"mkdir", "A"},
+                                       {"rm", "nothing"},
+                                       {"mv", "nothing", "A"},
+                                       {"rename", "nothing", "x"},
+                                       {"reorder", "A", "--by", "name"},
+                                       {"sheet", m_folder / "out.png"},
+                                       {"import", Media("missing.jpg")},
+                                       {"import", Media("missing.jpg"), "--gallery", "7"},
+                                       {"import-library", Media("missing.db")},
+                                       {"gallery", "rm", "nothing"},
+                                       {"export", m_folder / "missing/copy.db"}};
+    for (const Args& arguments : failing) EXPECT_TRUE(Document(arguments, 1).is_structured()) << arguments.front();
+    EXPECT_NE(Document({"show", "nothing"}, 1)["error"].get<std::string>().find("nothing"), std::string::npos);
+    EXPECT_EQ(Document({"find", "nothing"}, 1), Json::array());
+}
+
+TEST_F(CommandsCommandLine, Json_OfWrongUsageIsADocumentToo) {
+    for (const Args& arguments : {Args{"fly"}, Args{"ls"}, Args{"mkdir", "\\"}, Args{"tree", "--fast"}, Args{"clear"}})
+        EXPECT_TRUE(Document(arguments, 2).contains("error")) << arguments.front();
+    const QfcResult last = Qfc({"ls", "A", "--sort", "size", "--json"});
+    EXPECT_EQ(last.exit, 2);
+    EXPECT_EQ(Qfc({"ls"}).out, "");
+}
+
 }  // namespace
 }  // namespace qfc::test

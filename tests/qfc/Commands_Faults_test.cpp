@@ -184,5 +184,23 @@ TEST_F(CommandsFaults, WhileAnotherChangesTheLibrary_ChangesAreRefusedAndLooking
     EXPECT_TRUE(fs::exists(Database() + ".lock"));
 }
 
+TEST_F(CommandsFaults, CtrlC_OfImportLibrary_SaysOnceWhatWasDone) {
+    ManyImages(300);
+    const std::string other = m_folder / "other";
+    ASSERT_EQ(QfcProcess({"--data-dir", other, "--quiet", "import", Media("many")}, {}).Wait().exit, 0);
+    const std::string later = Image("later.ppm", 7);
+    ASSERT_EQ(QfcProcess({"--data-dir", other, "import", later, "--folder", "Z"}, {}).Wait().exit, 0);
+    QfcProcess process(WithLibrary({"import-library", other + "/CinelumeDatabase.db"}), kNarrow);
+    ASSERT_TRUE(process.ReadLine());
+    process.Signal(SIGINT);
+    const QfcResult result = process.Wait();
+    EXPECT_EQ(result.exit, 1);
+    EXPECT_NE(result.err.find("interrupted: "), std::string::npos) << result.err;
+    EXPECT_EQ((result.out + result.err).find("later.ppm"), std::string::npos);
+    EXPECT_EQ(result.out.find(" there already, "), std::string::npos) << result.out;
+    EXPECT_EQ(result.err.find(" there already, "), result.err.rfind(" there already, "));
+    ExpectSound();
+}
+
 }  // namespace
 }  // namespace qfc::test

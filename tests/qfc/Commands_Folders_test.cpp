@@ -163,5 +163,20 @@ TEST_F(CommandsFolders, ATextThatIsAnItemAndAFolder_IsRefused) {
     EXPECT_NE(line.find(GuidOf("A\\a.ppm")), std::string::npos) << line;
 }
 
+TEST_F(CommandsFolders, ChangesOfAFolderNamedLikeAKey_KeepTheMaskThatIsStored) {
+    Done({"mkdir", "a--b\\x--y"});
+    Done({"mkdir", "a--b\\z--z"});
+    Done({"mkdir", "Other"});
+    const auto masks = [&] { return RawDb(Database()).Rows("select distinct TRUSTY_TYPE from FOLDER_TABLE"); };
+    const auto before = masks();
+    Done({"rename", "a--b", "c--d"});
+    EXPECT_EQ(masks(), before);
+    Done({"reorder", "Other", "--to", "1"});
+    EXPECT_EQ(masks(), before);
+    Done({"mv", "c--d\\x--y", "Other"});
+    Done({"mv", "c--d", "Other"});
+    EXPECT_EQ(masks(), before);
+}
+
 }  // namespace
 }  // namespace qfc::test

@@ -259,5 +259,13 @@ TEST_F(CommandsImport, OnlyNamesThatAreNotUtf8_Fails) {
     Refused({"import", Image("a.ppm"), "--folder", "F\xC0\x80"}, 2);
 }
 
+TEST_F(CommandsImport, AnItemThatTheDatabaseDoesNotPlace_IsNotCountedAsAdded) {
+    Done({"mkdir", "A"});
+    RawDb(Database()).Exec("create trigger lose before insert on RELATION_TABLE begin select raise(ignore); end");
+    const Json report = Document({"import", Image("a.ppm", 1), Image("b.ppm", 2), "--folder", "A"}, 1);
+    EXPECT_TRUE(report["added"].empty());
+    EXPECT_EQ(report["notStored"].size(), 2u);
+}
+
 }  // namespace
 }  // namespace qfc::test

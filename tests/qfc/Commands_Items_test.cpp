@@ -215,5 +215,23 @@ TEST_F(CommandsItems, AnItemThatStaysBehindItsLastPlacement_IsNotCountedAsRemove
     EXPECT_EQ(report["failed"].size(), 1u);
 }
 
+TEST_F(CommandsItems, RmdirIsNotDone_WhenAnItemStaysBehindItsLastPlacement) {
+    Done({"import", Image("a.ppm"), "--folder", "A\\B"});
+    RawDb(Database()).Exec("create trigger keep before delete on ITEM_TABLE begin select raise(ignore); end");
+    Refused({"rmdir", "A", "--recursive"});
+    EXPECT_EQ(Count("ITEM_TABLE"), "1");
+}
+
+TEST_F(CommandsItems, RmdirLeavesItemsThatStandElsewhere) {
+    Done({"import", Image("a.ppm", 1), "--folder", "A"});
+    const int row = Done({"mkdir", "B", "--gallery", "Overlays"})["folder"]["row"];
+    RawDb(Database())
+        .Exec("insert into RELATION_TABLE (PARENT_ID, ITEM_ID, ITEM_INDEX) select " + std::to_string(row) +
+              ", ITEM_ID, 0 from ITEM_TABLE");
+    Done({"rmdir", "A", "--recursive"});
+    EXPECT_EQ(ItemsOf("B", {"--gallery", "Overlays"}), Names{"a.ppm"});
+    ExpectSound();
+}
+
 }  // namespace
 }  // namespace qfc::test

@@ -206,5 +206,22 @@ TEST_F(CommandsLooking, ThumbsListsTheStoredBitmaps) {
 
 TEST_F(CommandsLooking, ThumbsOfAnEmptyLibrary_Fails) { Refused({"thumbs"}); }
 
+TEST_F(CommandsLooking, LsByDate_ShowsTheDatesThatItSortsBy) {
+    Done({"import", Image("a.ppm", 1), Image("b.ppm", 2), Image("c.ppm", 3), "--folder", "F"});
+    RawDb db(Database());
+    db.Exec("update ITEM_TABLE set DESCRIPTION = '2001 2 3 4 5 6 2020 1 1 0 0 0' where ITEM_NAME = 'a.ppm'");
+    db.Exec("update ITEM_TABLE set DESCRIPTION = '1999 12 31 23 59 58 2020 1 1 0 0 0' where ITEM_NAME = 'b.ppm'");
+    db.Exec("update ITEM_TABLE set DESCRIPTION = 'a rainy day' where ITEM_NAME = 'c.ppm'");
+    const std::string out = Qfc({"ls", "F", "--sort", "date"}).out;
+    EXPECT_NE(out.find("image  2001-02-03 04:05:06  "), std::string::npos) << out;
+    EXPECT_NE(out.find("image  1999-12-31 23:59:58  "), std::string::npos) << out;
+    EXPECT_NE(out.find("image  -                    "), std::string::npos) << out;
+    Json dates = Json::object();
+    const Json listed = Done({"ls", "F", "--sort", "date"});
+    for (const Json& item : listed["items"]) dates[item["name"].get<std::string>()] = item["date"];
+    EXPECT_EQ(dates, (Json{{"a.ppm", "2001-02-03 04:05:06"}, {"b.ppm", "1999-12-31 23:59:58"}, {"c.ppm", nullptr}}));
+    EXPECT_EQ(Qfc({"ls", "F"}).out.find("2001-02-03"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace qfc::test

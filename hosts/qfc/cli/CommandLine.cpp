@@ -86,18 +86,27 @@ public:
             for (const auto& [app, take] : m_commands) {
                 if (app->parsed()) return Invocation{m_global, take()};
             }
-            return LeaveNow{kWrongUsage, "no command given"};
+            return LeaveNow{kWrongUsage, "no command given", WantsJson(argc, argv)};
         } catch (const CLI::Success&) {
             const CLI::App* app = DeepestParsed();
-            return LeaveNow{kDone, app->help(app->get_parent() == nullptr ? "" : Name(app->get_parent()))};
+            return LeaveNow{kDone, app->help(app->get_parent() == nullptr ? "" : Name(app->get_parent())), false};
         } catch (const CLI::ParseError& error) {
-            return LeaveNow{kWrongUsage, OneLine(Reason(error)) + " (see " + Name(DeepestParsed()) + " --help)"};
+            return WronglyUsed(Reason(error), WantsJson(argc, argv));
         } catch (const WrongUsage& error) {
-            return LeaveNow{kWrongUsage, OneLine(error.what()) + " (see " + Name(DeepestParsed()) + " --help)"};
+            return WronglyUsed(error.what(), WantsJson(argc, argv));
         }
     }
 
 private:
+    LeaveNow WronglyUsed(const std::string& reason, bool json) const {
+        return {kWrongUsage, OneLine(reason) + " (see " + Name(DeepestParsed()) + " --help)", json};
+    }
+    // The parser sets no options when it stops early.
+    static bool WantsJson(int argc, const char* const* argv) {
+        const auto* end = std::find(argv, argv + argc, std::string_view("--"));
+        return std::find(argv, end, std::string_view("--json")) != end;
+    }
+
     // A command whose options live as long as the parser.
     template <class Options>
     std::pair<CLI::App*, Options*> Add(CLI::App& parent, const std::string& name, const std::string& help,

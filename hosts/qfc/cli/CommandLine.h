@@ -12,6 +12,7 @@ namespace qfc::host {
 struct LeaveNow {
     int exit = 0;
     std::string text;
+    bool json = false;  // JSON was asked for, as far as the arguments can be understood.
 };
 
 // Turns the arguments into options; touches nothing else. Main thread, once.

@@ -17,8 +17,15 @@ void Console::Say(const std::string& line) const {
 }
 
 void Console::ShowJson(const Json& document) const {
+    if (!m_json) return;
     // Names may hold bytes that are no UTF-8; JSON has no place for them.
-    if (m_json) std::cout << document.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    std::cout << document.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    m_hasDocument = true;
+}
+
+void Console::Fail(const std::string& reason) const {
+    if (!m_hasDocument) ShowJson({{"error", reason}});
+    Complain(reason);
 }
 
 void Console::Complain(const std::string& line) const {

@@ -23,6 +23,9 @@ public:
     void Say(const std::string& line) const;
     // The document of JSON mode; otherwise nothing.
     void ShowJson(const Json& document) const;
+    // Says on the error stream why the command ended early. In JSON mode standard output still gets its one document:
+    // unless the command has shown its own, one that holds the reason.
+    void Fail(const std::string& reason) const;
     // One line on the error stream, in every mode.
     void Complain(const std::string& line) const;
 
@@ -32,6 +35,7 @@ public:
 private:
     bool m_json;
     bool m_quiet;
+    mutable bool m_hasDocument = false;
 };
 
 // Names come from files and other people's libraries: control characters would reach the terminal. They become '?'.

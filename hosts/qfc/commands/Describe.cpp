@@ -6,9 +6,11 @@
 #include "items/CQItem.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 namespace qfc::host {
 
@@ -25,13 +27,24 @@ std::string TimeText(std::uint64_t seconds) {
                        clock.minutes().count(), clock.seconds().count());
 }
 
-Json ItemJson(const CQGallery& gallery, const CQItem& item) {
+std::optional<std::string> SortDate(const CQItem& item) {
+    std::istringstream description(ToText(item.GetDescription()));
+    std::array<int, 12> date{};
+    for (int& number : date) {
+        if (!(description >> number)) return std::nullopt;
+    }
+    return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}", date[0], date[1], date[2], date[3], date[4], date[5]);
+}
+
+Json ItemJson(CQGallery& gallery, const CQItem& item) {
+    const auto date = SortDate(item);
     return {{"guid", GuidToText(item.GetUniqueID())},
             {"name", ToText(item.GetItemName())},
             {"kind", KindOf(item)},
             {"file", ToText(item.GetFileName())},
             {"timestamp", item.fnGetTimeStamp()},
             {"time", TimeText(item.fnGetTimeStamp())},
+            {"date", date ? Json(*date) : Json(nullptr)},
             {"gallery", Galleries::NameOf(gallery).name},
             {"paths", PathsOf(gallery, item)}};
 }
@@ -41,8 +54,11 @@ Json FolderJson(const CQFolder& folder) {
 }
 
 std::string ItemLine(const CQItem& item, const std::string& name) {
-    return fmt::format("{:<5}  {}  {}  {}", KindOf(item), TimeText(item.fnGetTimeStamp()),
-                       GuidToText(item.GetUniqueID()), name);
+    return ItemLine(item, name, TimeText(item.fnGetTimeStamp()));
+}
+
+std::string ItemLine(const CQItem& item, const std::string& name, const std::string& time) {
+    return fmt::format("{:<5}  {:<19}  {}  {}", KindOf(item), time, GuidToText(item.GetUniqueID()), name);
 }
 
 }  // namespace qfc::host

@@ -3,6 +3,7 @@
 #include "hosts/qfc/cli/Console.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 class CQFolder;
@@ -16,11 +17,16 @@ namespace qfc::host {
 // "2024-05-06 10:20:30" in UTC.
 std::string TimeText(std::uint64_t seconds);
 
-// guid, name, kind, file, timestamp and time, gallery, paths.
-Json ItemJson(const CQGallery& gallery, const CQItem& item);
+// The moment by which items are sorted by date: the first six of the twelve numbers of the description, in UTC, as
+// TimeText writes it. Nothing for a description of another kind.
+std::optional<std::string> SortDate(const CQItem& item);
+
+// guid, name, kind, file, timestamp and time, the date of sorting (or null), gallery, paths.
+Json ItemJson(CQGallery& gallery, const CQItem& item);
 // name, row, path.
 Json FolderJson(const CQFolder& folder);
-// "video  2024-05-06 10:20:30  <GUID>  name".
+// "video  2024-05-06 10:20:30  <GUID>  name"; the time is the timestamp's unless another text stands for it.
 std::string ItemLine(const CQItem& item, const std::string& name);
+std::string ItemLine(const CQItem& item, const std::string& name, const std::string& time);
 
 }  // namespace qfc::host

@@ -37,7 +37,7 @@ int Run(const RemoveFolderOptions& options, const Console& console) {
     const bool filled = !SubFolders(folder).empty() || !Items(folder).empty();
     if (filled && !options.recursive) throw Failure(path + " is not empty; --recursive removes it with all it holds");
     const Json removed = FolderJson(folder);
-    if (!RemoveFolder(folder)) throw Failure("cannot remove " + path);
+    if (!RemoveFolder(galleries, folder)) throw Failure("cannot remove " + path);
     console.Say("removed " + path);
     console.ShowJson({{"removed", removed}});
     return kDone;

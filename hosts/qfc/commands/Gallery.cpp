@@ -14,10 +14,10 @@ namespace qfc::host {
 namespace {
 
 // Deleting a gallery alone would leave its items and payloads behind: the folders go first.
-void DeleteFolders(CQGallery& gallery) {
+void DeleteFolders(Galleries& galleries, CQGallery& gallery) {
     for (CQFolder* folder : SubFolders(gallery)) {
         const std::string name = ToText(folder->GetFolderName());
-        if (!RemoveFolder(*folder)) throw Failure("cannot remove the folder " + name);
+        if (!RemoveFolder(galleries, *folder)) throw Failure("cannot remove the folder " + name);
     }
 }
 
@@ -53,7 +53,7 @@ int Run(const GalleryRemoveOptions& options, const Console& console) {
     CQGallery* gallery = galleries.Find(options.gallery);
     if (gallery == nullptr) throw Failure("the gallery " + options.gallery + " is not stored");
     const GalleryName name = Galleries::NameOf(*gallery);
-    DeleteFolders(*gallery);
+    DeleteFolders(galleries, *gallery);
     const bool deleted = QFCLibraryManager::fnDeleteGallery({name.id}) != 0;
     galleries.Close(*gallery);
     const std::vector<GalleryName> stored = galleries.Stored();

@@ -54,8 +54,11 @@ public:
         if (!m_broken.empty()) summary += ", " + std::to_string(m_broken.size()) + " not readable";
         if (!m_refused.empty()) summary += ", " + std::to_string(m_refused.size()) + " not stored";
         if (m_skipped > 0) summary += ", " + std::to_string(m_skipped) + " no media";
-        m_console.Say(summary);
-        if (m_interrupt.IsRaised()) m_console.Complain("interrupted: " + summary);
+        if (m_interrupt.IsRaised()) {
+            m_console.Complain("interrupted: " + summary);
+        } else {
+            m_console.Say(summary);
+        }
         // Broken files are the files' fault; what could not be stored is ours.
         const bool useful = !m_added.empty() || !m_plan.already.empty();
         if (!useful && m_refused.empty()) m_console.Complain("nothing to import");

@@ -13,6 +13,7 @@
 
 #include <map>
 #include <nlohmann/json.hpp>
+#include <set>
 
 namespace qfc::host {
 namespace {
@@ -48,8 +49,11 @@ public:
                             {"interrupted", m_interrupt.IsRaised()}});
         const std::string summary = Counted(m_added.size(), "item") + " added, " + std::to_string(m_already.size()) +
                                     " there already, " + Counted(m_foldersMade.size(), "folder") + " made";
-        m_console.Say(summary);
-        if (m_interrupt.IsRaised()) m_console.Complain("interrupted: " + summary);
+        if (m_interrupt.IsRaised()) {
+            m_console.Complain("interrupted: " + summary);
+        } else {
+            m_console.Say(summary);
+        }
         const bool useful = !m_added.empty() || !m_already.empty() || !m_foldersMade.empty();
         if (!useful && m_failed.empty()) m_console.Complain("nothing to import");
         return useful && m_failed.empty() && !m_interrupt.IsRaised() ? kDone : kFailed;
@@ -67,6 +71,7 @@ private:
             path.push_back(ComponentOf(*folder));
             paths[folder] = path;
             progress.Step(path.back());
+            RestoreTrusty(*folder);
             const FolderMaker::Marks marks{folder->GetAdopt(), folder->GetTrusty(), folder->GetExtra(),
                                            folder->GetFolderID()};
             CQFolder* target = maker.Make(path, marks);
@@ -85,13 +90,14 @@ private:
     void TakeItems(CQFolder& from, CQFolder* target, CQGallery& gallery) {
         if (target == nullptr) NoteFailed(NameIn(gallery, PathOf(from)));
         for (CQItem* item : Items(from)) {
-            if (m_interrupt.IsRaised()) return;
+            if (m_interrupt.IsRaised()) break;
             if (target == nullptr) {
                 NoteFailed(NameIn(gallery, PathOf(from, *item)));
             } else {
                 TakeItem(*item, *target, gallery);
             }
         }
+        if (target != nullptr) CountTaken(*target);
     }
 
     void TakeItem(CQItem& item, CQFolder& target, CQGallery& gallery) {
@@ -105,14 +111,28 @@ private:
         CQItem* taken = nullptr;
         const bool found = target.IsItemInFolder(&target, &item, taken, 0) != 0 && taken != nullptr;
         if (found && HoldsItem(target, taken->GetUniqueID())) {
-            m_added.push_back(name);
-            m_console.Say("added " + name);
+            m_taken.push_back({name, taken->GetUniqueID()});
         } else {
             NoteFailed(name);
         }
         // Both copies would otherwise stay in memory until the end.
         if (found) ReleasePayloads(*taken);
         ReleasePayloads(item);
+    }
+
+    // The database has to place them in the folder as well, which one look tells of all of them.
+    void CountTaken(CQFolder& target) {
+        if (m_taken.empty()) return;
+        const std::set<GUID> stored = StoredItemSet(*target.GetDBTools(), target.GetDBId());
+        for (const Taken& taken : m_taken) {
+            if (!stored.contains(taken.guid)) {
+                NoteFailed(taken.name);
+                continue;
+            }
+            m_added.push_back(taken.name);
+            m_console.Say("added " + taken.name);
+        }
+        m_taken.clear();
     }
 
     // In the folder already, or stored in this library as another item than the one that would be found here: its row
@@ -129,10 +149,16 @@ private:
         m_console.Complain("cannot bring in " + name);
     }
 
+    struct Taken {
+        std::string name;
+        GUID guid;
+    };
+
     Galleries& m_galleries;
     OtherLibrary& m_other;
     const Interrupt& m_interrupt;
     const Console& m_console;
+    std::vector<Taken> m_taken;  // Of the folder being filled.
     std::vector<std::string> m_foldersMade, m_added, m_already, m_failed;
 };
 

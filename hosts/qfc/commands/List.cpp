@@ -27,7 +27,10 @@ int Run(const ListOptions& options, const Console& console) {
     }
     for (const CQItem* item : Items(*found.folder)) {
         json["items"].push_back(ItemJson(*found.gallery, *item));
-        console.Show(ItemLine(*item, ToText(item->GetItemName())));
+        // The time that is shown is the one that they are sorted by.
+        const std::string name = ToText(item->GetItemName());
+        const bool byDate = options.sort == SortKey::Date;
+        console.Show(byDate ? ItemLine(*item, name, SortDate(*item).value_or("-")) : ItemLine(*item, name));
     }
     console.ShowJson(json);
     return kDone;

@@ -68,6 +68,7 @@ void RefuseFolderTarget(CQFolder& folder, CQFolder& target) {
 }
 
 bool StoreFolder(CQFolder& folder) {
+    RestoreTrusty(folder);
     QFCLibraryManager::fnUpdateFolder(ToHandle(&folder), folder.GetFolderName(), folder.GetAdopt(), folder.GetTrusty(),
                                       folder.GetExtra());
     const auto stored = LoadStoredFolder(*folder.GetDBTools(), folder.GetDBId());

@@ -44,15 +44,6 @@ Removed RemoveEverywhere(Galleries& galleries, const FoundItem& found) {
     return removed;
 }
 
-// With its last placement the item itself has to go.
-bool IsLeftBehind(Galleries& galleries, DBTools& tools, const GUID& guid) {
-    const bool placed = std::ranges::any_of(galleries.All(), [&](const CQGallery* gallery) {
-        CQItem* item = nullptr;
-        return gallery->IsItemHasParentByGuid(guid, item) != 0;
-    });
-    return !placed && LoadFresh(tools, guid) != nullptr;
-}
-
 }  // namespace
 
 int Run(const RemoveItemOptions& options, const Console& console) {

@@ -31,6 +31,8 @@ void StoreItemOrder(CQFolder& folder) {
 void StoreFolderOrder(CQFolder& parent) {
     const std::vector<CQFolder*> folders = SubFolders(parent);
     for (std::size_t i = 0; i < folders.size(); ++i) folders[i]->SetIndex(static_cast<int>(i) + 1);
+    // The whole tree below is written.
+    for (CQFolder* folder : WholeTree(parent)) RestoreTrusty(*folder);
     parent.UpdateSubFolderIndexDB();
     for (const CQFolder* folder : folders) {
         const auto stored = LoadStoredFolder(*parent.GetDBTools(), folder->GetDBId());

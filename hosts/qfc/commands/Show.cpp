@@ -30,7 +30,7 @@ Json TagsOf(const CQItem& item) {
     return json;
 }
 
-Json Details(const CQGallery& gallery, CQItem& item) {
+Json Details(CQGallery& gallery, CQItem& item) {
     item.TryLoadBB();
     item.TryLoadFilm();
     const SIZE bitmap = item.GetBitmapCacheSize();

@@ -12,7 +12,7 @@
 namespace qfc::host {
 namespace {
 
-Json TreeJson(CQFolder& folder, const CQGallery& gallery) {
+Json TreeJson(CQFolder& folder, CQGallery& gallery) {
     Json json = FolderJson(folder);
     json["items"] = Json::array();
     json["folders"] = Json::array();

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <map>
+#include <set>
 #include <utility>
 
 namespace qfc::host {
@@ -17,6 +19,9 @@ constexpr const char* kNoFolder = "\\";
 // The library waits a minute for another process that writes; only a longer silence asks for a new marker.
 constexpr std::chrono::seconds kSilence{90};
 constexpr int kMarkersBeforeGivingUp = 3;
+// A look at the database is worth it when there is news of this part of what it reads; so all looks of an import
+// together read no more than about this many times what it adds.
+constexpr std::size_t kWorthLooking = 16;
 
 // As the item would be after loading: the film keeps its sizes, which the row repeats, the others are loaded on demand.
 void ReleasePayloads(CQItem& item) {
@@ -39,10 +44,11 @@ AddQueue::~AddQueue() {
 
 void AddQueue::Add(std::unique_ptr<CQItem> item, CQFolder& folder, const std::string& folderPath) {
     Pending pending;
-    pending.outcome = {false, ToText(item->GetFileName()), ToText(item->GetItemName()), folderPath,
-                       item->GetUniqueID()};
+    pending.outcome = {false,      ToText(item->GetFileName()), ToText(item->GetItemName()),
+                       folderPath, item->GetUniqueID(),         folder.GetDBId()};
     pending.item = std::move(item);
     pending.folder = &folder;
+    m_isSettled = false;
     {
         Lock lock(m_mutex);
         if (!WaitUntilFewer(lock, kMostOnTheWay)) {
@@ -54,6 +60,7 @@ void AddQueue::Add(std::unique_ptr<CQItem> item, CQFolder& folder, const std::st
 }
 
 void AddQueue::Settle() {
+    m_isSettled = true;
     {
         Lock lock(m_mutex);
         if (m_pending.empty() || m_abandoned) return;
@@ -64,8 +71,28 @@ void AddQueue::Settle() {
 }
 
 std::vector<AddQueue::Outcome> AddQueue::TakeOutcomes() {
-    const Lock lock(m_mutex);
-    return std::exchange(m_outcomes, {});
+    {
+        const Lock lock(m_mutex);
+        m_held.insert(m_held.end(), m_outcomes.begin(), m_outcomes.end());
+        m_outcomes.clear();
+    }
+    if (!m_isSettled && m_held.size() <= m_rowsRead / kWorthLooking) return {};
+    LookAtPlacements(m_held);
+    return std::exchange(m_held, {});
+}
+
+void AddQueue::LookAtPlacements(std::vector<Outcome>& outcomes) {
+    std::map<int, std::set<GUID>> folders;
+    m_rowsRead = 0;
+    for (Outcome& outcome : outcomes) {
+        if (!outcome.stored) continue;
+        const auto [folder, isNew] = folders.try_emplace(outcome.folderRow);
+        if (isNew) {
+            folder->second = StoredItemSet(*m_gallery.GetDBTools(), outcome.folderRow);
+            m_rowsRead += folder->second.size();
+        }
+        outcome.stored = folder->second.contains(outcome.guid);
+    }
 }
 
 void AddQueue::Queue(Pending pending, const std::string& folderPath) {
@@ -107,7 +134,7 @@ void AddQueue::Conclude(std::uint64_t upTo) {
 void AddQueue::ConcludeFront() {
     Pending& pending = m_pending.front();
     const bool isMarker = pending.folder == nullptr;
-    const bool taken = !isMarker && pending.folder->HasItem(pending.outcome.guid, 0);
+    const bool taken = !isMarker && StandsIn(*pending.folder, pending.outcome.guid);
     if (taken) {
         ReleasePayloads(*pending.item);
         static_cast<void>(pending.item.release());  // The gallery's now.

@@ -19,7 +19,8 @@ namespace qfc::host {
 
 // Adds items to folders of one gallery on the library's worker, at most 64 of them on the way at a time. The worker's
 // callback looks whether the folder really holds the item, and then lets go of its payloads: what is stored need not
-// stay in memory. Until Settle has returned nobody but the worker may read or change the tree.
+// stay in memory. Whether the database places it there too is looked at by the folder, before anything is told. Until
+// Settle has returned nobody but the worker may read or change the tree.
 //
 // An add that fails raises no callback. But adds are executed in the order they are queued, so a callback also tells
 // that everything queued before it has had its turn; a marker that no folder takes is queued behind the last one.
@@ -32,6 +33,7 @@ public:
         std::string name;
         std::string folder;  // Path.
         GUID guid{};
+        int folderRow = -1;
     };
 
     explicit AddQueue(CQGallery& gallery);
@@ -44,7 +46,8 @@ public:
     void Add(std::unique_ptr<CQItem> item, CQFolder& folder, const std::string& folderPath);
     // Returns when every add has had its turn. Should the library not answer for minutes, it is stopped.
     void Settle();
-    // What has become known since the last call, in the order of the adds.
+    // What has become known, in the order of the adds. Looking into a folder reads all of it, so outcomes are held back
+    // until they are worth it; once all has settled everything is told.
     std::vector<Outcome> TakeOutcomes();
 
 private:
@@ -63,6 +66,7 @@ private:
     void ConcludeFront();
     bool WaitUntilFewer(Lock& lock, std::size_t count);
     void Abandon(Lock& lock);
+    void LookAtPlacements(std::vector<Outcome>& outcomes);
 
     // Set once in the constructor.
     CQGallery& m_gallery;
@@ -70,6 +74,9 @@ private:
 
     // Main thread only.
     std::uint64_t m_nextNumber = 0;
+    bool m_isSettled = false;
+    std::vector<Outcome> m_held;  // Not looked at in the database yet.
+    std::size_t m_rowsRead = 0;   // By the last look.
 
     // Guarded by m_mutex, which is never held while the library is called to queue or register.
     std::mutex m_mutex;

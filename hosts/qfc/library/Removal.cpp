@@ -5,6 +5,7 @@
 #include "hosts/qfc/library/Verify.h"
 
 #include <algorithm>
+#include <set>
 
 namespace qfc::host {
 namespace {
@@ -16,21 +17,33 @@ bool IsNothingLeft(DBTools& tools, int row) {
 
 }  // namespace
 
-bool RemoveFolder(CQFolder& folder) {
+bool RemoveFolder(Galleries& galleries, CQFolder& folder) {
     // A folder without a row may not be given to the library: it would take the last one of its parent instead.
     if (folder.GetDBId() == -1 || folder.GetDBTools() == nullptr) return false;
     DBTools& tools = *folder.GetDBTools();
     std::vector<int> rows;
-    for (const CQFolder* part : WholeTree(folder)) rows.push_back(part->GetDBId());
+    std::set<GUID> guids;
+    for (CQFolder* part : WholeTree(folder)) {
+        rows.push_back(part->GetDBId());
+        for (const CQItem* item : Items(*part)) guids.insert(item->GetUniqueID());
+    }
     QFCLibraryManager::fnDeleteFolder(ToHandle(&folder));
-    return std::ranges::all_of(rows, [&](int row) { return IsNothingLeft(tools, row); });
+    return std::ranges::all_of(rows, [&](int row) { return IsNothingLeft(tools, row); }) &&
+           std::ranges::none_of(guids, [&](const GUID& guid) { return IsLeftBehind(galleries, tools, guid); });
 }
 
 bool RemovePlacement(CQFolder& folder, const GUID& guid) {
     if (folder.GetDBTools() == nullptr) return false;
     const GUID removed = guid;  // The reference may point into the item.
     QFCLibraryManager::fnDeleteItem(ToHandle(&folder), {removed}, 1);
-    return !folder.HasItem(removed, 0) && IsPlaced(*folder.GetDBTools(), folder.GetDBId(), removed) == false;
+    return !StandsIn(folder, removed) && IsPlaced(*folder.GetDBTools(), folder.GetDBId(), removed) == false;
+}
+
+bool IsLeftBehind(Galleries& galleries, DBTools& tools, const GUID& guid) {
+    // Most are gone, which one look tells; only for the others every gallery is loaded.
+    if (LoadFresh(tools, guid) == nullptr) return false;
+    return std::ranges::none_of(galleries.All(),
+                                [&](CQGallery* gallery) { return !FoldersOf(*gallery, guid).empty(); });
 }
 
 }  // namespace qfc::host

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "hosts/qfc/library/Galleries.h"
 #include "platform/framework/Guid.h"
 
 class CQFolder;
@@ -8,11 +9,15 @@ namespace qfc::host {
 
 // Removes, then looks. Main thread.
 
-// The folder with everything below it; its object is gone afterwards. False when anything of it is still stored.
-bool RemoveFolder(CQFolder& folder);
+// The folder with everything below it; its object is gone afterwards. False when anything of it is still stored, an
+// item that no folder holds any more included.
+bool RemoveFolder(Galleries& galleries, CQFolder& folder);
 
 // The item's placement in the folder, and the item itself with its last placement: its object may be gone afterwards.
 // False when the placement is still stored.
 bool RemovePlacement(CQFolder& folder, const GUID& guid);
+
+// The item is stored although no folder of any gallery holds it: with its last placement it had to go.
+bool IsLeftBehind(Galleries& galleries, DBTools& tools, const GUID& guid);
 
 }  // namespace qfc::host

@@ -65,13 +65,17 @@ std::string PathOf(const CQFolder& folder, const CQItem& item) {
     return path + (path.empty() ? "" : "\\") + ToText(item.GetItemName());
 }
 
-std::vector<CQFolder*> FoldersOf(const CQGallery& gallery, const GUID& guid) {
+std::vector<CQFolder*> FoldersOf(CQGallery& gallery, const GUID& guid) {
     std::vector<CQFolder*> folders;
-    for (const ULONGLONG handle : gallery.GetItemParentList(guid)) folders.push_back(AsFolder(handle));
+    for (const ULONGLONG handle : gallery.GetItemParentList(guid)) {
+        // The index may keep the handle of a folder that is gone.
+        CQFolder* folder = AsFolder(handle);
+        if (gallery.IsSubFolderValid(folder)) folders.push_back(folder);
+    }
     return folders;
 }
 
-std::vector<std::string> PathsOf(const CQGallery& gallery, const CQItem& item) {
+std::vector<std::string> PathsOf(CQGallery& gallery, const CQItem& item) {
     std::vector<std::string> paths;
     for (const CQFolder* folder : FoldersOf(gallery, item.GetUniqueID())) paths.push_back(PathOf(*folder, item));
     return paths;

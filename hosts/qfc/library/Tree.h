@@ -23,9 +23,9 @@ std::vector<std::string> ComponentsOf(const CQFolder& folder);
 std::string PathOf(const CQFolder& folder);
 std::string PathOf(const CQFolder& folder, const CQItem& item);
 // The folders of the gallery that hold the item.
-std::vector<CQFolder*> FoldersOf(const CQGallery& gallery, const GUID& guid);
+std::vector<CQFolder*> FoldersOf(CQGallery& gallery, const GUID& guid);
 // One path for every folder that holds the item.
-std::vector<std::string> PathsOf(const CQGallery& gallery, const CQItem& item);
+std::vector<std::string> PathsOf(CQGallery& gallery, const CQItem& item);
 
 // "video", "audio", "image" or, for content of other kinds, "other".
 const char* KindOf(const CQItem& item);

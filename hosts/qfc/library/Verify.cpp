@@ -29,10 +29,15 @@ std::unique_ptr<CQItem> LoadFresh(DBTools& tools, const GUID& guid) {
     return item;
 }
 
+bool StandsIn(CQFolder& folder, const GUID& guid) {
+    const std::vector<CQItem*> items = Items(folder);
+    return std::any_of(items.rbegin(), items.rend(), [&](const CQItem* item) { return item->GetUniqueID() == guid; });
+}
+
 bool HoldsItem(CQFolder& folder, const GUID& guid) {
-    const auto* gallery = static_cast<const CQGallery*>(folder.GetRoot());
+    auto* gallery = static_cast<CQGallery*>(folder.GetRoot());
     DBTools* tools = folder.GetDBTools();
-    if (gallery == nullptr || tools == nullptr || !folder.HasItem(guid, 0)) return false;
+    if (gallery == nullptr || tools == nullptr || !StandsIn(folder, guid)) return false;
     const std::vector<CQFolder*> holders = FoldersOf(*gallery, guid);
     return std::ranges::find(holders, &folder) != holders.end() && LoadFresh(*tools, guid) != nullptr;
 }
@@ -51,6 +56,11 @@ std::optional<std::vector<GUID>> StoredItems(DBTools& tools, int folderRow) {
     });
 }
 
+std::set<GUID> StoredItemSet(DBTools& tools, int folderRow) {
+    const auto stored = StoredItems(tools, folderRow);
+    return stored ? std::set<GUID>(stored->begin(), stored->end()) : std::set<GUID>{};
+}
+
 std::optional<bool> IsPlaced(DBTools& tools, int folderRow, const GUID& guid) {
     const auto stored = StoredItems(tools, folderRow);
     if (!stored) return std::nullopt;
@@ -62,8 +72,15 @@ std::optional<StoredFolder> LoadStoredFolder(DBTools& tools, int folderRow) {
         CppSQLite3Query query;
         if (!tools.QueryFolder(folderRow, query) || query.eof()) return std::nullopt;
         return StoredFolder{query.getIntField("PARENT_ID", -1), query.getIntField("ORDER_INDEX", -1),
+                            static_cast<unsigned>(query.getIntField("TRUSTY_TYPE", 0)),
                             query.getStringField("FOLDER_NAME")};
     });
+}
+
+void RestoreTrusty(CQFolder& folder) {
+    if (folder.GetDBTools() == nullptr) return;
+    const auto stored = LoadStoredFolder(*folder.GetDBTools(), folder.GetDBId());
+    if (stored) folder.SetTrusty(stored->trusty);
 }
 
 bool IsFolderGone(DBTools& tools, int folderRow) {

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -19,21 +20,30 @@ namespace qfc::host {
 // The item as the database has it, without its payloads; null when it has no such item.
 std::unique_ptr<CQItem> LoadFresh(DBTools& tools, const GUID& guid);
 
-// The item stands in the folder, its gallery knows it there, and the database has its row.
+// The item stands in the loaded folder. Looks at what was added last first.
+bool StandsIn(CQFolder& folder, const GUID& guid);
+// It stands in the folder, its gallery knows it there, and the database has its row; whether the database also places
+// it there is not looked at.
 bool HoldsItem(CQFolder& folder, const GUID& guid);
 
 // The GUIDs placed in a folder row, in their stored order; nothing when the database cannot be read.
 std::optional<std::vector<GUID>> StoredItems(DBTools& tools, int folderRow);
+// The same for many look-ups; nothing is placed in a folder that cannot be read.
+std::set<GUID> StoredItemSet(DBTools& tools, int folderRow);
 // Whether the database places the item in that folder row. Nothing when it cannot be read.
 std::optional<bool> IsPlaced(DBTools& tools, int folderRow, const GUID& guid);
 
 struct StoredFolder {
     int parentRow = -1;
     int index = -1;
+    unsigned trusty = 0;
     std::string name;
 };
 // The folder's row; nothing when there is none or it cannot be read.
 std::optional<StoredFolder> LoadStoredFolder(DBTools& tools, int folderRow);
+// Gives the folder the trusty mask that its row has. Loading adds bits to the mask of some names, which a later write
+// of the folder would store.
+void RestoreTrusty(CQFolder& folder);
 // True when the database answers and says that there is no such row.
 bool IsFolderGone(DBTools& tools, int folderRow);
 
