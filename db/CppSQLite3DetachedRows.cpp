@@ -2,7 +2,9 @@
 
 #include "db/CppSQLite3Exception.h"
 
+#include <algorithm>
 #include <sqlite3.h>
+#include <utility>
 
 namespace qfc {
 namespace {
@@ -56,12 +58,26 @@ std::int64_t DetachedRows::Int64(int column) const {
     return cell != nullptr ? sqlite3_value_int64(cell) : 0;
 }
 
-const char* DetachedRows::Text(int column) const {
+// A number that is asked for as text or bytes is turned into text in a copy: without memory for it, SQLite would leave
+// NULL in its place.
+void DetachedRows::GiveNumberItsText(int column) {
+    const int type = Type(column);
+    if (type != SQLITE_INTEGER && type != SQLITE_FLOAT) return;
+    if (std::find(m_numbersWithText.begin(), m_numbersWithText.end(), column) != m_numbersWithText.end()) return;
+    Value copy(sqlite3_value_dup(Cell(column)));
+    if (copy == nullptr || sqlite3_value_text(copy.get()) == nullptr) ThrowNoMemory();
+    m_numbersWithText.push_back(column);
+    m_rows.front()[static_cast<std::size_t>(column)] = std::move(copy);
+}
+
+const char* DetachedRows::Text(int column) {
+    GiveNumberItsText(column);
     sqlite3_value* cell = Cell(column);
     return cell != nullptr ? reinterpret_cast<const char*>(sqlite3_value_text(cell)) : nullptr;
 }
 
-const unsigned char* DetachedRows::Blob(int column, int& length) const {
+const unsigned char* DetachedRows::Blob(int column, int& length) {
+    GiveNumberItsText(column);
     sqlite3_value* cell = Cell(column);
     length = cell != nullptr ? sqlite3_value_bytes(cell) : 0;
     return cell != nullptr ? static_cast<const unsigned char*>(sqlite3_value_blob(cell)) : nullptr;

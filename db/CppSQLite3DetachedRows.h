@@ -24,15 +24,19 @@ public:
 
     bool IsEmpty() const { return m_rows.empty(); }
     // Frees the first row.
-    void Pop() { m_rows.pop_front(); }
+    void Pop() {
+        m_rows.pop_front();
+        m_numbersWithText.clear();
+    }
 
     const char* Name(int column) const { return m_names[static_cast<std::size_t>(column)].c_str(); }
     // Of the first row; behind the last row every cell reads as NULL.
     int Type(int column) const;
     int Int(int column) const;
     std::int64_t Int64(int column) const;
-    const char* Text(int column) const;
-    const unsigned char* Blob(int column, int& length) const;
+    // Both throw without memory, and leave the cell as it was.
+    const char* Text(int column);
+    const unsigned char* Blob(int column, int& length);
 
 private:
     struct FreeValue {
@@ -41,9 +45,11 @@ private:
     using Value = std::unique_ptr<sqlite3_value, FreeValue>;
 
     sqlite3_value* Cell(int column) const;
+    void GiveNumberItsText(int column);
 
     std::vector<std::string> m_names;
     std::deque<std::vector<Value>> m_rows;
+    std::vector<int> m_numbersWithText;  // Columns of the first row.
 };
 
 }  // namespace qfc

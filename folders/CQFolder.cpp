@@ -4,6 +4,7 @@
 #include "folders/FolderConstants.h"
 #include "folders/FolderNumbers.h"
 #include "folders/GalleryFile.h"
+#include "folders/HeldGuids.h"
 #include "folders/Teardown.h"
 #include "folders/TreeChanges.h"
 #include "items/CQItem.h"
@@ -81,6 +82,7 @@ int CQFolder::SetDBTools(DBTools* pTools) {
 void CQFolder::SetItemArray(ItemArray* pItems) {
     if (pItems == m_pItemArray.get()) return;
     m_pNumbers.reset();
+    m_pHeldGuids.reset();
     static_cast<void>(m_pItemArray.release());
     m_pItemArray.reset(pItems);
 }
@@ -164,6 +166,7 @@ void CQFolder::LetGoOfItems() {
     }
     items->RemoveAll();
     m_pNumbers.reset();
+    m_pHeldGuids.reset();
     m_pItemArray.reset();
 }
 

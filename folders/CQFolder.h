@@ -14,6 +14,7 @@ struct IStorage;
 namespace qfc {
 class FolderLoad;
 class FolderNumbers;
+class HeldGuids;
 }  // namespace qfc
 
 // A node of a gallery's tree: an ordered list of sub-folders, which it owns, and an ordered array of items, which it
@@ -84,6 +85,11 @@ public:
     int IsPredefinedFolder() const;
     // The last of names separated by "||", up to the first one that is blank.
     static CString GetNameFormImportFolder(CString strList);
+    // While translation is on, the name that the translation file has for the folder, kept once found; else empty.
+    // Where names are collected instead, the name is written down and the text stays empty.
+    CString& GetTranslateFolderName();
+    // Whether the folder may be shown as `strName`: as no other folder of its parent is. A root may have any name.
+    int IsFolderNameValid(CString strName, HINSTANCE hModule);
 
     // --- Navigation -----------------------------------------------------------------------------------------------
     // The topmost folder when it is a CQGallery, else null.
@@ -109,6 +115,7 @@ public:
     // Kept: compares names, not string ids.
     CQFolder* GetSubFolderByStrID(const CString& strName);
     CQFolder* GetSubFolderByID(DWORD dwId);
+    CQFolder* GetSubFolderByDisplayPath(CString strPath, HINSTANCE hModule);
     // The folder met just before the one of that name; null when that is the first one.
     CQFolder* GetPreSubFolderByName(const CString& strName);
 
@@ -243,10 +250,13 @@ protected:
 private:
     friend class qfc::FolderLoad;
     friend class qfc::FolderNumbers;
+    friend class qfc::HeldGuids;
 
     ItemArray* NeedItemArray();
     FolderList* NeedFolderList();
     int RemoveAndRenumber(int nPosition, int bDelete);
+    // Appends an item that the folder owns then; nothing can fail once MakeRoomForOne of the array has returned.
+    void Append(ItemArray& items, CQItem& item);
     // Notes that the item's number is among those a folder has counted, and returns it.
     static DWORD CountNumberOf(CQItem& item);
     void SaveOwnFile();
@@ -258,4 +268,5 @@ private:
 
     bool m_bCleared = false;                         // Clear has run: an empty tree may be what it left.
     std::unique_ptr<qfc::FolderNumbers> m_pNumbers;  // Made when first needed: which numbers are in use.
+    std::unique_ptr<qfc::HeldGuids> m_pHeldGuids;    // Made when it pays: which GUIDs the items have.
 };

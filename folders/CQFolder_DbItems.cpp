@@ -1,6 +1,5 @@
 #include "db/DBTools.h"
 #include "folders/CQFolder.h"
-#include "folders/FolderNumbers.h"
 #include "folders/FolderPath.h"
 #include "folders/FolderWalk.h"
 #include "folders/GalleryOf.h"
@@ -9,6 +8,7 @@
 #include "items/CQGallery.h"
 #include "items/CQItem.h"
 #include "items/Handles.h"
+#include "items/ItemGuid.h"
 #include "items/ItemTypes.h"
 
 #include <algorithm>
@@ -34,18 +34,17 @@ void FetchPayloads(CQItem& item) {
 int CQFolder::AddItemDb(CQItem* pItem, int bWriteDb) {
     CQGallery* gallery = qfc::GalleryOf(*this);
     ItemArray* items = pItem != nullptr && gallery != nullptr ? NeedItemArray() : nullptr;
-    if (items == nullptr || HasItem(pItem->GetUniqueID(), 0) != 0) return 0;
+    if (items == nullptr || HasItem(qfc::GuidOfItem(*pItem), 0) != 0) return 0;
     // What only the item's own library has would be out of reach behind the new tools.
     if (pItem->fnGetDbTools() != m_pDBTools) FetchPayloads(*pItem);
     pItem->fnSetDbTools(m_pDBTools);
-    qfc::FolderNumbers::MakeRoom(*this, *items);
+    items->MakeRoomForOne();
     if (bWriteDb != 0) {
         // A folder without a row takes nothing: the placement would belong to no folder.
         if (m_nDBId == -1 || m_pDBTools == nullptr || !m_pDBTools->AddItemDb(pItem, this, items->GetSize())) return 0;
         if (gallery->AddItem2Map(pItem, qfc::ToHandle(this)) == 0) return 0;
     }
-    items->Add(pItem);
-    qfc::FolderNumbers::NoteAppended(*this, *items, *pItem);
+    Append(*items, *pItem);
     pItem->SetParentFolder(this);
     m_dwAdopt |= pItem->GetItemType();
     return 1;
@@ -68,11 +67,11 @@ int CQFolder::AddItemFromImportLib(CQItem* pItem) {
     auto copy = std::make_unique<CQItem>();
     copy->Copy(pItem, qfc::copy_mask::kAll);
     copy->SetParentFolder(this);
-    copy->SetUniqueID(pItem->GetUniqueID());
+    copy->SetUniqueID(qfc::GuidOfItem(*pItem));
     const int added = add(handle, paths, copy.get());
     // The service answers 1 also when the folder did not take the item; then it is still ours.
     CQItem* known = nullptr;
-    const bool taken = gallery->IsItemHasParentByGuid(copy->GetUniqueID(), known) != 0 && known == copy.get();
+    const bool taken = gallery->IsItemHasParentByGuid(qfc::GuidOfItem(*copy), known) != 0 && known == copy.get();
     if (taken || Holds(GetItemArray(), copy.get())) static_cast<void>(copy.release());
     return added;
 }
@@ -90,7 +89,7 @@ int CQFolder::RemoveItemDB(GUID guid, int bRecursive) {
     const int count = items != nullptr ? items->GetSize() : 0;
     for (int position = 0; position < count; ++position) {
         CQItem* item = items->GetAt(position);
-        if (item == nullptr || !(item->GetUniqueID() == guid)) continue;
+        if (item == nullptr || !(qfc::GuidOfItem(*item) == guid)) continue;
         qfc::DropOccurrences(*items, item);
         qfc::LeaveGallery(gallery, *item, *this);
         qfc::PassOnParenthood(*gallery, guid, *this);
@@ -105,7 +104,7 @@ int CQFolder::UpdateItemDB(const CQItem* pSource, const GUID& guid, DWORD dwFlag
         const ItemArray* items = folder->GetItemArray();
         if (items == nullptr) continue;
         for (CQItem* item : *items) {
-            if (item == nullptr || !(item->GetUniqueID() == guid)) continue;
+            if (item == nullptr || !(qfc::GuidOfItem(*item) == guid)) continue;
             item->TryLoadBB();
             item->Copy(pSource, dwFlags);
             return item->UpdateItemDB();

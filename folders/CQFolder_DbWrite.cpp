@@ -5,6 +5,7 @@
 #include "folders/Teardown.h"
 #include "items/CQGallery.h"
 #include "items/CQItem.h"
+#include "items/ItemGuid.h"
 
 #include <utility>
 #include <vector>
@@ -59,10 +60,10 @@ void CQFolder::EmptyOfItemsInDb() {
         }
         auto* item = static_cast<CQItem*>(object);
         CQItem* canonical = nullptr;
-        const bool known = gallery != nullptr && gallery->IsItemHasParentByGuid(item->GetUniqueID(), canonical) != 0;
+        const bool known = gallery != nullptr && gallery->IsItemHasParentByGuid(qfc::GuidOfItem(*item), canonical) != 0;
         const int before = items->GetSize();
         // The GUID travels by value: the item may die in the call.
-        RemoveItemDB(item->GetUniqueID(), 0);
+        RemoveItemDB(qfc::GuidOfItem(*item), 0);
         if (items->GetSize() < before) {
             // Nobody else has an item that its gallery does not know.
             if (!known) qfc::Teardown::LetGo(item, *this);

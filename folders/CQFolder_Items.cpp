@@ -3,9 +3,11 @@
 #include "folders/FolderNumbers.h"
 #include "folders/GalleryFile.h"
 #include "folders/GalleryOf.h"
+#include "folders/HeldGuids.h"
 #include "folders/Teardown.h"
 #include "items/CQGallery.h"
 #include "items/CQItem.h"
+#include "items/ItemGuid.h"
 
 #include <unordered_set>
 
@@ -49,8 +51,7 @@ int CQFolder::AddItem(CQItem* pItem, int bSetParent) {
     ItemArray* items = pItem != nullptr ? NeedItemArray() : nullptr;
     if (items == nullptr) return 0;
     const DWORD number = GetNewItemStreamNumber();
-    qfc::FolderNumbers::MakeRoom(*this, *items);
-    items->Add(pItem);
+    items->MakeRoomForOne();
     if (pItem->m_bAttached == 0) {
         m_dwAdopt |= pItem->m_dwItemType;
         if (bSetParent != 0) {
@@ -60,8 +61,14 @@ int CQFolder::AddItem(CQItem* pItem, int bSetParent) {
             pItem->m_dwNumber = number;
         }
     }
-    qfc::FolderNumbers::NoteAppended(*this, *items, *pItem);
+    Append(*items, *pItem);
     return 1;
+}
+
+void CQFolder::Append(ItemArray& items, CQItem& item) {
+    items.Add(&item);
+    qfc::FolderNumbers::NoteAppended(*this, items, item);
+    qfc::HeldGuids::NoteAppended(*this, items, item);
 }
 
 int CQFolder::RemoveItem(const GUID& guid, int bDelete) {
@@ -69,7 +76,7 @@ int CQFolder::RemoveItem(const GUID& guid, int bDelete) {
     ItemArray* items = GetItemArray();
     const int position = PositionOf(items, [&](CQItem& item) {
         item.TryLoadBB();
-        return item.GetUniqueID() == wanted;
+        return qfc::GuidOfItem(item) == wanted;
     });
     if (position < 0) return 0;
     CQItem* item = items->GetAt(position);
@@ -122,7 +129,7 @@ int CQFolder::RemoveAllItems(int bDelete) {
 
 int CQFolder::DeleteItemEx(CQItem* pItem, IStorage* /*pStorage*/) {
     if (pItem == nullptr) return 0;
-    const GUID guid = pItem->GetUniqueID();
+    const GUID guid = qfc::GuidOfItem(*pItem);
     int done = 1;
     if (qfc::GalleryFile* file = qfc::GalleryFileOf(*this)) done = file->DeleteItemStreams(*this, *pItem);
     CQGallery* gallery = qfc::GalleryOf(*this);

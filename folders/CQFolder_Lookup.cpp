@@ -3,6 +3,7 @@
 #include "folders/FolderConstants.h"
 #include "folders/FolderWalk.h"
 #include "folders/GalleryOf.h"
+#include "folders/HeldGuids.h"
 #include "items/CQGallery.h"
 #include "items/CQItem.h"
 #include "items/ItemTypes.h"
@@ -118,7 +119,8 @@ CQItem* CQFolder::GetItemByItemNumber(DWORD dwNumber) {
 }
 
 int CQFolder::HasItem(const GUID& guid, int bRecursive) {
-    return FirstItemIn(*this, bRecursive, [&](const CQItem& item) { return item.GetUniqueID() == guid; }) != nullptr;
+    if (bRecursive == 0) return qfc::HeldGuids::Has(*this, guid);
+    return FirstItemIn(*this, 1, [&](const CQItem& item) { return item.GetUniqueID() == guid; }) != nullptr;
 }
 
 int CQFolder::HasItemByFilePath(const CString& strPath, CQItem*& pFound, int bRecursive) {

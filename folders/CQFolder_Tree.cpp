@@ -9,6 +9,7 @@
 #include "items/CQGallery.h"
 #include "items/CQItem.h"
 #include "items/Handles.h"
+#include "items/ItemGuid.h"
 
 #include <memory>
 #include <new>
@@ -179,7 +180,7 @@ int CQFolder::CopyItems(CQFolder* pSource, int bKeepGuid) {
         item->TryLoadFilm();
         auto copy = std::make_unique<CQItem>(*item);
         copy->SetDBID(0);
-        if (bKeepGuid != 0) copy->SetUniqueID(item->GetUniqueID());
+        if (bKeepGuid != 0) copy->SetUniqueID(qfc::GuidOfItem(*item));
         const qfc::GlobalProc proc = qfc::CurrentGlobalProc();
         if ((pSource->m_dwTrusty & qfc::kTrustyAnnounceCopies) != 0 && proc != nullptr) {
             proc(qfc::kMessageItemCopied, qfc::ToHandle(this), reinterpret_cast<std::intptr_t>(copy.get()), nullptr);

@@ -64,7 +64,7 @@ void FolderNumbers::NoteItemNumberChanged() { ++g_itemNumberChanges; }
 const NumberRuns& FolderNumbers::StreamNumbersOf(CQFolder& folder, CQFolder::ItemArray& items) {
     FolderNumbers& numbers = Of(folder);
     if (numbers.m_items == &items && numbers.m_itemsModification == items.ModificationCount() &&
-        numbers.m_itemNumberChanges == g_itemNumberChanges) {
+        items.NoticesChanges() && numbers.m_itemNumberChanges == g_itemNumberChanges) {
         return numbers.m_streams;
     }
     numbers.m_itemNumberChanges = g_itemNumberChanges;
@@ -77,15 +77,6 @@ const NumberRuns& FolderNumbers::StreamNumbersOf(CQFolder& folder, CQFolder::Ite
     numbers.m_items = &items;
     numbers.m_itemsModification = items.ModificationCount();
     return numbers.m_streams;
-}
-
-void FolderNumbers::MakeRoom(CQFolder& folder, CQFolder::ItemArray& items) {
-    const FolderNumbers* known = folder.m_pNumbers.get();
-    const bool current =
-        known != nullptr && known->m_items == &items && known->m_itemsModification == items.ModificationCount();
-    items.Add(nullptr);
-    items.RemoveAt(items.GetUpperBound());  // The place stays allocated.
-    if (current) folder.m_pNumbers->m_itemsModification = items.ModificationCount();
 }
 
 void FolderNumbers::NoteAppended(CQFolder& folder, const CQFolder::ItemArray& items, CQItem& item) noexcept {

@@ -27,8 +27,6 @@ private:
 class FolderNumbers {
 public:
     static const NumberRuns& StreamNumbersOf(CQFolder& folder, CQFolder::ItemArray& items);
-    // Called before an item is appended: once it is owned, appending it and noting it cannot run out of memory.
-    static void MakeRoom(CQFolder& folder, CQFolder::ItemArray& items);
     // Called when an item was appended to the array and has its number.
     static void NoteAppended(CQFolder& folder, const CQFolder::ItemArray& items, CQItem& item) noexcept;
     // Called when the number of an item that some folder has counted changes.

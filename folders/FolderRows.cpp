@@ -4,13 +4,12 @@
 #include "db/CppSQLite3.h"
 #include "db/DBTools.h"
 #include "db/TreeRows.h"
+#include "folders/GuidHash.h"
 #include "items/CQItem.h"
 #include "items/ItemRows.h"
 #include "items/RowReader.h"
 
 #include <algorithm>
-#include <functional>
-#include <string_view>
 #include <unordered_map>
 #include <utility>
 
@@ -73,13 +72,6 @@ public:
 
 private:
     DBTools& m_tools;
-};
-
-struct GuidHash {
-    std::size_t operator()(const GUID& guid) const {
-        const auto bytes = GuidBytes(guid);
-        return std::hash<std::string_view>{}({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
-    }
 };
 
 // The rows of a whole tree, joined in memory. A folder without an entry has nothing.

@@ -5,6 +5,7 @@
 #include "items/CQGallery.h"
 #include "items/CQItem.h"
 #include "items/Handles.h"
+#include "items/ItemGuid.h"
 
 #include <algorithm>
 
@@ -61,7 +62,7 @@ void Teardown::NoteGone(const CObject* object) {
 void Teardown::LetGoOnce(CObject* object, CQFolder& folder) {
     if (object == nullptr || IsGone(object)) return;
     auto* item = static_cast<CQItem*>(object);
-    const GUID guid = item->GetUniqueID();  // The item may die in the next call.
+    const GUID guid = GuidOfItem(*item);  // The item may die in the next call.
     CQGallery* gallery = GalleryOf(folder);
     if (!LeaveGallery(gallery, *item, folder)) {
         NoteGone(item);
@@ -84,7 +85,7 @@ CQFolder* Teardown::SurvivorHolding(CQGallery& gallery, const GUID& guid) {
 }
 
 bool LeaveGallery(CQGallery* gallery, CQItem& item, CQFolder& folder) {
-    const GUID guid = item.GetUniqueID();
+    const GUID guid = GuidOfItem(item);
     CQItem* canonical = nullptr;
     if (gallery == nullptr || gallery->IsItemHasParentByGuid(guid, canonical) == 0) return false;
     const bool second = &item != canonical;

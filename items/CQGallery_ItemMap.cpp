@@ -1,10 +1,11 @@
 #include "items/CQGallery.h"
 #include "items/CQItem.h"
+#include "items/ItemGuid.h"
 
 int CQGallery::AddItem2Map(CQItem* pItem, ULONGLONG hParent) {
     if (pItem == nullptr) return 0;
     std::list<ULONGLONG> parent{hParent};  // Made first: once the item is owned, nothing may throw.
-    ItemEntry& entry = m_itemMap[pItem->GetUniqueID()];
+    ItemEntry& entry = m_itemMap[qfc::GuidOfItem(*pItem)];
     if (entry.parents.empty()) entry.pItem.reset(pItem);
     entry.parents.splice(entry.parents.end(), parent);
     // Kept: only neighbours are made one, so a parent that comes back after another one stands twice.
@@ -14,7 +15,7 @@ int CQGallery::AddItem2Map(CQItem* pItem, ULONGLONG hParent) {
 
 int CQGallery::RemoveItemFromMap(CQItem* pItem, ULONGLONG hParent) {
     if (pItem == nullptr) return 0;
-    const auto found = m_itemMap.find(pItem->GetUniqueID());
+    const auto found = m_itemMap.find(qfc::GuidOfItem(*pItem));
     if (found == m_itemMap.end()) return 0;
     ItemEntry& entry = found->second;
     if (entry.pItem == nullptr) return 1;

@@ -1,5 +1,6 @@
 #include "items/CQItem.h"
 
+#include "folders/HeldGuids.h"
 #include "platform/os/GuidSource.h"
 
 #include <algorithm>
@@ -41,6 +42,25 @@ int CQItem::fnSetDbTools(DBTools* pTools) {
 int CQItem::SetItemName(const CString& strName) { return AssignUnlessEmpty(m_strItemName, strName); }
 
 int CQItem::SetFileName(const CString& strPath) { return AssignUnlessEmpty(m_strFileName, strPath); }
+
+GUID& CQItem::GetUniqueID() {
+    if (m_guidPlace.load() != GuidPlace::kHandedOut &&
+        m_guidPlace.exchange(GuidPlace::kHandedOut) == GuidPlace::kWatched) {
+        qfc::HeldGuids::NoteGuidChanged();
+    }
+    return m_guid;
+}
+
+void CQItem::SetUniqueID(const GUID& guid) {
+    m_guid = guid;
+    if (m_guidPlace.load() == GuidPlace::kWatched) qfc::HeldGuids::NoteGuidChanged();
+}
+
+bool CQItem::WatchGuid() {
+    GuidPlace place = GuidPlace::kOwn;
+    m_guidPlace.compare_exchange_strong(place, GuidPlace::kWatched);
+    return place != GuidPlace::kHandedOut;
+}
 
 int CQItem::FindSomeThing(const CString& strText, int bInDescription, int bInAnnotation, int /*nUnused1*/,
                           int /*nUnused2*/) const {

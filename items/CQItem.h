@@ -7,6 +7,7 @@
 #include "platform/framework/Types.h"
 #include "platform/os/Memory.h"
 
+#include <atomic>
 #include <cstddef>
 #include <list>
 #include <span>
@@ -17,8 +18,9 @@ class CQItem;
 class DBTools;
 
 namespace qfc {
+class HeldGuids;
 struct ItemRow;
-void FillFromRow(CQItem& item, const ItemRow& row);
+void FillFromRow(CQItem& item, ItemRow row);
 }  // namespace qfc
 
 // One entry of the library: identity, names, type bits, three payloads (black box, bitmap cache, film) and tags.
@@ -66,6 +68,10 @@ public:
     int SetItemName(const CString& strName);
     const CString& GetFileName() const { return m_strFileName; }
     int SetFileName(const CString& strPath);
+    // While translation is on and the type is a translated one: looks the name up and, when it is found, makes the
+    // translation the item's name and answers 1. Where names are collected instead, writes the name down.
+    int fnTranslateItemName();
+    const CString& GetTranslateItemName() const { return m_strTranslateName; }  // What the last look-up found.
 
     CString& GetDescription() { return m_strDescription; }
     const CString& GetDescription() const { return m_strDescription; }
@@ -77,9 +83,11 @@ public:
     DWORD GetNumber() const { return m_dwNumber; }  // Of its streams in a gallery file; given by the folder.
     int IsModified() const { return m_bModified; }
     void SetModified(int bModified) { m_bModified = bModified; }
-    GUID& GetUniqueID() { return m_guid; }
+    // The writable reference may be kept and written at any time, so folders look at such an item whenever they look
+    // for a GUID. Ask a const item to read, and set with SetUniqueID: then they need not.
+    GUID& GetUniqueID();
     const GUID& GetUniqueID() const { return m_guid; }
-    void SetUniqueID(const GUID& guid) { m_guid = guid; }
+    void SetUniqueID(const GUID& guid);
     int GetIsDeletable() const { return m_bDeletable; }
     void fnSetDeletable(int bDeletable) { m_bDeletable = bDeletable; }
     DWORD& GetCurThumbFrameNum() { return m_dwCurThumbFrameNum; }
@@ -166,8 +174,17 @@ protected:
     std::span<const std::byte> GetDataBlock() const { return m_dataBlock.bytes(); }
 
 private:
-    friend void qfc::FillFromRow(CQItem& item, const qfc::ItemRow& row);
+    friend void qfc::FillFromRow(CQItem& item, qfc::ItemRow row);
     friend class CQFolder;  // Attaches items: the attached flag and the number.
+    friend class qfc::HeldGuids;
+
+    enum class GuidPlace : unsigned char {
+        kOwn,        // Changed by SetUniqueID alone.
+        kWatched,    // The same, and a folder relies on being told.
+        kHandedOut,  // Somebody may hold a reference.
+    };
+    // False when the GUID may change unnoticed.
+    bool WatchGuid();
 
     void CopyGroups(const CQItem& source, DWORD dwMask);
     int ReloadBlackBox();
@@ -200,6 +217,7 @@ private:
     DWORD m_dwNumber = 0;
     int m_bModified = 0;
     GUID m_guid;
+    std::atomic<GuidPlace> m_guidPlace = GuidPlace::kOwn;  // A host may read the GUID while the worker adds the item.
     int m_bDeletable = 0;
     DWORD m_dwCurThumbFrameNum = 0;
     DWORD m_dwOrgThumbFrameNum = 0;

@@ -4,6 +4,7 @@
 #include "items/CQItem.h"
 #include "items/ItemRows.h"
 #include "items/ItemTypes.h"
+#include "items/LackOfMemory.h"
 #include "items/RowReader.h"
 
 namespace column = qfc::column;
@@ -101,16 +102,9 @@ int LoadIntoMember(DBTools& tools, const GUID& item, int nKind, int nDefaultSize
     return TakeIntoMember(found, block, dwSize);
 }
 
-}  // namespace
-
-int CQItem::fnLoadItemFromDb() {
-    CppSQLite3Query query;
-    if (m_pDBTools == nullptr || !m_pDBTools->QueryItem(m_guid, query)) return 0;
-    const qfc::RowReader row(query);
-    if (row.AtEnd()) return 0;
-
-    // What a column does not say stays as it is, but for the timestamp.
-    qfc::ItemRow fields = qfc::RowOf(*this);
+// What a column does not say stays as it is in the item, but for the timestamp.
+qfc::ItemRow FieldsOf(const qfc::RowReader& row, const CQItem& item) {
+    qfc::ItemRow fields = qfc::RowOf(item);
     const auto number = [&](const char* pszColumn, int& nField) { nField = row.Int(pszColumn, nField); };
     number(column::kCurThumbFrameNum, fields.currentThumbFrame);
     number(column::kOrgThumbFrameNum, fields.originalThumbFrame);
@@ -126,8 +120,20 @@ int CQItem::fnLoadItemFromDb() {
     number(column::kFilmSize, fields.filmSize);
     number(column::kFrameSize, fields.frameSize);
     number(column::kDeletable, fields.deletable);
-    qfc::FillFromRow(*this, fields);
-    return 1;
+    return fields;
+}
+
+}  // namespace
+
+int CQItem::fnLoadItemFromDb() {
+    CppSQLite3Query query;
+    if (m_pDBTools == nullptr || !m_pDBTools->QueryItem(m_guid, query)) return 0;
+    const qfc::RowReader row(query);
+    if (row.AtEnd()) return 0;
+    return qfc::UnlessMemoryEnds([&] {
+        qfc::FillFromRow(*this, FieldsOf(row, *this));
+        return 1;
+    });
 }
 
 int CQItem::UpdateItemDB() { return m_pDBTools != nullptr && m_pDBTools->UpdateItemDB(this) ? 1 : 0; }
@@ -201,8 +207,13 @@ int CQItem::LoadFilmFromDb(int nDefaultSize) {
 int CQItem::LoadLibTagFromDB() {
     CppSQLite3Query query;
     if (m_pDBTools == nullptr || !m_pDBTools->QueryItemTags(m_guid, query)) return 0;
-    for (qfc::RowReader row(query); !row.AtEnd(); row.Next()) {
-        if (const auto tag = row.Guid(column::kTagsGuid)) AddLibTag(*tag);
-    }
-    return 1;
+    return qfc::UnlessMemoryEnds([&] {
+        std::vector<GUID> tags;
+        for (qfc::RowReader row(query); !row.AtEnd(); row.Next()) {
+            if (const auto tag = row.Guid(column::kTagsGuid)) tags.push_back(*tag);
+        }
+        m_tags.reserve(m_tags.size() + tags.size());  // All of them or none.
+        for (const GUID& tag : tags) AddLibTag(tag);
+        return 1;
+    });
 }

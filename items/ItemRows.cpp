@@ -6,6 +6,7 @@
 #include "items/ItemTypes.h"
 
 #include <cstdint>
+#include <utility>
 
 namespace qfc {
 
@@ -52,15 +53,15 @@ ItemRow RowOf(const CQItem& item) {
     return row;
 }
 
-void FillFromRow(CQItem& item, const ItemRow& row) {
+void FillFromRow(CQItem& item, ItemRow row) {
     item.m_dwCurThumbFrameNum = static_cast<DWORD>(row.currentThumbFrame);
     item.m_dwOrgThumbFrameNum = static_cast<DWORD>(row.originalThumbFrame);
     item.m_nDBId = row.bbid;
     item.m_dwItemType = static_cast<DWORD>(row.itemType);
-    item.m_strItemName = row.name;
-    item.m_strDescription = row.description;
-    item.m_strAnnotation = row.annotation;
-    item.m_strFileName = row.fileName;
+    item.m_strItemName = std::move(row.name);
+    item.m_strDescription = std::move(row.description);
+    item.m_strAnnotation = std::move(row.annotation);
+    item.m_strFileName = std::move(row.fileName);
     // Kept: the template path is written with the row, but never read back.
     item.m_dwAttrib = static_cast<DWORD>(row.attributes);
     // Kept: the timestamp passes through 32 signed bits.

@@ -14,8 +14,8 @@ namespace qfc {
 // The item's row as its fields stand now.
 ItemRow RowOf(const CQItem& item);
 
-// Takes the fields of a row into an item, but its GUID and the template path.
-void FillFromRow(CQItem& item, const ItemRow& row);
+// Takes the fields of a row into an item, but its GUID and the template path: all of them, it cannot fail on the way.
+void FillFromRow(CQItem& item, ItemRow row);
 
 // The payload of one kind as it is to be written to `target`. Without bytes in memory an item of that same database
 // writes nothing, since what a load would bring is the very row that stays; an item from elsewhere is loaded first,

@@ -1,8 +1,23 @@
 #include "platform/framework/Collections.h"
 
+#include <algorithm>
+#include <atomic>
+
+namespace {
+
+// Far enough apart that no array's count reaches the next one's.
+unsigned long long FirstModificationCount() {
+    static std::atomic<unsigned long long> arrays = 0;
+    return ++arrays << 32;
+}
+
+}  // namespace
+
 IMPLEMENT_SERIAL(CObList, CObject, 0)
 IMPLEMENT_SERIAL(CStringList, CObject, 0)
 IMPLEMENT_SERIAL(CObArray, CObject, 0)
+
+CObArray::CObArray() : m_modifications(FirstModificationCount()) {}
 
 void CObArray::SetSize(int size, int /*growBy*/) {
     if (size < 0) AfxThrowInvalidArgException();
@@ -18,10 +33,20 @@ CObject* CObArray::GetAt(int index) const {
 CObject*& CObArray::ElementAt(int index) {
     if (index < 0 || index >= GetSize()) AfxThrowInvalidArgException();
     ++m_modifications;  // the caller may write through the reference
+    m_noticesChanges = false;
     return m_elements[static_cast<std::size_t>(index)];
 }
 
-void CObArray::SetAt(int index, CObject* element) { ElementAt(index) = element; }
+void CObArray::SetAt(int index, CObject* element) {
+    if (index < 0 || index >= GetSize()) AfxThrowInvalidArgException();
+    ++m_modifications;
+    m_elements[static_cast<std::size_t>(index)] = element;
+}
+
+void CObArray::MakeRoomForOne() {
+    constexpr std::size_t kFirstRoom = 16;
+    if (m_elements.size() == m_elements.capacity()) m_elements.reserve(std::max(kFirstRoom, 2 * m_elements.size()));
+}
 
 int CObArray::Add(CObject* element) {
     m_elements.push_back(element);

@@ -30,7 +30,7 @@ class QFCLIB_API CObArray : public CObject {
     DECLARE_SERIAL(CObArray)
 
 public:
-    CObArray() = default;
+    CObArray();
 
     int GetSize() const { return static_cast<int>(m_elements.size()); }
     int GetCount() const { return GetSize(); }
@@ -47,6 +47,7 @@ public:
     CObject* GetAt(int index) const;
     CObject* operator[](int index) const { return GetAt(index); }
     CObject*& operator[](int index) { return ElementAt(index); }
+    // The place itself: what is written there later, this array does not notice (NoticesChanges).
     CObject*& ElementAt(int index);
     void SetAt(int index, CObject* element);
 
@@ -59,12 +60,19 @@ public:
     std::vector<CObject*>::const_iterator begin() const { return m_elements.begin(); }
     std::vector<CObject*>::const_iterator end() const { return m_elements.end(); }
 
+    // Once it has returned, the next Add cannot run out of memory. No modification.
+    void MakeRoomForOne();
+
     // Grows with every call that changes the array or could: what was derived from it is good while this stands still.
+    // No two arrays of a process ever have the same count, not even one after the other at the same address.
     unsigned long long ModificationCount() const { return m_modifications; }
+    // False for good once a place was handed out.
+    bool NoticesChanges() const { return m_noticesChanges; }
 
 private:
     std::vector<CObject*> m_elements;
-    unsigned long long m_modifications = 0;
+    unsigned long long m_modifications;
+    bool m_noticesChanges = true;
 };
 
 // A list class of object pointers that speaks only of TYPE, itself a pointer type. TYPE must be complete where members

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -264,6 +266,37 @@ TEST_F(Arrays, EveryChangeIsCounted) {
     EXPECT_TRUE(counted());
     EXPECT_TRUE(Numbers(array).empty());
     EXPECT_FALSE(counted());
+}
+
+TEST(CObArray, ModificationCounts_AreNeverTheSameForTwoArrays) {
+    std::optional<CObArray> array(std::in_place);
+    const auto first = array->ModificationCount();
+    array.emplace();  // At the same address.
+    EXPECT_NE(array->ModificationCount(), first);
+    EXPECT_NE(CObArray().ModificationCount(), array->ModificationCount());
+}
+
+TEST(CObArray, APlaceHandedOut_MayChangeUnnoticedForGood) {
+    Thing one(1);
+    CObArray array;
+    array.Add(nullptr);
+    array.SetAt(0, &one);
+    EXPECT_EQ(std::as_const(array)[0], &one);
+    EXPECT_TRUE(array.NoticesChanges());
+    array.ElementAt(0);
+    EXPECT_FALSE(array.NoticesChanges());
+    array.RemoveAll();
+    EXPECT_FALSE(array.NoticesChanges());
+}
+
+TEST(CObArray, MakingRoom_IsNoModification) {
+    CObArray array;
+    for (int size = 0; size < 100; ++size) {
+        const auto before = array.ModificationCount();
+        array.MakeRoomForOne();
+        EXPECT_EQ(array.ModificationCount(), before);
+        EXPECT_EQ(array.Add(nullptr), size);
+    }
 }
 
 TEST(CollectionClasses, AreKnownByName) {

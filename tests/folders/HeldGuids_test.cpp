@@ -1,0 +1,246 @@
+#include "folders/HeldGuids.h"
+
+#include "tests/folders/FolderBuilders.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <memory>
+#include <optional>
+#include <random>
+#include <utility>
+#include <vector>
+
+namespace qfc::test {
+namespace {
+
+// Enough for a set to pay at once, when it is asked often enough.
+constexpr unsigned kManyItems = 200;
+constexpr int kOftenEnough = 100;
+
+bool PlainScan(CQFolder& folder, const GUID& guid) {
+    const CQFolder::ItemArray* items = folder.GetItemArray();
+    return items != nullptr && std::any_of(items->begin(), items->end(), [&](const CQItem* item) {
+               return item != nullptr && item->GetUniqueID() == guid;
+           });
+}
+
+class FullFolder : public testing::Test {
+protected:
+    FullFolder() {
+        for (unsigned i = 0; i < kManyItems; ++i) AddNew(m_folder, i);
+        for (int i = 0; i < kOftenEnough; ++i) EXPECT_FALSE(m_folder.HasItem(GuidOf(kManyItems), 0));
+    }
+    // Items that one question looks at.
+    std::uint64_t VisitsOf(const GUID& guid) {
+        const std::uint64_t before = HeldGuids::VisitsSoFar();
+        m_folder.HasItem(guid, 0);
+        return HeldGuids::VisitsSoFar() - before;
+    }
+    CQItem* Item(int position) { return m_folder.GetItemArray()->GetAt(position); }
+
+    CQFolder m_folder;
+};
+
+TEST_F(FullFolder, AskedOften_IsNoLongerComparedItemByItem) {
+    EXPECT_EQ(VisitsOf(GuidOf(kManyItems)), 0u);
+    EXPECT_EQ(VisitsOf(GuidOf(7)), 0u);
+    EXPECT_TRUE(m_folder.HasItem(GuidOf(7), 0));
+    EXPECT_FALSE(m_folder.HasItem(GuidOf(kManyItems), 0));
+}
+
+TEST_F(FullFolder, ItemsAddedAfterwardsAreKnownAtOnce) {
+    AddNew(m_folder, kManyItems);
+    EXPECT_EQ(VisitsOf(GuidOf(kManyItems)), 0u);
+    EXPECT_TRUE(m_folder.HasItem(GuidOf(kManyItems), 0));
+}
+
+TEST_F(FullFolder, AnItemThatGetsAnotherGuid_IsKnownByThatAlone) {
+    Item(5)->SetUniqueID(GuidOf(1000));
+    EXPECT_TRUE(m_folder.HasItem(GuidOf(1000), 0));
+    EXPECT_FALSE(m_folder.HasItem(GuidOf(5), 0));
+}
+
+TEST_F(FullFolder, AGuidWrittenLaterThroughAReferenceThatWasKept_IsSeen) {
+    GUID& kept = Item(5)->GetUniqueID();
+    for (int i = 0; i < kOftenEnough; ++i) EXPECT_FALSE(m_folder.HasItem(GuidOf(1000), 0));
+    EXPECT_EQ(VisitsOf(GuidOf(1000)), 1u) << "only the item whose GUID was handed out is looked at";
+    kept = GuidOf(1000);
+    EXPECT_TRUE(m_folder.HasItem(GuidOf(1000), 0));
+    EXPECT_FALSE(m_folder.HasItem(GuidOf(5), 0));
+}
+
+TEST_F(FullFolder, AReferenceFromBeforeTheItemWasAdded_IsSeenAsWell) {
+    CQItem* item = NewItem(kManyItems);
+    GUID& kept = item->GetUniqueID();
+    m_folder.AddItem(item, 1);
+    kept = GuidOf(1000);
+    EXPECT_TRUE(m_folder.HasItem(GuidOf(1000), 0));
+    EXPECT_FALSE(m_folder.HasItem(GuidOf(kManyItems), 0));
+}
+
+TEST_F(FullFolder, ChangesOfTheExposedArrayAreSeen) {
+    CQFolder::ItemArray& items = *m_folder.GetItemArray();
+    const std::unique_ptr<CQItem> removed(Item(5));
+    items.RemoveAt(5);
+    EXPECT_FALSE(m_folder.HasItem(GuidOf(5), 0));
+    const std::unique_ptr<CQItem> replaced(Item(6));
+    items.SetAt(6, NewItem(1000));
+    EXPECT_TRUE(m_folder.HasItem(GuidOf(1000), 0));
+    EXPECT_FALSE(m_folder.HasItem(replaced->GetUniqueID(), 0));
+    items.InsertAt(0, NewItem(1001));
+    EXPECT_TRUE(m_folder.HasItem(GuidOf(1001), 0));
+}
+
+TEST_F(FullFolder, AWrittenPlaceOfTheArrayThatWasKept_IsSeen) {
+    CObject*& kept = m_folder.GetItemArray()->CObArray::ElementAt(5);
+    for (int i = 0; i < kOftenEnough; ++i) EXPECT_FALSE(m_folder.HasItem(GuidOf(1000), 0));
+    const std::unique_ptr<CQItem> replaced(Item(5));
+    kept = NewItem(1000);
+    EXPECT_TRUE(m_folder.HasItem(GuidOf(1000), 0));
+    EXPECT_FALSE(m_folder.HasItem(GuidOf(5), 0));
+}
+
+TEST_F(FullFolder, AnotherArrayIsLookedAtAnew) {
+    const std::unique_ptr<CQFolder::ItemArray> former(m_folder.GetItemArray());
+    auto* array = new CQFolder::ItemArray;
+    for (unsigned i = 0; i < kManyItems; ++i) array->Add(NewItem(1000 + i));
+    m_folder.SetItemArray(array);
+    EXPECT_TRUE(m_folder.HasItem(GuidOf(1000), 0));
+    EXPECT_FALSE(m_folder.HasItem(GuidOf(5), 0));
+    for (CQItem* item : *former) delete item;
+}
+
+// A folder with containers of its own, which it may replace at any time.
+class FolderOfOwnArray : public CQFolder {
+public:
+    ItemArray* GetItemArray() override { return &*m_items; }
+    void Replace(unsigned first) {
+        if (m_items) {
+            for (CQItem* item : *m_items) delete item;
+        }
+        m_items.emplace();  // At the same address, with the same number of changes.
+        for (unsigned i = 0; i < kManyItems; ++i) m_items->Add(NewItem(first + i));
+    }
+    ~FolderOfOwnArray() override {
+        for (CQItem* item : *m_items) delete item;
+        m_items->RemoveAll();
+    }
+
+private:
+    std::optional<ItemArray> m_items;
+};
+
+TEST(HeldGuidsOfADerivedFolder, AnArrayReplacedAtTheSameAddress_IsLookedAtAnew) {
+    FolderOfOwnArray folder;
+    folder.Replace(0);
+    for (int i = 0; i < kOftenEnough; ++i) EXPECT_TRUE(folder.HasItem(GuidOf(5), 0));
+    folder.Replace(1000);
+    EXPECT_FALSE(folder.HasItem(GuidOf(5), 0));
+    EXPECT_TRUE(folder.HasItem(GuidOf(1005), 0));
+}
+
+TEST(HeldGuids, AnItemInTwoFolders_IsFollowedByBoth) {
+    CQFolder first;
+    CQFolder second;
+    for (unsigned i = 0; i < kManyItems; ++i) {
+        CQItem* item = AddNew(first, i);
+        second.AddItem(item, 0);
+    }
+    for (int i = 0; i < kOftenEnough; ++i) {
+        EXPECT_TRUE(first.HasItem(GuidOf(5), 0));
+        EXPECT_TRUE(second.HasItem(GuidOf(5), 0));
+    }
+    first.GetItemArray()->GetAt(5)->SetUniqueID(GuidOf(1000));
+    for (CQFolder* folder : {&first, &second}) {
+        EXPECT_FALSE(folder->HasItem(GuidOf(5), 0));
+        EXPECT_TRUE(folder->HasItem(GuidOf(1000), 0));
+    }
+    second.GetItemArray()->RemoveAll();
+}
+
+// Long enough for sets to be made, given up and made again; small numbers, so that GUIDs come twice.
+TEST(HeldGuids, OnRandomHistories_AnswerLikeThePlainScan) {
+    std::mt19937 random(31);
+    for (int round = 0; round < 30; ++round) {
+        CQFolder folder;
+        std::vector<std::unique_ptr<CQItem>> takenOut;
+        std::vector<GUID*> kept;
+        const auto any = [&] { return GuidOf(static_cast<unsigned>(random() % 300)); };
+        for (int i = 0; i < 60; ++i) folder.AddItem(NewItem(static_cast<unsigned>(random() % 300)), 1);
+        const bool handsOutPlaces = round % 5 == 4;
+        for (int step = 0; step < 3000; ++step) {
+            CQFolder::ItemArray& items = *folder.GetItemArray();
+            const int position = items.IsEmpty() ? 0 : static_cast<int>(random() % 1000) % items.GetSize();
+            switch (items.IsEmpty() ? 0 : random() % 200) {
+                case 0:
+                case 1:
+                case 2:
+                    folder.AddItem(NewItem(static_cast<unsigned>(random() % 300)), static_cast<int>(random() % 2));
+                    break;
+                case 3:
+                    items.GetAt(position)->SetUniqueID(any());
+                    break;
+                case 4:
+                    kept.push_back(&items.GetAt(position)->GetUniqueID());
+                    break;
+                case 5:
+                case 6:
+                    if (!kept.empty()) *kept[random() % kept.size()] = any();
+                    break;
+                case 7:
+                    takenOut.emplace_back(items.GetAt(position));
+                    items.RemoveAt(position);
+                    break;
+                case 8:
+                    takenOut.emplace_back(items.GetAt(position));
+                    items.SetAt(position, NewItem(static_cast<unsigned>(random() % 300)));
+                    break;
+                case 9:
+                    items.InsertAt(position, NewItem(static_cast<unsigned>(random() % 300)));
+                    break;
+                case 10:
+                    folder.SortingAllItem(0, 1);
+                    break;
+                case 11:
+                    if (handsOutPlaces) std::swap(items.CObArray::ElementAt(0), items.CObArray::ElementAt(position));
+                    break;
+                default:
+                    break;
+            }
+            const GUID asked = any();
+            ASSERT_EQ(folder.HasItem(asked, 0) != 0, PlainScan(folder, asked)) << "round " << round << " step " << step;
+        }
+    }
+}
+
+TEST(HeldGuids, FiftyThousandItemsAddedToOneFolder_AreNotComparedWithAllBefore) {
+    constexpr unsigned kItems = 50000;
+    const std::uint64_t before = HeldGuids::VisitsSoFar();
+    CQGallery gallery;
+    CQFolder* folder = AddSub(gallery, "A");
+    for (unsigned i = 0; i < kItems; ++i) {
+        auto item = std::unique_ptr<CQItem>(NewItem(i));
+        ASSERT_EQ(folder->AddItemDb(item.get(), 0), 1);
+        static_cast<void>(item.release());
+    }
+    EXPECT_LE(HeldGuids::VisitsSoFar() - before, 2 * kItems);
+    const std::unique_ptr<CQItem> again(NewItem(kItems / 2));
+    EXPECT_EQ(folder->AddItemDb(again.get(), 0), 0);
+}
+
+TEST(HeldGuids, RemovingAndAddingInTurn_MakesNoSetEachTime) {
+    CQFolder folder;
+    for (unsigned i = 0; i < kManyItems; ++i) AddNew(folder, i);
+    constexpr unsigned kTurns = 640;
+    const std::uint64_t before = HeldGuids::VisitsSoFar();
+    for (unsigned turn = 0; turn < kTurns; ++turn) {
+        const std::unique_ptr<CQItem> gone(folder.GetItemArray()->GetAt(0));
+        folder.GetItemArray()->RemoveAt(0);
+        EXPECT_FALSE(folder.HasItem(GuidOf(kManyItems + turn), 0));
+        AddNew(folder, kManyItems + turn);
+    }
+    EXPECT_LE(HeldGuids::VisitsSoFar() - before, std::uint64_t{kTurns} * kManyItems * 11 / 10);
+}
+
+}  // namespace
+}  // namespace qfc::test

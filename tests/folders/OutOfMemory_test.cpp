@@ -1,0 +1,86 @@
+#include "tests/folders/FolderBuilders.h"
+#include "tests/support/MemoryFaults.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+
+// Trees while memory runs out: what could not be done leaves everything as it was.
+namespace qfc::test {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+class TreeWithoutMemory : public testing::Test {
+protected:
+    // Lets the n-th allocation of the call fail, for every n until none fails any more. Returns how many failed.
+    template <class Call, class Check>
+    static int FailEach(Call&& call, Check&& checkFailed) {
+        for (int n = 1;; ++n) {
+            int result = -1;
+            bool failed = false;
+            {
+                const MemoryFaults faults(n);
+                result = call();
+                failed = faults.HasFailed();
+            }
+            if (!failed) {
+                EXPECT_EQ(result, 1);
+                return n - 1;
+            }
+            EXPECT_EQ(result, 0) << "allocation " << n;
+            checkFailed();
+        }
+    }
+};
+
+TEST_F(TreeWithoutMemory, Insert_Gives0AndChangesNothing) {
+    for (const int after : {0, 1}) {
+        CQFolder root;
+        CQFolder* reference = AddSub(root, "A");
+        AddSub(root, "B");
+        auto child = std::make_unique<CQFolder>("child", 0, 0, 0);
+        const Texts before = Names(root.GetFolderList());
+        const int failed = FailEach([&] { return root.Insert(reference, child.get(), after); },
+                                    [&] {
+                                        EXPECT_EQ(Names(root.GetFolderList()), before);
+                                        EXPECT_EQ(child->GetParent(), nullptr);
+                                    });
+        EXPECT_GE(failed, 1);
+        EXPECT_EQ(child.release()->GetParent(), &root);
+        EXPECT_EQ(root.GetFolderList()->GetCount(), 3);
+    }
+}
+
+TEST_F(TreeWithoutMemory, AddFolder_Gives0AndLeavesTheChildAsItWas) {
+    CQFolder former;
+    CQFolder root;
+    root.SetDBTools(reinterpret_cast<DBTools*>(std::uintptr_t{64}));
+    auto child = std::make_unique<CQFolder>("child", 0, 0, 0);
+    child->SetStorageNumber(77);
+    const int failed = FailEach([&] { return root.AddFolder(child.get(), 1, 1); },
+                                [&] {
+                                    EXPECT_EQ(root.GetFirstSubFolder(), nullptr);
+                                    EXPECT_EQ(child->GetParent(), nullptr);
+                                    EXPECT_EQ(child->GetDBTools(), nullptr);
+                                    EXPECT_EQ(FolderInside::StorageNumber(*child), 77u);
+                                });
+    EXPECT_GE(failed, 2);
+    EXPECT_EQ(child.release()->GetParent(), &root);
+}
+
+// The set of GUIDs is a help: without memory for it the items are compared.
+TEST_F(TreeWithoutMemory, LookingForAGuid_AnswersAllTheSame) {
+    CQFolder folder;
+    for (unsigned i = 0; i < 100; ++i) AddNew(folder, i);
+    int failures = 0;
+    for (int n = 0; n < 200; ++n) {
+        const MemoryFaults faults(1 + n % 7, n % 2 == 0);
+        EXPECT_TRUE(folder.HasItem(GuidOf(7), 0));
+        EXPECT_FALSE(folder.HasItem(GuidOf(100), 0));
+        failures += faults.HasFailed() ? 1 : 0;
+    }
+    EXPECT_GE(failures, 1);
+}
+
+}  // namespace
+}  // namespace qfc::test
