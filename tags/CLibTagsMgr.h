@@ -95,6 +95,7 @@ private:
     CategoryTemplate m_categoryTemplate;
 };
 
-// The text that is shown for a default tag or category: what the translation data say, else the name itself. Used by
-// one thread at a time, as names are.
+// The text that is shown for a default tag or category: what the translation data say, else the name itself. Any
+// thread.
+// Kept: without translation data the text of the look-up before may come back.
 QFCLIB_API CString g_GetTagTranslateName(const CString& strName);
