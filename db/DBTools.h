@@ -17,8 +17,8 @@ struct CTagCategory;
 
 // The only path to the library database. Every operation takes the object's mutex, without time limit, and is one
 // transaction: true means that its changes are on disk, false that nothing changed (docs/reliability.md names the one
-// failure of a disk that hides a change behind a false). An operation whose BEGIN or END did
-// not take, or whose transaction SQLite rolled back on the way, reports false whatever its statements said.
+// failure of a disk that hides a change behind a false). An operation whose BEGIN or END did not take, or whose
+// transaction SQLite rolled back on the way, reports false whatever its statements said.
 // Queries come back detached, standing on their first row: they hold neither the file nor the mutex.
 // Any thread may call any operation; never from inside another one (asserted in debug builds, refused otherwise).
 class QFCLIB_API DBTools : public DBToolsInternal {
@@ -76,7 +76,8 @@ public:
     bool DeleteFolderTrees(std::span<const int> galleryIds);
     // Gives the folder table of an old file its order column; 1 also when it has it already, 0 on failure.
     int AddFolderOrderIndexColumn();
-    // Lists the stored galleries by gallery id. On false the list is as it was.
+    // Lists the stored galleries by gallery id, those of one id in the order of their rows: the first is the one that
+    // is loaded. Rows whose id is none are left out. On false the list is as it was.
     bool QueryGalleries(std::vector<qfc::StoredGallery>& galleries);
     // A shortcut: reads at once what loading the tree below the folder would ask for row by row. False when shortcuts
     // are off, and when the rows are too odd for it: ask for them one by one then.

@@ -14,6 +14,14 @@
 namespace sql = qfc::sql;
 namespace column = qfc::column;
 
+namespace {
+
+bool IsNull(const CppSQLite3Query& query, const char* name) {
+    return query.fieldType(query.fieldIndex(name)) == qfc::sqlite::kTypeNull;
+}
+
+}  // namespace
+
 bool DBToolsInternal::InsertGallery(int nGalleryId, int nRootFolder) {
     return Run(sql::kInsertGallery, nGalleryId, nRootFolder);
 }
@@ -32,8 +40,10 @@ bool DBToolsInternal::QueryGalleries(std::vector<qfc::StoredGallery>& galleries)
     return Attempt([&] {
         std::vector<qfc::StoredGallery> found;
         for (CppSQLite3Query query = Connection().execQuery(sql::kListGalleries); !query.eof(); query.nextRow()) {
-            found.push_back({query.getIntField(column::kGalleryFolderId),
-                             qfc::RowNumber(query, column::kGalleryId).value_or(qfc::kNoFolder),
+            const auto galleryId = qfc::RowNumber(query, column::kGalleryFolderId);
+            // No gallery can be loaded under what is no number.
+            if (!galleryId || IsNull(query, column::kGalleryFolderId)) continue;
+            found.push_back({*galleryId, qfc::RowNumber(query, column::kGalleryId).value_or(qfc::kNoFolder),
                              CDBStringHelper::UTF_82ASCII(query.getStringField(column::kFolderName))});
         }
         galleries = std::move(found);

@@ -16,6 +16,7 @@
 #include <map>
 #include <new>
 #include <set>
+#include <span>
 #include <string_view>
 
 namespace qfc {
@@ -138,26 +139,48 @@ private:
     // Inside a handler. Only what lies in the file itself is damage; anything else ends the examination.
     void AddDamage(const char* table, const char* what, const CppSQLite3Exception& error) {
         if (!IsDamage(error.errorCode())) throw;
+        // A table that fails one rule fails others.
+        if (!m_damaged.insert(table).second) return;
         Add(LibraryFindingKind::kDamagedFile, table,
             fmt::format("{} cannot be read to its end: {}.", what, error.errorMessage()));
     }
 
     // Rows up to the first error; where that one is damage, it is a finding, and the examination goes on.
     template <typename Look>
-    void ForEachRow(const char* table, const char* sql, Look&& look) {
+    void ForEachRow(std::span<const char* const> tables, const char* sql, Look&& look) {
         try {
             for (CppSQLite3Query query = m_db.execQuery(sql); !query.eof(); query.nextRow()) look(query);
         } catch (const CppSQLite3Exception& error) {
-            AddDamage(table, table, error);
+            if (!IsDamage(error.errorCode())) throw;
+            if (!Blame(tables)) AddDamage(tables.front(), tables.front(), error);
         }
     }
 
+    // Reads each table for itself, to find out which one the error of a text about several lies in.
+    bool Blame(std::span<const char* const> tables) {
+        bool found = false;
+        for (const check::TableScan& scan : check::kTableScans) {
+            if (std::find(tables.begin(), tables.end(), std::string_view(scan.table)) == tables.end()) continue;
+            try {
+                for (CppSQLite3Query query = m_db.execQuery(scan.sql); !query.eof(); query.nextRow()) continue;
+            } catch (const CppSQLite3Exception& error) {
+                AddDamage(scan.table, scan.table, error);
+                found = true;
+            }
+        }
+        return found;
+    }
+
     void CheckFile() {
-        ForEachRow("The file", check::kIntegrity, [&](const CppSQLite3Query& query) {
-            const std::string_view answer = query.getStringField(0);
-            ThrowIfUnread(answer);
-            if (answer != "ok") Add(LibraryFindingKind::kDamagedFile, "", std::string(answer));
-        });
+        try {
+            for (CppSQLite3Query query = m_db.execQuery(check::kIntegrity); !query.eof(); query.nextRow()) {
+                const std::string_view answer = query.getStringField(0);
+                ThrowIfUnread(answer);
+                if (answer != "ok") Add(LibraryFindingKind::kDamagedFile, "", std::string(answer));
+            }
+        } catch (const CppSQLite3Exception& error) {
+            AddDamage("", "The file", error);
+        }
     }
 
     void CheckLibrary() {
@@ -168,15 +191,16 @@ private:
 
     void Apply(const check::Rule& rule) {
         if (!Has(rule.tables[0]) || !Has(rule.tables[1])) return;
-        ForEachRow(rule.tables[0], rule.sql, [&](const CppSQLite3Query& query) {
+        ForEachRow(rule.tables, rule.sql, [&](const CppSQLite3Query& query) {
             const std::string row = Describe(query, 0);
             Add(rule.kind, row, fmt::format(fmt::runtime(rule.sentence), row, Describe(query, 1)));
         });
     }
 
     void CheckPayloads() {
-        if (!Has("CACHE_DATA_TABLE")) return;
-        ForEachRow("CACHE_DATA_TABLE", check::kPayloads, [&](const CppSQLite3Query& query) {
+        constexpr std::array kTable{"CACHE_DATA_TABLE"};
+        if (!Has(kTable[0])) return;
+        ForEachRow(kTable, check::kPayloads, [&](const CppSQLite3Query& query) {
             StoredPayload payload{query.getIntField(2), query.getIntField(3), {}};
             int length = 0;
             const auto* bytes = reinterpret_cast<const std::byte*>(query.getBlobField(4, length));
@@ -192,9 +216,10 @@ private:
     // Follows each folder's parents until they end, or meet a folder that was walked before; meeting one of the same
     // walk closes a cycle, which is so reported once.
     void CheckFolderCycles() {
-        if (!Has("FOLDER_TABLE")) return;
+        constexpr std::array kTable{"FOLDER_TABLE"};
+        if (!Has(kTable[0])) return;
         Parents parents;
-        ForEachRow("FOLDER_TABLE", check::kParents, [&](const CppSQLite3Query& query) {
+        ForEachRow(kTable, check::kParents, [&](const CppSQLite3Query& query) {
             parents[query.getInt64Field(0)] = query.getInt64Field(1, kNoFolder);
         });
         std::map<std::int64_t, std::int64_t> walks;
@@ -215,7 +240,7 @@ private:
 
     void CheckGuids(const check::GuidColumn& guids) {
         if (!Has(guids.table)) return;
-        ForEachRow(guids.table, guids.sql, [&](const CppSQLite3Query& query) {
+        ForEachRow({&guids.table, 1}, guids.sql, [&](const CppSQLite3Query& query) {
             Add(LibraryFindingKind::kBadGuid, guids.table,
                 fmt::format("Row {} of {} holds in a GUID column: {}.", Describe(query, 0), guids.table,
                             Describe(query, 1)));
@@ -225,6 +250,7 @@ private:
     CppSQLite3DB& m_db;
     std::vector<LibraryFinding>& m_findings;
     std::set<std::string, std::less<>> m_tables;
+    std::set<std::string, std::less<>> m_damaged;  // Named in a finding already.
 };
 
 }  // namespace

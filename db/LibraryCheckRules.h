@@ -5,7 +5,8 @@
 #include <array>
 
 // What the tables of a sound library never show, as data. Every text selects two columns: the row that is reported and
-// a second value for the sentence.
+// a second value for the sentence. Columns are named with their table where a text has two: one that is missing in the
+// inner table would else be found in the outer one.
 namespace qfc::check {
 
 struct Rule {
@@ -19,22 +20,26 @@ struct Rule {
 inline constexpr std::array<Rule, 4> kItemRules{{
     {LibraryFindingKind::kRelationWithoutItem,
      {"RELATION_TABLE", "ITEM_TABLE"},
-     "select ITEM_ID, PARENT_ID from RELATION_TABLE"
-     " where ITEM_ID not in (select ITEM_ID from ITEM_TABLE where ITEM_ID is not null)",
+     "select RELATION_TABLE.ITEM_ID, RELATION_TABLE.PARENT_ID from RELATION_TABLE"
+     " where RELATION_TABLE.ITEM_ID not in"
+     " (select ITEM_TABLE.ITEM_ID from ITEM_TABLE where ITEM_TABLE.ITEM_ID is not null)",
      "Folder {1} holds the item {0}, which has no row."},
     {LibraryFindingKind::kRelationWithoutFolder,
      {"RELATION_TABLE", "FOLDER_TABLE"},
-     "select ITEM_ID, PARENT_ID from RELATION_TABLE where PARENT_ID not in (select ID from FOLDER_TABLE)",
+     "select RELATION_TABLE.ITEM_ID, RELATION_TABLE.PARENT_ID from RELATION_TABLE"
+     " where RELATION_TABLE.PARENT_ID not in (select FOLDER_TABLE.ID from FOLDER_TABLE)",
      "The item {0} is placed in folder {1}, which does not exist."},
     {LibraryFindingKind::kItemWithoutFolder,
      {"ITEM_TABLE", "RELATION_TABLE"},
-     "select ITEM_ID, ITEM_NAME from ITEM_TABLE"
-     " where ITEM_ID is null or ITEM_ID not in (select ITEM_ID from RELATION_TABLE where ITEM_ID is not null)",
+     "select ITEM_TABLE.ITEM_ID, ITEM_TABLE.ITEM_NAME from ITEM_TABLE where ITEM_TABLE.ITEM_ID is null"
+     " or ITEM_TABLE.ITEM_ID not in"
+     " (select RELATION_TABLE.ITEM_ID from RELATION_TABLE where RELATION_TABLE.ITEM_ID is not null)",
      "No folder holds the item {0} (\"{1}\")."},
     {LibraryFindingKind::kPayloadWithoutItem,
      {"CACHE_DATA_TABLE", "ITEM_TABLE"},
-     "select ITEM_ID, CACHE_DATA_TYPE from CACHE_DATA_TABLE"
-     " where ITEM_ID not in (select ITEM_ID from ITEM_TABLE where ITEM_ID is not null)",
+     "select CACHE_DATA_TABLE.ITEM_ID, CACHE_DATA_TABLE.CACHE_DATA_TYPE from CACHE_DATA_TABLE"
+     " where CACHE_DATA_TABLE.ITEM_ID not in"
+     " (select ITEM_TABLE.ITEM_ID from ITEM_TABLE where ITEM_TABLE.ITEM_ID is not null)",
      "There is a payload of kind {1} for the item {0}, which has no row."},
 }};
 
@@ -47,12 +52,13 @@ inline constexpr Rule kFolderWithoutParent{LibraryFindingKind::kFolderWithoutPar
 inline constexpr Rule kGalleryIdTwice{
     LibraryFindingKind::kGalleryIdTwice,
     {"GALLERY_TABLE", "GALLERY_TABLE"},
-    "select GALLERY_FOLDER_ID, count(*) from GALLERY_TABLE group by GALLERY_FOLDER_ID having count(*) > 1",
+    "select GALLERY_FOLDER_ID, count(*) from GALLERY_TABLE where typeof(GALLERY_FOLDER_ID) = 'integer'"
+    " group by GALLERY_FOLDER_ID having count(*) > 1",
     "The gallery id {0} is stored {1} times; only the first tree is ever seen."};
 
-// Row numbers that 32 bits do not hold, or that are none: no reader follows them. The keys of folders, and what points
-// at them.
-inline constexpr std::array<Rule, 4> kRowNumberRules{{
+// Numbers that 32 bits do not hold, or that are none: no reader follows them. The keys of folders, what points at them,
+// and the ids of galleries.
+inline constexpr std::array<Rule, 5> kRowNumberRules{{
     {LibraryFindingKind::kBadRowNumber,
      {"FOLDER_TABLE", "FOLDER_TABLE"},
      "select ID, FOLDER_NAME from FOLDER_TABLE where ID not between -2147483648 and 2147483647",
@@ -67,6 +73,11 @@ inline constexpr std::array<Rule, 4> kRowNumberRules{{
      "select GALLERY_FOLDER_ID, GALLERY_ID from GALLERY_TABLE where GALLERY_ID is not null and"
      " (typeof(GALLERY_ID) <> 'integer' or GALLERY_ID not between -2147483648 and 2147483647)",
      "The root of gallery {0} is no folder number: {1}."},
+    {LibraryFindingKind::kBadRowNumber,
+     {"GALLERY_TABLE", "GALLERY_TABLE"},
+     "select GALLERY_FOLDER_ID, GALLERY_ID from GALLERY_TABLE where typeof(GALLERY_FOLDER_ID) <> 'integer'"
+     " or GALLERY_FOLDER_ID not between -2147483648 and 2147483647",
+     "The gallery with the root folder {1} has no gallery id: {0}."},
     {LibraryFindingKind::kBadRowNumber,
      {"RELATION_TABLE", "RELATION_TABLE"},
      "select ITEM_ID, PARENT_ID from RELATION_TABLE where typeof(PARENT_ID) <> 'integer'"
@@ -105,6 +116,19 @@ inline constexpr std::array<GuidColumn, 11> kGuidColumns{{
     {"TAG_ITEM_RELATION_TABLE",
      "select rowid, TAGS_GUID from TAG_ITEM_RELATION_TABLE"
      " where typeof(TAGS_GUID) <> 'blob' or length(TAGS_GUID) <> 16"},
+}};
+
+// The tables that stand beside another in a text, each for itself.
+struct TableScan {
+    const char* table;
+    const char* sql;
+};
+
+inline constexpr std::array<TableScan, 4> kTableScans{{
+    {"FOLDER_TABLE", "select ID, PARENT_ID, FOLDER_NAME from FOLDER_TABLE"},
+    {"ITEM_TABLE", "select ITEM_ID, ITEM_NAME from ITEM_TABLE"},
+    {"CACHE_DATA_TABLE", "select ITEM_ID, CACHE_DATA_TYPE from CACHE_DATA_TABLE"},
+    {"RELATION_TABLE", "select ITEM_ID, PARENT_ID from RELATION_TABLE"},
 }};
 
 inline constexpr char kTableNames[] = "select name from sqlite_master where type = 'table'";

@@ -37,12 +37,14 @@ CppSQLite3Statement Compile(CppSQLite3DB& db, const char* sql, const Values&... 
 
 }  // namespace qfc::statement
 
-// Runs the work, once more when the schema changed under it (another process made a table), and answers whether it
-// went through without an exception of the access layer and without running out of memory.
+// Runs nothing once SQLite has rolled the transaction of the operation back by itself: what ran then would stay.
+// Otherwise runs the work, once more when the schema changed under it (another process made a table), and answers
+// whether it went through without an exception of the access layer and without running out of memory.
 template <typename Work>
 bool DBToolsInternal::Attempt(Work&& work) {
     if (!HasConnection()) return false;
     for (bool bRetried = false;; bRetried = true) {
+        if (Connection().isInTransaction() && Connection().isAutocommit()) return false;
         try {
             work();
             return true;

@@ -144,18 +144,18 @@ TEST_F(DBToolsGuard, NothingIsStoredAtCloseOfWhatWasLeftOpen) {
     EXPECT_NO_THROW(Exec("INSERT INTO GALLERY_TABLE VALUES(1, 1)"));
 }
 
-// The last statement of the operation meets a connection that is no longer in its transaction.
-TEST_F(DBToolsGuard, OperationThatSqliteRolledBackOnTheWayIsFalse) {
-    const auto rollBackBeforeThePlacement = [](unsigned, void* connection, void*, void* sql) {
-        if (std::string_view(static_cast<const char*>(sql)).find("RELATION_TABLE") != std::string_view::npos) {
-            sqlite3_exec(static_cast<sqlite3*>(connection), "ROLLBACK", nullptr, nullptr, nullptr);
-        }
-        return 0;
+// What the operation still has to write would stay, outside of its transaction.
+TEST_F(DBToolsGuard, OperationThatSqliteRolledBackOnTheWayIsFalseAndWritesNothingMore) {
+    const auto rollBackBehindTheItem = [](unsigned, void* connection, void* statement, void*) {
+        const std::string_view sql = sqlite3_sql(static_cast<sqlite3_stmt*>(statement));
+        if (sql.find("ITEM_TABLE") == std::string_view::npos) return 0;
+        return sqlite3_exec(static_cast<sqlite3*>(connection), "ROLLBACK", nullptr, nullptr, nullptr);
     };
-    sqlite3_trace_v2(m_connection, SQLITE_TRACE_STMT, rollBackBeforeThePlacement, m_connection);
-    EXPECT_FALSE(AddOne());
+    sqlite3_trace_v2(m_connection, SQLITE_TRACE_PROFILE, rollBackBehindTheItem, m_connection);
+    EXPECT_FALSE(AddItem(1, 5, 0, Repeated(10, 1)));
     sqlite3_trace_v2(m_connection, 0, nullptr, nullptr);
-    EXPECT_EQ(Count("ITEM_TABLE"), "0");
+    const char* const kTables[] = {"ITEM_TABLE", "RELATION_TABLE", "CACHE_DATA_TABLE"};
+    for (const char* table : kTables) EXPECT_EQ(Count(table), "0") << table;
     EXPECT_TRUE(AddOne());
 }
 

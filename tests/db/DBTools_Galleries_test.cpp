@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <sqlite3.h>
 
 namespace {
 
@@ -68,6 +69,33 @@ TEST_F(DBToolsGalleries, ListingNamesEveryStoredGallery) {
     EXPECT_EQ(galleries[1].name, "Filters");
 }
 
+TEST_F(DBToolsGalleries, ListingIsOrderedByIdAndThenByRow) {
+    ASSERT_TRUE(m_tools->InsertGallery(6, 10));
+    ASSERT_TRUE(m_tools->InsertGallery(1, 30));
+    ASSERT_TRUE(m_tools->InsertGallery(6, 5));
+    ASSERT_TRUE(m_tools->InsertGallery(1, 20));
+    Exec("INSERT INTO FOLDER_TABLE(ID, FOLDER_NAME) VALUES(5, NULL), (10, 'first')");
+    std::vector<StoredGallery> galleries;
+    ASSERT_TRUE(m_tools->QueryGalleries(galleries));
+    ASSERT_EQ(galleries.size(), 4U);
+    const int roots[] = {30, 20, 10, 5};
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(galleries[i].rootFolder, roots[i]) << i;
+    EXPECT_EQ(galleries[2].rootFolder, m_tools->GetGalleryIdByFolder(6)) << "the first one is loaded";
+    EXPECT_EQ(galleries[2].name, "first");
+    EXPECT_TRUE(galleries[3].name.IsEmpty());
+}
+
+// Cut to 32 bits, or read as numbers, they would be listed as galleries that nobody can load.
+TEST_F(DBToolsGalleries, ListingLeavesOutIdsThatAreNone) {
+    AddGallery(2);
+    Exec("INSERT INTO GALLERY_TABLE VALUES(4294967297, 11), (NULL, 12), ('abc', 13), (2.5, 14), (-2147483648, 15)");
+    std::vector<StoredGallery> galleries;
+    ASSERT_TRUE(m_tools->QueryGalleries(galleries));
+    ASSERT_EQ(galleries.size(), 2U);
+    EXPECT_EQ(galleries[0].galleryId, -2147483647 - 1);
+    EXPECT_EQ(galleries[1].galleryId, 2);
+}
+
 TEST_F(DBToolsGalleries, FailedListingLeavesTheListAsItWas) {
     Exec("DROP TABLE GALLERY_TABLE");
     std::vector<StoredGallery> galleries(3);
@@ -107,6 +135,33 @@ TEST_F(DBToolsGalleries, FailedInsertKeepsTheNumber) {
     int number = -1;
     EXPECT_FALSE(m_tools->InsertOrUpdateFolder("1.0", 0, "x", 0, 0, 0, -1, 0, 0, number));
     EXPECT_EQ(number, -1);
+}
+
+TEST_F(DBToolsGalleries, NewFolderThatIsGoneAtOnceHasTheNumberMinusOne) {
+    Exec("CREATE TRIGGER GONE AFTER INSERT ON FOLDER_TABLE BEGIN DELETE FROM FOLDER_TABLE; END");
+    int number = -1;
+    EXPECT_TRUE(m_tools->InsertOrUpdateFolder("1.0", 0, "x", 0, 0, 0, -1, 0, 0, number));
+    EXPECT_EQ(number, -1);
+}
+
+// The number is asked for behind the insert: the authoriser lets everything pass but that.
+TEST_F(DBToolsGalleries, NewFolderWhoseNumberCannotBeAskedForIsRolledBack) {
+    m_tools.reset();
+    SqlTrace trace;
+    Open();
+    sqlite3* connection = trace.Connection();
+    const auto refuseTheNumber = [](void*, int action, const char*, const char* name, const char*, const char*) {
+        const bool refused = action == SQLITE_FUNCTION && std::string_view(name) == "last_insert_rowid";
+        return refused ? SQLITE_DENY : SQLITE_OK;
+    };
+    sqlite3_set_authorizer(connection, refuseTheNumber, nullptr);
+    int number = -1;
+    EXPECT_FALSE(m_tools->InsertOrUpdateFolder("1.0", 0, "x", 0, 0, 0, -1, 0, 0, number));
+    sqlite3_set_authorizer(connection, nullptr, nullptr);
+    EXPECT_EQ(number, -1);
+    EXPECT_EQ(trace.CountStartingWith("INSERT into FOLDER_TABLE"), 1);
+    EXPECT_EQ(trace.Count("ROLLBACK TRANSACTION;"), 1);
+    EXPECT_EQ(Count("FOLDER_TABLE"), "0");
 }
 
 TEST_F(DBToolsGalleries, FolderNumbersAreNeverReused) {
@@ -184,6 +239,14 @@ TEST_F(DBToolsGalleries, UnknownGalleryDeletesNothingOfTheOthers) {
     EXPECT_FALSE(DeleteTrees({99}));
     EXPECT_FALSE(DeleteTrees({1, 99}));
     EXPECT_FALSE(DeleteTrees({99, 1}));
+    EXPECT_EQ(Dump(), before);
+}
+
+TEST_F(DBToolsGalleries, ChildrenThatCannotBeAskedForKeepTheWholeTree) {
+    AddFolder("a", AddGallery(1));
+    Exec("ALTER TABLE FOLDER_TABLE RENAME COLUMN PARENT_ID TO OTHER_ID");
+    const std::string before = Dump();
+    EXPECT_FALSE(DeleteTrees({1}));
     EXPECT_EQ(Dump(), before);
 }
 

@@ -295,6 +295,14 @@ TEST_F(LibraryCheckTest, RowNumbersThatAreNone) {
          {Kind::kBadRowNumber, kItem1}});
 }
 
+TEST_F(LibraryCheckTest, GalleryIdsThatAreNone) {
+    ExpectFindings("INSERT INTO GALLERY_TABLE VALUES(4294967297, 11), (NULL, 12), ('abc', 13), (NULL, 14)",
+                   {{Kind::kBadRowNumber, "4294967297"},
+                    {Kind::kBadRowNumber, "NULL"},
+                    {Kind::kBadRowNumber, "abc"},
+                    {Kind::kBadRowNumber, "NULL"}});
+}
+
 TEST_F(LibraryCheckTest, FoldersBeyond32BitsCloseNoCycleWithOthers) {
     ExpectFindings("INSERT INTO FOLDER_TABLE(ID, PARENT_ID) VALUES(70, -1), (4294967366, 70)",
                    {{Kind::kBadRowNumber, "4294967366"}});
@@ -306,6 +314,34 @@ TEST_F(LibraryCheckTest, TableWithoutAColumnIsDamage) {
     ASSERT_EQ(findings.size(), 1U);
     EXPECT_EQ(findings[0].kind, Kind::kDamagedFile);
     EXPECT_EQ(findings[0].row, "CACHE_DATA_TABLE");
+}
+
+// The column of the other table of the same name would stand in for the missing one, and nothing would be found.
+TEST_F(LibraryCheckTest, TableWithoutTheColumnThatOthersPointAtIsDamage) {
+    ExpectFindings("CREATE TABLE OTHER AS SELECT 1 AS N; DROP TABLE ITEM_TABLE; ALTER TABLE OTHER RENAME TO ITEM_TABLE",
+                   {{Kind::kDamagedFile, "ITEM_TABLE"}});
+}
+
+TEST_F(LibraryCheckTest, TableThatSeveralRulesCannotReadIsNamedOnce) {
+    ExpectFindings(
+        "CREATE TABLE OTHER AS SELECT 1 AS N; DROP TABLE FOLDER_TABLE; ALTER TABLE OTHER RENAME TO FOLDER_TABLE",
+        {{Kind::kDamagedFile, "FOLDER_TABLE"}});
+}
+
+TEST_F(LibraryCheckTest, EachTableThatCannotBeReadIsNamed) {
+    ExpectFindings(
+        "ALTER TABLE RELATION_TABLE RENAME COLUMN ITEM_ID TO OTHER_ID; ALTER TABLE ITEM_TABLE RENAME COLUMN ITEM_ID TO"
+        " OTHER_ID",
+        {{Kind::kDamagedFile, "ITEM_TABLE"}, {Kind::kDamagedFile, "RELATION_TABLE"}});
+}
+
+// An index in an order that only another program knows: the check itself ends with an error, not with an answer.
+TEST_F(LibraryCheckTest, FileWhoseCheckFailsIsDamageOfTheFile) {
+    ExpectFindings(
+        "CREATE TABLE FOREIGN_TABLE(N); CREATE INDEX FOREIGN_INDEX ON FOREIGN_TABLE(N); PRAGMA writable_schema = 1;"
+        "UPDATE sqlite_master SET sql = 'CREATE INDEX FOREIGN_INDEX ON FOREIGN_TABLE(N COLLATE FOREIGN_ORDER)'"
+        " WHERE name = 'FOREIGN_INDEX'",
+        {{Kind::kDamagedFile, ""}});
 }
 
 TEST(LibraryCheck, FileThatWritesAheadIsReportedAndNothingIsLeftBesideIt) {
