@@ -438,6 +438,30 @@ TEST_F(ImportFromLibrary, PayloadsLeftInTheItemsOwnLibrary_AreFetchedFirst) {
     EXPECT_EQ(g_requests[0].blackBox, 700u);
 }
 
+// Writes down which kinds are asked for.
+class AskedTools : public DBTools {
+public:
+    using DBTools::DBTools;
+    bool QueryCacheData(const GUID& item, int kind, CppSQLite3Query& query) override {
+        kinds.push_back(kind);
+        return DBTools::QueryCacheData(item, kind, query);
+    }
+    std::vector<int> kinds;
+};
+
+TEST_F(ImportFromLibrary, Payloads_AreFetchedInTheOrderBlackBoxBitmapFilm) {
+    LibraryFile other("other.db");
+    const std::unique_ptr<CQItem> stored(NewFilledItem(1));
+    stored->fnSetDbTools(other.Tools());
+    ASSERT_EQ(stored->UpdateItemDB(), 1);
+    bool ok = false;
+    AskedTools asked(other.Path().c_str(), ok);
+    foreign.fnSetDbTools(&asked);
+    ASSERT_EQ(foreign.fnLoadItemFromDb(), 1);
+    EXPECT_EQ(a.AddItemFromImportLib(&foreign), 1);
+    EXPECT_EQ(asked.kinds, (std::vector<int>{1, 0, 2}));
+}
+
 TEST_F(ImportFromLibrary, AllPayloads_AreFetchedInOrderAndLandInTheTargetsRows) {
     SqlTrace trace;
     LibraryFile other("other.db");

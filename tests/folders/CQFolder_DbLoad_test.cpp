@@ -320,15 +320,92 @@ TEST_P(CQFolder_DbLoad, RowsBelowTheDepthBound_AreLeftOutOfTheTree) {
     EXPECT_EQ(loaded.back()->GetDBId(), kMaxLoadDepth + 1);
 }
 
-// Refuses to list what is below some folders.
+// Refuses one question about one folder.
 class RefusingTools : public DBTools {
 public:
     using DBTools::DBTools;
+    bool QueryFolder(int folder, CppSQLite3Query& query) override {
+        return folder != refusedRow && DBTools::QueryFolder(folder, query);
+    }
     bool QueryChildFolders(int parent, CppSQLite3Query& query) override {
         return parent != refused && DBTools::QueryChildFolders(parent, query);
     }
+    bool QueryFolderItems(int folder, CppSQLite3Query& query) override {
+        return folder != refusedItems && DBTools::QueryFolderItems(folder, query);
+    }
+    int refusedRow = -1;
     int refused = -1;
+    int refusedItems = -1;
 };
+
+class RefusedRows : public CQFolder_DbLoad {
+protected:
+    RefusedRows() : tools(library.Path().c_str(), ok) {
+        tools.SetShortcuts(false);
+        SetCurrentDBTools(&tools);
+        AddFolderRow(2, kRoot, "A", 2);
+        AddFolderRow(3, kRoot, "B", 1);
+        AddFolderRow(4, 2, "below A");
+        AddItemRow(1, "in A");
+        AddItemRow(2, "in B");
+        AddItemRow(3, "below A");
+        Place(1, 2, 0);
+        Place(2, 3, 0);
+        Place(3, 4, 0);
+    }
+    ~RefusedRows() override {
+        gallery.Clear();
+        SetCurrentDBTools(library.Tools());
+    }
+    // Loaded through rows alone, from the folder of a row number.
+    CQFolder* Row(int id) {
+        std::vector<CQFolder*> folders;
+        ListBelow(gallery, folders);
+        for (CQFolder* folder : folders) {
+            if (folder->GetDBId() == id) return folder;
+        }
+        return nullptr;
+    }
+    int Items(int id) { return Row(id) != nullptr ? Row(id)->GetItemsCount() : -1; }
+
+    bool ok = false;
+    RefusingTools tools;
+};
+
+TEST_P(RefusedRows, ASubFolderWhoseFieldsCannotBeRead_KeepsItsDefaultsAndIsLoadedOn) {
+    tools.refusedRow = 2;
+    EXPECT_EQ(Load(&tools), 1);
+    ASSERT_NE(Row(2), nullptr);
+    EXPECT_STREQ(Row(2)->GetFolderName(), "");
+    EXPECT_EQ(Row(2)->GetIndex(), -1);
+    EXPECT_EQ(Row(2)->GetParent(), &gallery);
+    EXPECT_EQ(Items(2), 1);
+    EXPECT_EQ(Items(4), 1);
+    EXPECT_EQ(Items(3), 1);
+    EXPECT_EQ(Names(gallery.GetFolderList()), (Texts{"", "B"})) << "by the indexes as far as they were read";
+}
+
+TEST_P(RefusedRows, ASubFolderWhoseItemsCannotBeRead_HasNoneAndIsLoadedOn) {
+    tools.refusedItems = 2;
+    EXPECT_EQ(Load(&tools), 1);
+    EXPECT_EQ(Names(gallery.GetFolderList()), (Texts{"B", "A"}));
+    EXPECT_EQ(Items(2), 0);
+    EXPECT_EQ(Items(4), 1);
+    EXPECT_EQ(Items(3), 1);
+    EXPECT_EQ(Row(2)->LoadSubItemsFromDb(), 0);
+    tools.refusedItems = -1;
+    EXPECT_EQ(Row(2)->LoadSubItemsFromDb(), 0);
+    EXPECT_EQ(Items(2), 1);
+}
+
+TEST_P(RefusedRows, ARootWhoseFieldsCannotBeRead_IsNotLoaded) {
+    tools.refusedRow = kRoot;
+    EXPECT_EQ(Load(&tools), 0);
+    EXPECT_EQ(gallery.GetDBId(), kRoot);
+    EXPECT_EQ(gallery.GetFolderList(), nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(RowByRow, RefusedRows, testing::Values(false));
 
 TEST_P(CQFolder_DbLoad, ASubFolderThatCannotBeRead_DoesNotStopTheLoad) {
     AddFolderRow(2, kRoot, "A");

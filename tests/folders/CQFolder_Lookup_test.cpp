@@ -257,5 +257,25 @@ TEST(CQFolderLookup, IsItemInFolder_MatchesByFileNameInTheTemplateGalleries) {
     }
 }
 
+TEST(CQFolderLookup, IsItemInFolder_MatchesBaseClipsByNameInTheTemplateGalleriesAsWell) {
+    for (const DWORD id : {3u, 12u}) {
+        CQGallery gallery;
+        gallery.SetFolderID(id);
+        CQFolder* folder = AddSub(gallery, "A");
+        AddNew(*folder, 1, "another name")->SetFileName("BaseClip");
+        CQItem* item = AddNew(*folder, 2, "title");
+        item->SetFileName("C:\\one\\clip.avi");
+        CQItem wanted("title");
+        wanted.SetFileName("BaseClip");
+        CQItem* found = nullptr;
+        EXPECT_TRUE(gallery.IsItemInFolder(folder, &wanted, found, 0)) << id;
+        EXPECT_EQ(found, item) << id;
+        wanted.SetItemName("no such name");
+        found = nullptr;
+        EXPECT_FALSE(gallery.IsItemInFolder(&gallery, &wanted, found, 1)) << id;
+        EXPECT_EQ(found, nullptr);
+    }
+}
+
 }  // namespace
 }  // namespace qfc::test

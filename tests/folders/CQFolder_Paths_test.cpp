@@ -119,6 +119,55 @@ TEST_F(Paths, WithItemOnly_MakesPlainFoldersAndNullAddsNothing) {
     EXPECT_EQ(Names(root.GetFolderList()), Texts{"A"});
 }
 
+// The forms that take no place: missing folders come last.
+TEST_F(Paths, WithItemIdItemOrMasksAndItem_MakesMissingFoldersAtTheTail) {
+    AddSub(root, "first");
+    const CQItem* none = nullptr;
+    At("by id", [&](const CString& first, POSITION& pos) { return root.OpenOrCreateSubFolder(first, pos, DWORD{7}); });
+    At("by masks",
+       [&](const CString& first, POSITION& pos) { return root.OpenOrCreateSubFolder(first, pos, 1u, 2u, none); });
+    At("by item", [&](const CString& first, POSITION& pos) { return root.OpenOrCreateSubFolder(first, pos, none); });
+    At("emptied", [&](const CString& first, POSITION& pos) { return root.RemoveSubFolderContents(first, pos); });
+    EXPECT_EQ(Names(root.GetFolderList()), (Texts{"first", "by id", "by masks", "by item", "emptied"}));
+}
+
+TEST_F(Paths, WithMasksAndNoItem_MakesTheFoldersAndAddsNothing) {
+    const CQItem* none = nullptr;
+    const auto open = [&](const CString& first, POSITION& pos) {
+        return root.OpenOrCreateSubFolder(first, pos, 1u, 2u, none);
+    };
+    EXPECT_EQ(At("A\\B", open), 1);
+    CQFolder* leaf = root.GetFolderByPath("A\\B");
+    ASSERT_NE(leaf, nullptr);
+    EXPECT_EQ(leaf->GetItemArray(), nullptr);
+    EXPECT_EQ(leaf->GetAdopt(), 1u);
+    EXPECT_EQ(leaf->GetTrusty(), 2u);
+    EXPECT_EQ(leaf->GetParent()->GetAdopt(), 1u);
+}
+
+TEST_F(Paths, WithItemId_MakesPlainFolders) {
+    At("A", [&](const CString& first, POSITION& pos) { return root.OpenOrCreateSubFolder(first, pos, DWORD{7}); });
+    const CQFolder* made = root.GetFolderByName("A");
+    ASSERT_NE(made, nullptr);
+    EXPECT_EQ(const_cast<CQFolder*>(made)->GetAdopt(), 0u);
+    EXPECT_EQ(const_cast<CQFolder*>(made)->GetTrusty(), 0u);
+    EXPECT_EQ(const_cast<CQFolder*>(made)->GetExtra(), 0u);
+}
+
+// What is done to the folder in the call is part of making it: it stands nowhere yet.
+TEST_F(Paths, TheCallForANewFolder_ComesBeforeItIsAdded) {
+    g_created.clear();
+    const auto created = [](CQFolder* folder) {
+        g_created.emplace_back(folder->GetParent() == nullptr ? "loose" : "added");
+        folder->GetFolderName() = "renamed " + folder->GetFolderName();
+    };
+    EXPECT_EQ(At("A\\B", [&](const CString& first,
+                             POSITION& pos) { return root.OpenOrCreateSubFolder(first, pos, 1u, 2u, 3u, 1, created); }),
+              1);
+    EXPECT_EQ(g_created, (Texts{"loose", "loose"}));
+    EXPECT_NE(root.GetFolderByPath("renamed A\\renamed B"), nullptr);
+}
+
 TEST_F(Paths, WithItemId_RemovesTheItemFromTheLeafAndFailsWithoutIt) {
     CQFolder* leaf = AddSub(*AddSub(root, "A"), "B");
     AddNew(*leaf, 1)->SetDBID(7);

@@ -38,6 +38,13 @@ TEST(CQFolder, NewOne_HasTheDefaults) {
     EXPECT_EQ(folder.GetItemsCount(), 0);
 }
 
+// Each test is a process of its own, so nobody has set them yet.
+TEST(CQFolder, SharedByAllFolders_NothingIsSetAtFirst) {
+    EXPECT_EQ(CQFolder::m_pCurrentFolder, nullptr);
+    EXPECT_EQ(CQFolder::m_pCurrentFileStorage, nullptr);
+    EXPECT_EQ(CQFolder::m_bLoadBBNow, 0);
+}
+
 TEST(CQFolder, RuntimeClass_IsCreatableAndSerialWithSchemaOne) {
     CRuntimeClass* runtimeClass = CQFolder::GetThisClass();
     EXPECT_STREQ(runtimeClass->m_lpszClassName, "CQFolder");

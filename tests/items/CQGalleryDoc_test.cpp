@@ -3,11 +3,15 @@
 #include "items/CQGallery.h"
 #include "items/GalleryDocument.h"
 #include "tests/items/ItemBuilders.h"
+#include "tests/support/TempFolder.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
+#include <optional>
+#include <string>
 #include <sys/stat.h>
 #include <thread>
 #include <vector>
@@ -139,6 +143,36 @@ TEST(CQGalleryDoc, GeneratedPath_IsAFreshEmptyFile) {
         EXPECT_THAT(strPath.GetString(), testing::MatchesRegex(".*GAL[0-9A-Fa-f]+\\.(tmp|TMP)"));
         std::remove(strPath);
     }
+}
+
+// Sets a variable of the environment while it lives.
+class Environment {
+public:
+    Environment(const char* pszName, const std::string& value) : m_name(pszName) {
+        if (const char* const pszFormer = std::getenv(pszName)) m_former = pszFormer;
+        setenv(pszName, value.c_str(), 1);
+    }
+    ~Environment() {
+        if (m_former) {
+            setenv(m_name, m_former->c_str(), 1);
+        } else {
+            unsetenv(m_name);
+        }
+    }
+
+private:
+    const char* m_name;
+    std::optional<std::string> m_former;
+};
+
+TEST(CQGalleryDoc, GeneratedPathWithoutAPlaceForIt_IsEmpty) {
+    CQGalleryDoc document;
+    const TempFolder folder;
+    for (const std::string& place : {folder / "missing", folder.Write("file", ""), "/" + std::string(300, 'x')}) {
+        const Environment environment("TMPDIR", place);
+        EXPECT_STREQ(document.GeneratePath(), "") << place;
+    }
+    EXPECT_EQ(folder.Entries(), std::vector<std::string>{"file"});
 }
 
 class NotingView : public CView {

@@ -7,6 +7,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <string>
 #include <vector>
 
 namespace {
@@ -139,6 +140,44 @@ TEST_F(CQGallery_File, UnlinkAllOfAnotherGallery_LeavesTheCurrentFolders) {
     EXPECT_EQ(gallery.UnlinkAll(), 1);
     EXPECT_EQ(document.GetNotedFolder(), pSecond);
     EXPECT_EQ(gallery.GetCurrentFolder(), pSecond);
+}
+
+// Writes down what is so when it is destroyed.
+class WitnessFolder : public CQFolder {
+public:
+    WitnessFolder(std::vector<std::string>& notes, CQGallery& gallery, CQGalleryDoc& document)
+        : m_notes(notes), m_gallery(gallery), m_document(document) {
+        m_strFilePath = "linked.gal";
+    }
+    ~WitnessFolder() override {
+        m_strFilePath.Empty();
+        const bool bListed = m_gallery.GetFolderList()->Find(static_cast<CObject*>(this)) != nullptr;
+        m_notes.emplace_back(m_document.GetNotedFolder() != nullptr ? "folder still current"
+                             : bListed                              ? "still listed"
+                                                                    : "destroyed");
+        m_notes.emplace_back(g_pFile->saved.empty() ? "not written yet" : "written");
+    }
+
+private:
+    std::vector<std::string>& m_notes;
+    CQGallery& m_gallery;
+    CQGalleryDoc& m_document;
+};
+
+TEST_F(CQGallery_File, UnlinkAll_ClearsThenUnlistsAndDestroysThenWrites) {
+    CQGalleryDoc document;
+    GalleryWithFile gallery("lib.gal");
+    std::vector<std::string> notes;
+    gallery.AddFolder(new WitnessFolder(notes, gallery, document), 0, 1);
+    gallery.AddFolder(new WitnessFolder(notes, gallery, document), 0, 1);
+    CQFolder* const pKept = AddSub(gallery, "kept");
+    gallery.SetCurrentFolder(pKept, 0);
+    document.ChangeGallery(&gallery);
+    document.NoteCurrentFolder(pKept);
+    EXPECT_EQ(gallery.UnlinkAll(), 1);
+    EXPECT_THAT(notes, testing::ElementsAre("destroyed", "not written yet", "destroyed", "not written yet"));
+    EXPECT_THAT(m_file.flushed, testing::ElementsAre(pKept));
+    EXPECT_THAT(m_file.saved, testing::ElementsAre(&gallery));
 }
 
 TEST_F(CQGallery_File, UnlinkAll_WritesTheGalleryFileAndPassesItsResultOn) {

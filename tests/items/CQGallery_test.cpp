@@ -57,6 +57,17 @@ TEST(CQGallery_CurrentFolder, WithoutAList_ThereIsNone) {
     EXPECT_EQ(gallery.GetCurrentFolder(), nullptr);
 }
 
+TEST(CQGallery_CurrentFolder, WithoutAList_TheNotedOneIsKeptAndCountsOnceItIsInTheTree) {
+    CQGallery gallery;
+    auto pLater = std::make_unique<CQFolder>("later", 0, 0, 0);
+    gallery.SetCurrentFolder(pLater.get(), 0);
+    EXPECT_EQ(gallery.GetCurrentFolder(), nullptr);
+    AddSub(gallery, "first");
+    CQFolder* const pAdded = pLater.release();
+    gallery.AddFolder(pAdded, 0, 1);
+    EXPECT_EQ(gallery.GetCurrentFolder(), pAdded);
+}
+
 TEST(CQGallery_CurrentFolder, WithAnEmptyList_TheGalleryIsItsOwn) {
     GalleryWithEmptyList gallery;
     ASSERT_NE(gallery.GetFolderList(), nullptr);

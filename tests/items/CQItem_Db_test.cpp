@@ -1,11 +1,14 @@
 #include "items/CQItem.h"
 #include "platform/text/CodePages.h"
 #include "tests/items/ItemLibrary.h"
+#include "tests/support/SqlTrace.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <list>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -145,6 +148,24 @@ TEST_F(CQItem_Db, IsItemInSql_AsksByName) {
     EXPECT_EQ(m_item.IsItemInSql(), 0);
 }
 
+TEST_F(CQItem_Db, IsItemInSql_WithAQueryThatFailsIsZero) {
+    InsertItem("ITEM_NAME", "'Sunset'");
+    m_item.SetItemName("Sunset");
+    ASSERT_EQ(m_item.IsItemInSql(), 1);
+    Sql("drop table ITEM_TABLE");
+    EXPECT_EQ(m_item.IsItemInSql(), 0);
+}
+
+// The name is asked for as it is stored.
+TEST_F(CQItem_Db, IsItemInSql_ConvertsTheNameFromTheCodePage) {
+    InsertItem("ITEM_NAME", "'\xC3\xBC'");
+    const AnsiCodePage page("CP1252");
+    m_item.SetItemName("\xFC");
+    EXPECT_EQ(m_item.IsItemInSql(), 1);
+    m_item.SetItemName("\xC3\xBC");
+    EXPECT_EQ(m_item.IsItemInSql(), 0);
+}
+
 // --- Removing ----------------------------------------------------------------------------------------------------
 
 TEST_F(CQItem_Db, DeletedRelation_IsThatOfTheFolderOnly) {
@@ -180,6 +201,44 @@ TEST_F(CQItem_Db, DeletedItem_LosesRelationPayloadsAndRow) {
     EXPECT_EQ(CountOf("CACHE_DATA_TABLE"), "0");
 }
 
+// What is really sent, without the begins and ends.
+class CQItem_DbStatements : public CQItem_Db {
+protected:
+    CQItem_DbStatements() {
+        m_item.fnSetDbTools(m_traced.Tools());
+        m_traced.Tools()->SetShortcuts(false);
+        m_trace.Clear();
+    }
+    std::vector<std::string> Sent() {
+        auto sent = m_trace.Statements();
+        std::erase_if(sent, [](const std::string& text) { return text.ends_with("TRANSACTION;"); });
+        m_trace.Clear();
+        return sent;
+    }
+    static constexpr const char* kOneKind = "Delete from CACHE_DATA_TABLE where ITEM_ID = ? AND CACHE_DATA_TYPE = ?";
+    static constexpr const char* kEveryKind = "Delete from CACHE_DATA_TABLE where ITEM_ID = ?";
+
+    SqlTrace m_trace;  // Before the library that it traces is opened.
+    LibraryFile m_traced{"traced.db"};
+};
+
+TEST_F(CQItem_DbStatements, DeletingAKnownKind_DeletesThatKindFirstAndThenAll) {
+    for (const int nKind : {0, 1, 2}) {
+        EXPECT_EQ(m_item.DeleteCacheDataFromDb(nKind), 1);
+        EXPECT_THAT(Sent(), testing::ElementsAre(kOneKind, kEveryKind)) << nKind;
+    }
+    for (const int nKind : {-1, 3}) {
+        EXPECT_EQ(m_item.DeleteCacheDataFromDb(nKind), 1);
+        EXPECT_THAT(Sent(), testing::ElementsAre(kEveryKind)) << nKind;
+    }
+}
+
+TEST_F(CQItem_DbStatements, DeletingAnItem_IsRelationThenPayloadsThenRow) {
+    EXPECT_EQ(m_item.DeleteItemDb(5), 1);
+    EXPECT_THAT(Sent(), testing::ElementsAre("Delete from RELATION_TABLE where ITEM_ID = ? AND PARENT_ID = ?",
+                                             kEveryKind, "Delete from ITEM_TABLE where ITEM_ID = ?"));
+}
+
 TEST_F(CQItem_Db, DeletingAnItemWithoutRow_AnswersOne) { EXPECT_EQ(m_item.DeleteItemDb(5), 1); }
 
 // --- Tags ----------------------------------------------------------------------------------------------------------
@@ -194,6 +253,21 @@ TEST_F(CQItem_Db, StoredTags_JoinTheItemsOwnWithoutDoubles) {
     std::list<GUID> tags;
     m_item.CopyTagVec(tags);
     EXPECT_THAT(tags, testing::UnorderedElementsAre(GuidOf(20), GuidOf(21)));
+}
+
+TEST_F(CQItem_Db, StoredTags_ComeBehindTheItemsOwnInTheOrderOfTheRows) {
+    // The key of the table would give another order; without it the rows stand as they were written.
+    Sql("drop table TAG_ITEM_RELATION_TABLE; create table TAG_ITEM_RELATION_TABLE(ITEM_GUID BLOB, TAGS_GUID BLOB)");
+    for (const unsigned nTag : {30u, 10u, 5u, 20u, 10u}) {
+        Sql("insert into TAG_ITEM_RELATION_TABLE values(" + BlobLiteral(GuidOf(1)) + ", " + BlobLiteral(GuidOf(nTag)) +
+            ")");
+    }
+    m_item.AddLibTag(GuidOf(5));
+    m_item.AddLibTag(GuidOf(40));
+    EXPECT_EQ(m_item.LoadLibTagFromDB(), 1);
+    std::list<GUID> tags;
+    m_item.CopyTagVec(tags);
+    EXPECT_THAT(tags, testing::ElementsAre(GuidOf(5), GuidOf(40), GuidOf(30), GuidOf(10), GuidOf(20)));
 }
 
 TEST_F(CQItem_Db, TagsOfAWrongLength_AreSkipped) {

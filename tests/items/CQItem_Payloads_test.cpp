@@ -90,6 +90,28 @@ TEST(CQItem_Cache, BitmapOneByteShort_IsRefusedAndMarksModified) {
     EXPECT_EQ(item.IsModified(), 1);
 }
 
+TEST(CQItem_Cache, ItsOwnBlock_MayBeGivenAgain) {
+    CQItem item;
+    GiveCache(item, Dib24(10, 10));
+    item.SetModified(0);
+    void* const pOwn = item.GetCache();
+    EXPECT_EQ(item.ChangeCache(pOwn, SizeOf(Dib24(10, 10))), 1);
+    EXPECT_EQ(item.GetCache(), pOwn);
+    EXPECT_EQ(InMemory(item, qfc::kBitmapCache), Dib24(10, 10));
+    EXPECT_EQ(item.IsModified(), 1);
+}
+
+TEST(CQItem_Cache, ItsOwnBlockWithTooSmallASize_IsTheCallersAfterwards) {
+    CQItem item;
+    GiveCache(item, Dib24(10, 10));
+    void* const pOwn = item.GetCache();
+    EXPECT_EQ(item.ChangeCache(pOwn, 50), 0);
+    EXPECT_EQ(item.GetCache(), nullptr);
+    EXPECT_EQ(item.GetCacheSize(), 0u);
+    const qfc::GlobalBlock taken(pOwn, SizeOf(Dib24(10, 10)));
+    EXPECT_EQ(ByteVector(taken.data(), taken.data() + taken.size()), Dib24(10, 10));
+}
+
 TEST(CQItem_Cache, RefusedBlock_StaysTheCallers) {
     const auto dib = DibOfSize(100, 10, 24, 3039);
     const qfc::GlobalBlock block(GlobalCopy(dib), dib.size());
@@ -194,6 +216,16 @@ TEST(CQItem_Film, ChangedFilm_IsTakenAndMarksModified) {
     EXPECT_EQ(item.GetFrameSize(), 20u);
     EXPECT_EQ(InMemory(item, qfc::kFilm), Pattern(60));
     EXPECT_EQ(item.IsModified(), 1);
+}
+
+TEST(CQItem_Film, ItsOwnBlock_MayBeGivenAgain) {
+    CQItem item;
+    GiveFilm(item, Pattern(40), 10);
+    unsigned char* const pOwn = item.GetFilm();
+    EXPECT_EQ(item.ChangeFilm(pOwn, 40, 20), 1);
+    EXPECT_EQ(item.GetFilm(), pOwn);
+    EXPECT_EQ(InMemory(item, qfc::kFilm), Pattern(40));
+    EXPECT_EQ(item.GetTotalFilmFrame(), 2u);
 }
 
 TEST(CQItem_Film, NullFilm_KeepsTheGivenSizesAndMarksNothing) {

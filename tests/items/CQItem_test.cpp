@@ -174,6 +174,20 @@ TEST_F(CQItem_Find, Description_IsSearchedOnlyWhenAsked) {
     EXPECT_EQ(m_item.FindSomeThing("DRONE", 0, 1, 0, 0), 0);
 }
 
+TEST_F(CQItem_Find, TheEmptyText_IsFoundInEveryName) {
+    EXPECT_EQ(m_item.FindSomeThing("", 0, 0, 0, 0), 1);
+    EXPECT_EQ(CQItem().FindSomeThing("", 0, 0, 0, 0), 1);
+}
+
+TEST_F(CQItem_Find, LettersBeyondAscii_MatchWithoutRegardToCase) {
+    CQItem item("\xC3\x84pfel und \xC3\xB6l");  // "Aepfel und oel" with umlauts
+    EXPECT_EQ(item.FindSomeThing("\xC3\xA4PFEL", 0, 0, 0, 0), 1);
+    EXPECT_EQ(item.FindSomeThing("\xC3\x96L", 0, 0, 0, 0), 1);
+    EXPECT_EQ(item.FindSomeThing("apfel", 0, 0, 0, 0), 0);
+    item.GetAnnotation() = "\xD0\xBC\xD0\xBE\xD1\x80\xD0\xB5";  // Cyrillic
+    EXPECT_EQ(item.FindSomeThing("\xD0\x9C\xD0\x9E\xD0\xA0\xD0\x95", 0, 1, 0, 0), 1);
+}
+
 TEST_F(CQItem_Find, LastTwoArguments_ChangeNothing) {
     EXPECT_EQ(m_item.FindSomeThing("drone", 0, 0, 1, 1), 0);
     EXPECT_EQ(m_item.FindSomeThing("beach", 0, 0, 1, 1), 1);

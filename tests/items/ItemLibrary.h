@@ -87,6 +87,20 @@ protected:
     CQItem m_item;
 };
 
+// Item 1 with its three payloads in the file, and as it is after a restart.
+class StoredPayloadsFixture : public ItemRowFixture {
+protected:
+    std::unique_ptr<CQItem> Restarted() {
+        const std::unique_ptr<CQItem> pItem(NewFilledItem(1));
+        EXPECT_TRUE(m_library.Tools()->UpdateItemDB(pItem.get()));
+        auto pFresh = std::make_unique<CQItem>();
+        pFresh->SetUniqueID(GuidOf(1));
+        pFresh->fnSetDbTools(m_library.Tools());
+        EXPECT_EQ(pFresh->fnLoadItemFromDb(), 1);
+        return pFresh;
+    }
+};
+
 // A gallery of id 1 with the folders "A" and "B", stored, in memory.
 class StoredTree {
 public:
