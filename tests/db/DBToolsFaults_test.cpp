@@ -13,6 +13,7 @@ using namespace qfc::test;
 struct Operation {
     const char* name;
     std::function<bool(DBTools&)> run;
+    const char* prepare = "";
 };
 
 std::ostream& operator<<(std::ostream& stream, const Operation& operation) { return stream << operation.name; }
@@ -102,6 +103,8 @@ const Operation kOperations[] = {
     {"DeleteTagsFromItems", [](DBTools& tools) { return tools.DeleteTagsFromItems(TheGiven().items, kTags); }},
     {"MergeTags", [](DBTools& tools) { return tools.MergeTags(kTags, kTags[2]); }},
     {"Clear", [](DBTools& tools) { return tools.ClearDatabase(); }},
+    {"AddFolderOrder", [](DBTools& tools) { return tools.AddFolderOrderIndexColumn() != 0; },
+     "ALTER TABLE FOLDER_TABLE DROP COLUMN ORDER_INDEX"},
 };
 
 // One library, one operation, and a disk that fails somewhere on its way.
@@ -119,6 +122,7 @@ protected:
         ASSERT_TRUE(m_tools->InsertTags2Items({&kHeldOnce, 1}, {kTags, 2}));
         ASSERT_TRUE(m_tools->InsertTag2Item(kHeldTwice, kTags[0]));
         m_tools.reset();
+        Exec(GetParam().prepare);
         m_before = DumpOf(m_path);
         std::filesystem::copy_file(m_path, m_kept);
         Open();

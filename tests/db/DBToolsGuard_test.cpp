@@ -1,11 +1,15 @@
+#include "db/DBToolsGuard.h"
+
 #include "db/CurrentDBTools.h"
 #include "tests/db/DbTestSupport.h"
 #include "tests/support/SqlTrace.h"
 
 #include <atomic>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <sqlite3.h>
+#include <stdexcept>
 #include <thread>
 
 namespace {
@@ -363,11 +367,73 @@ TEST_F(DBToolsGuardDeathTest, NestedOperationIsAsserted) {
 }
 #endif
 
+// --- Exceptions ---
+
+// Runs any work under the guard of the object, as its own operations do.
+bool RunGuarded(DBTools& tools, std::function<bool()> work);
+
+template <auto guarded>
+struct GuardOf {
+    friend bool RunGuarded(DBTools& tools, std::function<bool()> work) {
+        return (tools.*guarded)(std::move(work), false);
+    }
+};
+// Naming a private member is allowed here alone.
+template struct GuardOf<&DBTools::Guarded<std::function<bool()>, bool>>;
+
+class DBToolsGuardExceptions : public DBToolsGuard {
+protected:
+    // Writes a row on the connection of the guard, then leaves with the exception.
+    template <class Error>
+    std::function<bool()> WriteAndThrow(Error error) {
+        return [this, error]() -> bool {
+            const char* sql = "INSERT INTO GALLERY_TABLE VALUES(77, 77)";
+            EXPECT_EQ(sqlite3_exec(m_connection, sql, nullptr, nullptr, nullptr), SQLITE_OK);
+            throw error;
+        };
+    }
+    void ExpectRolledBackAndUsable() {
+        EXPECT_EQ(m_trace->Count("ROLLBACK TRANSACTION;"), 1);
+        EXPECT_EQ(m_trace->Count("END TRANSACTION;"), 0);
+        EXPECT_NE(sqlite3_get_autocommit(m_connection), 0);
+        EXPECT_EQ(Count("GALLERY_TABLE"), "0");
+        // Neither the mutex nor its owner is left behind: not for another thread, not for this one.
+        bool added = false;
+        std::thread([&] { added = AddOne(1); }).join();
+        EXPECT_TRUE(added);
+        EXPECT_TRUE(AddOne(2));
+        EXPECT_EQ(Count("ITEM_TABLE"), "2");
+    }
+};
+
+TEST_F(DBToolsGuardExceptions, WorkUnderTheGuardIsOneTransaction) {
+    EXPECT_TRUE(RunGuarded(*m_tools, [this] {
+        return sqlite3_exec(m_connection, "INSERT INTO GALLERY_TABLE VALUES(77, 77)", nullptr, nullptr, nullptr) == 0;
+    }));
+    EXPECT_EQ(Count("GALLERY_TABLE"), "1");
+    EXPECT_EQ(m_trace->Count("END TRANSACTION;"), 1);
+}
+
+TEST_F(DBToolsGuardExceptions, AnExceptionThatPassesIsRolledBackAndReachesTheCaller) {
+    EXPECT_THROW(RunGuarded(*m_tools, WriteAndThrow(std::runtime_error("passes"))), std::runtime_error);
+    ExpectRolledBackAndUsable();
+}
+
+TEST_F(DBToolsGuardExceptions, AnythingThatIsThrownIsRolledBack) {
+    EXPECT_THROW(RunGuarded(*m_tools, WriteAndThrow(4711)), int);
+    ExpectRolledBackAndUsable();
+}
+
+TEST_F(DBToolsGuardExceptions, LackOfMemoryIsRolledBackAndFalse) {
+    EXPECT_FALSE(RunGuarded(*m_tools, WriteAndThrow(std::bad_alloc())));
+    ExpectRolledBackAndUsable();
+}
+
 // --- The process-wide current database ---
 
 TEST_F(DBToolsGuard, CurrentDatabaseIsWhatWasSet) {
     EXPECT_EQ(qfc::CurrentDBTools(), nullptr);
-    EXPECT_FALSE(qfc::IsCurrentDBTools(nullptr));
+    EXPECT_TRUE(qfc::IsCurrentDBTools(nullptr));
     EXPECT_FALSE(qfc::IsCurrentDBTools(m_tools.get()));
     qfc::SetCurrentDBTools(m_tools.get());
     EXPECT_EQ(qfc::CurrentDBTools(), m_tools.get());
