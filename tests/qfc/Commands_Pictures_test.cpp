@@ -72,7 +72,11 @@ TEST_F(CommandsPictures, SheetThatCannotBeWritten_Fails) {
 
 TEST_F(CommandsPictures, FilmDrawsTheFramesAsAStrip) {
     Done({"import", Video("v.mp4")});
-    EXPECT_EQ(Done({"film", "Imported\\v.mp4", Out("film.png")})["frames"], 10);
+    const Json report = Done({"film", "Imported\\v.mp4", Out("film.png")});
+    EXPECT_EQ(report["frames"], 10);
+    EXPECT_EQ(report["moments"].size(), 10u);
+    EXPECT_EQ(report["moments"][0], "0:00.1");
+    EXPECT_EQ(report["moments"][9], "0:01.9");
     const auto [width, height] = SizeOf(Out("film.png"));
     EXPECT_GT(width, height);
 }

@@ -1,7 +1,9 @@
 #include "hosts/qfc/pictures/ContactSheet.h"
 
 #include "hosts/qfc/pictures/Canvas.h"
+#include "hosts/qfc/pictures/Palette.h"
 #include "tests/qfc/MediaMaker.h"
+#include "tests/qfc/RecordedDrawing.h"
 
 #include <cstdlib>
 #include <fstream>
@@ -12,7 +14,10 @@ namespace {
 using namespace qfc::test;
 using qfc::host::Canvas;
 using qfc::host::ContactSheet;
+using qfc::host::ContactSheetPages;
 using qfc::host::ContactSheetSize;
+using qfc::host::Cut;
+using qfc::host::DrawContactSheet;
 using qfc::host::MaxSheetColumns;
 using qfc::host::PictureError;
 using qfc::host::SheetBadge;
@@ -155,6 +160,120 @@ TEST(ContactSheetDeathTest, ASystemWithoutFontsStillGetsASheet) {
             std::exit(ink > 0 && Count(ReadImage(folder / "wide.png"), 0xFFF4F1EA) > 2 * ink ? 0 : 7);
         },
         testing::ExitedWithCode(0), "");
+}
+
+// --- What stands where ---------------------------------------------------------------------------------------------
+
+class SheetTexts : public testing::Test {
+protected:
+    void Draw(const ContactSheet& sheet, std::size_t page = 0) { DrawContactSheet(sheet, page, m_drawn); }
+
+    RecordedDrawing m_drawn;
+};
+
+TEST_F(SheetTexts, TitleThenNamesWithTheirDetails_InTheOrderOfTheItems) {
+    ContactSheet sheet = Sheet(2, 4);
+    sheet.cells[1].badge = SheetBadge::None;
+    Draw(sheet);
+    EXPECT_THAT(m_drawn.Words(), testing::ElementsAre("Holidays", "some items", "0:10", "name 0.mp4", "640 x 360",
+                                                      "name 1.mp4", "640 x 360"));
+}
+
+TEST_F(SheetTexts, AHeadingWithItsCountStandsOverItsItems) {
+    ContactSheet sheet = Sheet(5, 2);
+    for (std::size_t i = 0; i < 5; ++i) sheet.cells[i].section = i < 3 ? "Summer\\Beach" : "Winter";
+    Draw(sheet);
+    const auto heading = [&](const char* text) { return m_drawn.Find(text); };
+    EXPECT_EQ(m_drawn.Find("3").box.y, heading("Summer\\Beach").box.y);
+    EXPECT_EQ(m_drawn.Find("2").box.y, heading("Winter").box.y);
+    EXPECT_GT(m_drawn.Find("3").box.x, heading("Summer\\Beach").box.x);
+    EXPECT_LT(heading("Summer\\Beach").box.y, m_drawn.Find("name 0.mp4").box.y);
+    EXPECT_LT(m_drawn.Find("name 2.mp4").box.y, heading("Winter").box.y);
+    EXPECT_LT(heading("Winter").box.y, m_drawn.Find("name 3.mp4").box.y);
+    EXPECT_TRUE(heading("Winter").style.bold);
+}
+
+TEST_F(SheetTexts, OfALongHeadingTheEndIsKept_AndItStaysOnTheSheet) {
+    ContactSheet sheet = Sheet(1, 1);
+    const std::string path(500, 'p');
+    sheet.cells[0].section = path;
+    Draw(sheet);
+    const auto heading = m_drawn.Find(path);
+    EXPECT_EQ(heading.style.cut, Cut::Start);
+    EXPECT_LT(heading.box.x + heading.box.width, ContactSheetSize(sheet).width);
+    EXPECT_LT(m_drawn.Find("1").box.x, ContactSheetSize(sheet).width);
+}
+
+TEST_F(SheetTexts, ANameStandsUnderItsPicture_AndItsDetailUnderTheName) {
+    Draw(Sheet(3, 3));
+    ASSERT_EQ(m_drawn.pictures.size(), 3u);
+    for (std::size_t i = 0; i < 3; ++i) {
+        const auto name = m_drawn.Find("name " + std::to_string(i) + ".mp4");
+        const auto& picture = m_drawn.pictures[i];
+        EXPECT_GE(name.box.y, picture.y + picture.height);
+        EXPECT_LE(name.box.x, picture.x);
+        EXPECT_GE(name.box.x + name.box.width, picture.x + picture.width);
+        EXPECT_EQ(name.style.cut, Cut::Middle);
+    }
+    EXPECT_GE(m_drawn.Find("640 x 360").box.y, m_drawn.Find("name 0.mp4").box.y + 10);
+}
+
+TEST_F(SheetTexts, BadgesTellFilmsAndSoundsApart_WithTheirLength) {
+    ContactSheet sheet = Sheet(3, 3);
+    sheet.cells[1].badge = SheetBadge::Sound;
+    sheet.cells[1].duration = "3:20";
+    sheet.cells[2].badge = SheetBadge::None;
+    Draw(sheet);
+    EXPECT_EQ(m_drawn.triangles, 1);
+    EXPECT_EQ(m_drawn.notes, 1);
+    const auto length = m_drawn.Find("3:20");
+    EXPECT_GT(length.box.x, m_drawn.pictures[1].x);
+    EXPECT_LT(length.box.x + length.box.width, m_drawn.pictures[1].x + m_drawn.pictures[1].width);
+}
+
+TEST_F(SheetTexts, AnItemWithoutAPictureSaysSo) {
+    ContactSheet sheet = Sheet(1, 1);
+    sheet.picture = [](std::size_t) { return Picture{}; };
+    Draw(sheet);
+    EXPECT_TRUE(m_drawn.pictures.empty());
+    EXPECT_EQ(m_drawn.Find("no picture").text, "no picture");
+}
+
+TEST_F(SheetTexts, PagesAreNumberedWhenThereAreSeveral) {
+    const ContactSheet sheet = Sheet(200, 1);
+    const std::size_t pages = ContactSheetPages(sheet);
+    ASSERT_GE(pages, 2u);
+    Draw(sheet, pages - 1);
+    EXPECT_EQ(m_drawn.Find("page " + std::to_string(pages) + " of " + std::to_string(pages)).text.substr(0, 4), "page");
+    EXPECT_EQ(m_drawn.Find("Holidays").text, "Holidays");
+    EXPECT_EQ(m_drawn.texts.back().text, "640 x 360");
+    EXPECT_EQ(m_drawn.Find("name 199.mp4").text, "name 199.mp4");
+    RecordedDrawing single;
+    DrawContactSheet(Sheet(3, 3), 0, single);
+    for (const std::string& word : single.Words()) EXPECT_EQ(word.find("page"), std::string::npos);
+}
+
+TEST_F(SheetTexts, APictureThatIsNearlyBlackGetsAnEdgeThatShows) {
+    ContactSheet sheet = Sheet(2, 2);
+    sheet.picture = [](std::size_t cell) { return Picture(160, 120, cell == 0 ? 0xFF050505u : 0xFFC0C0C0u); };
+    Draw(sheet);
+    std::vector<double> edges;
+    for (const auto& outline : m_drawn.outlines)
+        if (outline.box.width == 160) edges.push_back(outline.colour.opacity);
+    EXPECT_THAT(edges, testing::ElementsAre(qfc::host::palette::kDarkPictureEdge.opacity,
+                                            qfc::host::palette::kPictureEdge.opacity));
+}
+
+TEST(Palette, WhatCountsIsTheBorderOfThePicture) {
+    using namespace qfc::host::palette;
+    Picture framed(20, 10, 0xFFFFFFFFu);
+    for (int x = 0; x < 20; ++x) framed.At(x, 0) = framed.At(x, 9) = 0xFF000000u;
+    for (int y = 0; y < 10; ++y) framed.At(0, y) = framed.At(19, y) = 0xFF000000u;
+    EXPECT_EQ(EdgeOf(framed).opacity, kDarkPictureEdge.opacity);
+    EXPECT_EQ(EdgeOf(Picture(1, 1, 0xFF000000u)).opacity, kDarkPictureEdge.opacity);
+    EXPECT_EQ(EdgeOf(Picture(20, 10, 0xFF808080u)).opacity, kPictureEdge.opacity);
+    EXPECT_EQ(EdgeOf(Picture{}).opacity, kPictureEdge.opacity);
+    EXPECT_GE(kDarkPictureEdge.opacity, 3 * kPictureEdge.opacity);
 }
 
 TEST(Canvas, SizesThatCannotBeDrawnAreRefused) {

@@ -1,13 +1,17 @@
 #include "hosts/qfc/pictures/FilmStrip.h"
 
 #include "hosts/qfc/pictures/Canvas.h"
+#include "hosts/qfc/pictures/Palette.h"
 #include "tests/qfc/MediaMaker.h"
+#include "tests/qfc/RecordedDrawing.h"
 
 #include <gmock/gmock.h>
 
 namespace {
 
 using namespace qfc::test;
+using qfc::host::Align;
+using qfc::host::DrawFilmStrip;
 using qfc::host::FilmStrip;
 using qfc::host::FilmStripSize;
 using qfc::host::WriteFilmStrip;
@@ -66,6 +70,60 @@ TEST(FilmStrip, NoFramesAreRefused) {
     const TempFolder folder;
     EXPECT_THROW(WriteFilmStrip({}, folder / "film.png"), qfc::host::PictureError);
     EXPECT_THAT(folder.Entries(), testing::IsEmpty());
+}
+
+TEST(FilmStrip, EveryFrameHasItsNumberAndItsMomentBelow) {
+    FilmStrip strip = Strip(3);
+    strip.detail = "640 x 360, 0:09";
+    strip.captions = {"0:01.5", "0:04.5", "0:07.5"};
+    RecordedDrawing drawn;
+    DrawFilmStrip(strip, drawn);
+    EXPECT_THAT(drawn.Words(),
+                testing::ElementsAre("clip.mp4", "640 x 360, 0:09", "1", "0:01.5", "2", "0:04.5", "3", "0:07.5"));
+    for (std::size_t i = 0; i < 3; ++i) {
+        const auto moment = drawn.Find(strip.captions[i]);
+        const auto& frame = drawn.pictures[i];
+        EXPECT_EQ(moment.box.x, frame.x);
+        EXPECT_EQ(moment.box.width, frame.width);
+        EXPECT_GT(moment.box.y, frame.y + frame.height);
+        EXPECT_EQ(moment.style.align, Align::Right);
+    }
+    EXPECT_LT(drawn.Find("clip.mp4").box.y, drawn.pictures[0].y);
+}
+
+TEST(FilmStrip, MomentsMayBeMissing) {
+    FilmStrip strip = Strip(2);
+    strip.captions = {"0:01"};
+    RecordedDrawing drawn;
+    DrawFilmStrip(strip, drawn);
+    EXPECT_THAT(drawn.Words(), testing::ElementsAre("clip.mp4", "1", "0:01", "2"));
+}
+
+TEST(FilmStrip, ALongTitleGetsTheWholeLine) {
+    FilmStrip strip = Strip(1);
+    strip.title = std::string(200, 't');
+    strip.detail = "640 x 360";
+    RecordedDrawing drawn;
+    DrawFilmStrip(strip, drawn);
+    EXPECT_THAT(drawn.Words(), testing::ElementsAre(strip.title, "1"));
+}
+
+TEST(FilmStrip, EveryStripOfAManyFramedFilmHasTheTitleAndItsOwnNumbers) {
+    RecordedDrawing drawn;
+    DrawFilmStrip(Strip(25), drawn);
+    EXPECT_EQ(std::ranges::count(drawn.Words(), "clip.mp4"), 2);
+    EXPECT_GT(drawn.Find("21").box.y, drawn.Find("20").box.y);
+    EXPECT_EQ(drawn.Find("21").box.x, drawn.Find("1").box.x);
+}
+
+TEST(FilmStrip, DarkFramesGetAnEdgeThatShows) {
+    FilmStrip strip = Strip(0);
+    strip.frames = {Picture(160, 90, 0xFF000000u), Picture(160, 90, 0xFFFFFFFFu)};
+    RecordedDrawing drawn;
+    DrawFilmStrip(strip, drawn);
+    ASSERT_EQ(drawn.outlines.size(), 2u);
+    EXPECT_EQ(drawn.outlines[0].colour.opacity, qfc::host::palette::kDarkPictureEdge.opacity);
+    EXPECT_EQ(drawn.outlines[1].colour.opacity, qfc::host::palette::kPictureEdge.opacity);
 }
 
 }  // namespace

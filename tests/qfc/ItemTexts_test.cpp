@@ -112,4 +112,13 @@ TEST(ItemTexts, DetailsAreTheSizeOrTheSound) {
     EXPECT_EQ(ShownDetail(sound), "44.1 kHz 6 channels");
 }
 
+TEST(ItemTexts, MomentsThatLieCloseTogetherHaveTenths) {
+    EXPECT_EQ(qfc::host::ShownMoment(0.05, 0.1), "0:00.0");
+    EXPECT_EQ(qfc::host::ShownMoment(0.9, 1.8), "0:00.9");
+    EXPECT_EQ(qfc::host::ShownMoment(62.39, 1), "1:02.3");
+    EXPECT_EQ(qfc::host::ShownMoment(62.99, 2), "1:02");
+    EXPECT_EQ(qfc::host::ShownMoment(3723, 60), "1:02:03");
+    EXPECT_EQ(qfc::host::ShownMoment(-1, 60), "0:00");
+}
+
 }  // namespace

@@ -5,11 +5,32 @@
 #include "hosts/qfc/library/ItemPictures.h"
 #include "hosts/qfc/library/Output.h"
 #include "hosts/qfc/library/Text.h"
+#include "hosts/qfc/media/ItemTexts.h"
 #include "hosts/qfc/pictures/FilmStrip.h"
 
 #include <nlohmann/json.hpp>
 
 namespace qfc::host {
+namespace {
+
+// Each frame stands for an equal part of the clip; the middle of its part is what can be said of its moment.
+std::vector<std::string> Captions(std::size_t frames, double duration) {
+    std::vector<std::string> captions;
+    if (duration <= 0) return captions;
+    const double part = duration / static_cast<double>(frames);
+    for (std::size_t i = 0; i < frames; ++i) {
+        captions.push_back(ShownMoment((static_cast<double>(i) + 0.5) * part, part));
+    }
+    return captions;
+}
+
+std::string Detail(const MediaFacts& facts) {
+    const std::string size = ShownDetail(facts);
+    const std::string duration = ShownDuration(facts.duration);
+    return size + (size.empty() || duration.empty() ? "" : ", ") + duration;
+}
+
+}  // namespace
 
 int Run(const FilmOptions& options, const Console& console) {
     RequirePictureName(options.output);
@@ -21,10 +42,15 @@ int Run(const FilmOptions& options, const Console& console) {
     strip.title = ToText(item.GetItemName());
     strip.frames = LoadFilm(item);
     if (strip.frames.empty()) throw Failure(strip.title + " has no film");
+    const MediaFacts facts = LoadFacts(item);
+    strip.detail = Detail(facts);
+    // Frames that cannot be read are left out, and then nobody knows which are which.
+    const bool complete = strip.frames.size() == item.GetTotalFilmFrame();
+    if (complete) strip.captions = Captions(strip.frames.size(), facts.duration);
     RefuseMediaFile(galleries, target);
     WriteFilmStrip(strip, options.output);
     console.Say("wrote " + options.output);
-    console.ShowJson({{"file", options.output}, {"frames", strip.frames.size()}});
+    console.ShowJson({{"file", options.output}, {"frames", strip.frames.size()}, {"moments", strip.captions}});
     return kDone;
 }
 

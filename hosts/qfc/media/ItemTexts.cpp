@@ -92,6 +92,16 @@ std::string ShownDuration(double seconds) {
     return fmt::format("{}:{:02}:{:02}", whole / 3600, whole / 60 % 60, whole % 60);
 }
 
+std::string ShownMoment(double seconds, double distance) {
+    constexpr double kWholeSeconds = 2;
+    const auto tenths = static_cast<std::int64_t>(std::clamp(seconds, 0.0, 1e9) * 10 + 1e-6);
+    const std::int64_t whole = tenths / 10;
+    std::string text = whole < 3600 ? fmt::format("{}:{:02}", whole / 60, whole % 60)
+                                    : fmt::format("{}:{:02}:{:02}", whole / 3600, whole / 60 % 60, whole % 60);
+    if (distance < kWholeSeconds) text += fmt::format(".{}", tenths % 10);
+    return text;
+}
+
 std::string ShownDetail(const MediaFacts& facts) {
     if (facts.kind != MediaKind::Audio)
         return facts.width > 0 ? fmt::format("{} \u00d7 {}", facts.width, facts.height) : std::string{};

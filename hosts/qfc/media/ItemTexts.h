@@ -22,6 +22,8 @@ MediaFacts FactsOf(std::string_view blackBox);
 
 // For people: "0:10", "1:02:03", below a second "0.4 s"; and "1920 × 1080" or "44.1 kHz stereo".
 std::string ShownDuration(double seconds);
+// A moment of a clip: "1:02", or "1:02.5" for moments that lie closer together than two seconds.
+std::string ShownMoment(double seconds, double distance);
 std::string ShownDetail(const MediaFacts& facts);
 
 // The type bit: 1 video, 2 audio, 4 image.

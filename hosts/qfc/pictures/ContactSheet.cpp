@@ -1,6 +1,7 @@
 #include "hosts/qfc/pictures/ContactSheet.h"
 
 #include "hosts/qfc/pictures/Canvas.h"
+#include "hosts/qfc/pictures/Palette.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -25,19 +26,6 @@ constexpr int kCardHeight = kPictureArea.height + 2 * kCardPadding + 6 + kNameHe
 constexpr int kMaxPageHeight = 16000;
 constexpr double kCardRadius = 9;
 constexpr double kPictureRadius = 4;
-
-constexpr Colour kGround = {0x15181D};
-constexpr Colour kTitle = {0xF4F1EA};
-constexpr Colour kQuiet = {0x8C95A3};
-constexpr Colour kAccent = {0xE8A33D};
-constexpr Colour kRule = {0x2C323B};
-constexpr Colour kCardTop = {0x282D36};
-constexpr Colour kCardBottom = {0x20242B};
-constexpr Colour kCardEdge = {0xFFFFFF, 0.05};
-constexpr Colour kMat = {0x171A1F};
-constexpr Colour kName = {0xDDE1E7};
-constexpr Colour kBadge = {0x000000, 0.66};
-constexpr Colour kBadgeText = {0xFFFFFF};
 
 // A row of the sheet: a heading (no cells) or some cells beside each other.
 struct Row {
@@ -101,13 +89,10 @@ std::size_t SectionSize(const ContactSheet& sheet, std::size_t first) {
 
 class PagePainter {
 public:
-    PagePainter(const ContactSheet& sheet, const Page& page)
-        : m_sheet(sheet),
-          m_page(page),
-          m_width(WidthOf(ColumnsUsed(sheet))),
-          m_canvas({m_width, page.height}, kGround) {}
+    PagePainter(const ContactSheet& sheet, const Page& page, Drawing& drawing)
+        : m_sheet(sheet), m_page(page), m_width(WidthOf(ColumnsUsed(sheet))), m_drawing(drawing) {}
 
-    Canvas& Paint(const std::string& pageText) {
+    void Paint(const std::string& pageText) {
         PaintTitle(pageText);
         int y = kTitleHeight;
         for (const Row& row : m_page.rows) {
@@ -116,55 +101,58 @@ public:
                 PaintCell(row.firstCell + i, kMargin + static_cast<int>(i) * (kCardWidth + kGap), y);
             y += row.Height();
         }
-        return m_canvas;
     }
 
 private:
     void PaintTitle(const std::string& pageText) {
         const double width = m_width - 2 * kMargin;
-        m_canvas.FillBox({kMargin, 30, 4, 42}, 2, kAccent);
-        m_canvas.DrawText(m_sheet.title, {kMargin + 16, 26, width - 16, 30},
-                          {.size = 23, .colour = kTitle, .bold = true});
-        m_canvas.DrawText(m_sheet.subtitle, {kMargin + 16, 56, width - 16, 18}, {.size = 12.5, .colour = kQuiet});
-        m_canvas.DrawText(pageText, {kMargin, 56, width, 18}, {.size = 12.5, .colour = kQuiet, .align = Align::Right});
+        m_drawing.FillBox({kMargin, 30, 4, 42}, 2, palette::kAccent);
+        m_drawing.DrawText(m_sheet.title, {kMargin + 16, 26, width - 16, 30},
+                           {.size = 23, .colour = palette::kTitle, .bold = true});
+        m_drawing.DrawText(m_sheet.subtitle, {kMargin + 16, 56, width - 16, 18},
+                           {.size = 12.5, .colour = palette::kQuiet});
+        m_drawing.DrawText(pageText, {kMargin, 56, width, 18},
+                           {.size = 12.5, .colour = palette::kQuiet, .align = Align::Right});
     }
 
     void PaintHeading(const Row& row, int y) {
         const double width = m_width - 2 * kMargin;
-        const TextStyle style = {.size = 14, .colour = kTitle, .bold = true};
+        const TextStyle style = {.size = 14, .colour = palette::kTitle, .bold = true};
         const std::string& text = m_sheet.cells[row.firstCell].section;
         const std::string count = text.empty() ? "" : std::to_string(SectionSize(m_sheet, row.firstCell));
-        const double textWidth = std::min(m_canvas.TextWidth(text, style) + 2, width - 60);
+        const double textWidth = std::min(m_drawing.TextWidth(text, style) + 2, width - 60);
         // Of a long path the end tells more.
         TextStyle shown = style;
         shown.cut = Cut::Start;
-        m_canvas.DrawText(text, {kMargin, y + 10.0, textWidth, 22}, shown);
-        m_canvas.DrawText(count, {kMargin + textWidth + 8, y + 10.0, 48, 22}, {.size = 12, .colour = kQuiet});
-        const double rule = kMargin + textWidth + 8 + m_canvas.TextWidth(count, {.size = 12, .colour = kQuiet}) + 12;
-        if (rule < m_width - kMargin) m_canvas.FillBox({rule, y + 21.0, m_width - kMargin - rule, 1}, 0, kRule);
+        m_drawing.DrawText(text, {kMargin, y + 10.0, textWidth, 22}, shown);
+        m_drawing.DrawText(count, {kMargin + textWidth + 8, y + 10.0, 48, 22}, {.size = 12, .colour = palette::kQuiet});
+        const double rule =
+            kMargin + textWidth + 8 + m_drawing.TextWidth(count, {.size = 12, .colour = palette::kQuiet}) + 12;
+        if (rule < m_width - kMargin)
+            m_drawing.FillBox({rule, y + 21.0, m_width - kMargin - rule, 1}, 0, palette::kRule);
     }
 
     void PaintCell(std::size_t number, int x, int y) {
         const SheetCell& cell = m_sheet.cells[number];
         const Box card = {double(x), double(y), kCardWidth, kCardHeight};
-        m_canvas.Shadow(card, kCardRadius, 6);
-        m_canvas.FillGradient(card, kCardRadius, kCardTop, kCardBottom);
-        m_canvas.OutlineBox(card, kCardRadius, 1, kCardEdge);
+        m_drawing.Shadow(card, kCardRadius, 6);
+        m_drawing.FillGradient(card, kCardRadius, palette::kCardTop, palette::kCardBottom);
+        m_drawing.OutlineBox(card, kCardRadius, 1, palette::kCardEdge);
         const Box area = {card.x + kCardPadding, card.y + kCardPadding, kPictureArea.width, kPictureArea.height};
         const Box shown = PaintPicture(m_sheet.picture ? m_sheet.picture(number) : Picture{}, area);
         PaintBadge(cell, shown);
         const double below = area.y + area.height + 6;
-        m_canvas.DrawText(cell.name, {area.x, below, area.width, kNameHeight},
-                          {.size = 11.5, .colour = kName, .align = Align::Centre, .cut = Cut::Middle});
-        m_canvas.DrawText(cell.detail, {area.x, below + kNameHeight, area.width, kDetailHeight},
-                          {.size = 10, .colour = kQuiet, .align = Align::Centre});
+        m_drawing.DrawText(cell.name, {area.x, below, area.width, kNameHeight},
+                           {.size = 11.5, .colour = palette::kName, .align = Align::Centre, .cut = Cut::Middle});
+        m_drawing.DrawText(cell.detail, {area.x, below + kNameHeight, area.width, kDetailHeight},
+                           {.size = 10, .colour = palette::kQuiet, .align = Align::Centre});
     }
 
     // The box that the picture takes.
     Box PaintPicture(const Picture& picture, Box area) {
         if (picture.IsEmpty()) {
-            m_canvas.FillBox(area, kPictureRadius, kMat);
-            m_canvas.DrawText("no picture", area, {.size = 10.5, .colour = kQuiet, .align = Align::Centre});
+            m_drawing.FillBox(area, kPictureRadius, palette::kMat);
+            m_drawing.DrawText("no picture", area, {.size = 10.5, .colour = palette::kQuiet, .align = Align::Centre});
             return area;
         }
         PictureSize size = {picture.width, picture.height};
@@ -172,8 +160,8 @@ private:
         const int left = (kPictureArea.width - size.width) / 2;
         const int top = (kPictureArea.height - size.height) / 2;
         const Box box = {area.x + left, area.y + top, double(size.width), double(size.height)};
-        m_canvas.DrawPicture(picture, box, kPictureRadius);
-        m_canvas.OutlineBox(box, kPictureRadius, 1, {0xFFFFFF, 0.10});
+        m_drawing.DrawPicture(picture, box, kPictureRadius);
+        m_drawing.OutlineBox(box, kPictureRadius, 1, palette::EdgeOf(picture));
         return box;
     }
 
@@ -181,23 +169,28 @@ private:
         if (cell.badge == SheetBadge::None) return;
         constexpr double kHeight = 17;
         constexpr double kIcon = 8;
-        const TextStyle style = {.size = 10, .colour = kBadgeText, .bold = true};
-        const double text = cell.duration.empty() ? 0 : m_canvas.TextWidth(cell.duration, style) + 5;
+        const TextStyle style = {.size = 10, .colour = palette::kBadgeText, .bold = true};
+        const double text = cell.duration.empty() ? 0 : m_drawing.TextWidth(cell.duration, style) + 5;
         const double width = kIcon + text + 12;
         const Box pill = {picture.x + picture.width - width - 4, picture.y + picture.height - kHeight - 4, width,
                           kHeight};
-        m_canvas.FillBox(pill, kHeight / 2, kBadge);
+        m_drawing.FillBox(pill, kHeight / 2, palette::kBadge);
         const Box icon = {pill.x + 7, pill.y + 4.5, kIcon - 1, kIcon};
-        if (cell.badge == SheetBadge::Film) m_canvas.FillTriangle(icon, kAccent);
-        if (cell.badge == SheetBadge::Sound) m_canvas.FillNote(icon, kAccent);
-        if (text > 0) m_canvas.DrawText(cell.duration, {icon.x + kIcon + 3, pill.y, text, kHeight}, style);
+        if (cell.badge == SheetBadge::Film) m_drawing.FillTriangle(icon, palette::kAccent);
+        if (cell.badge == SheetBadge::Sound) m_drawing.FillNote(icon, palette::kAccent);
+        if (text > 0) m_drawing.DrawText(cell.duration, {icon.x + kIcon + 3, pill.y, text, kHeight}, style);
     }
 
     const ContactSheet& m_sheet;
     const Page& m_page;
     const int m_width;
-    Canvas m_canvas;
+    Drawing& m_drawing;
 };
+
+void PaintPage(const ContactSheet& sheet, const std::vector<Page>& pages, std::size_t page, Drawing& drawing) {
+    const std::string pageText = pages.size() == 1 ? "" : fmt::format("page {} of {}", page + 1, pages.size());
+    PagePainter(sheet, pages.at(page), drawing).Paint(pageText);
+}
 
 std::string PagePath(const std::string& path, std::size_t page) {
     if (page == 0) return path;
@@ -225,15 +218,25 @@ std::vector<std::string> ContactSheetFiles(const ContactSheet& sheet, const std:
     return files;
 }
 
+std::size_t ContactSheetPages(const ContactSheet& sheet) {
+    CheckColumns(sheet);
+    return PagesOf(sheet).size();
+}
+
+void DrawContactSheet(const ContactSheet& sheet, std::size_t page, Drawing& drawing) {
+    CheckColumns(sheet);
+    PaintPage(sheet, PagesOf(sheet), page, drawing);
+}
+
 std::vector<std::string> WriteContactSheet(const ContactSheet& sheet, const std::string& path) {
     CheckColumns(sheet);
     const std::vector<Page> pages = PagesOf(sheet);
     std::vector<std::string> written;
     for (std::size_t i = 0; i < pages.size(); ++i) {
-        const std::string pageText = pages.size() == 1 ? "" : fmt::format("page {} of {}", i + 1, pages.size());
-        PagePainter painter(sheet, pages[i]);
+        Canvas canvas({WidthOf(ColumnsUsed(sheet)), pages[i].height}, palette::kGround);
+        PaintPage(sheet, pages, i, canvas);
         written.push_back(PagePath(path, i));
-        painter.Paint(pageText).SavePng(written.back());
+        canvas.SavePng(written.back());
     }
     return written;
 }

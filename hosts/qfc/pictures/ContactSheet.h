@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hosts/qfc/pictures/Picture.h"
+#include "hosts/qfc/pictures/Drawing.h"
 
 #include <cstddef>
 #include <functional>
@@ -37,6 +37,10 @@ int MaxSheetColumns();
 // The files that a sheet takes: `path`, and for what does not fit one picture "name-2.png" and so on beside it. Throws
 // PictureError for columns out of range.
 std::vector<std::string> ContactSheetFiles(const ContactSheet& sheet, const std::string& path);
+
+// The pages of the sheet, and one of them on any drawing. Throw PictureError for columns out of range.
+std::size_t ContactSheetPages(const ContactSheet& sheet);
+void DrawContactSheet(const ContactSheet& sheet, std::size_t page, Drawing& drawing);
 
 // Draws the sheet and gives those files, written. Throws PictureError, for columns out of range as well.
 std::vector<std::string> WriteContactSheet(const ContactSheet& sheet, const std::string& path);

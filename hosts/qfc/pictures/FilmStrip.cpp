@@ -1,6 +1,7 @@
 #include "hosts/qfc/pictures/FilmStrip.h"
 
 #include "hosts/qfc/pictures/Canvas.h"
+#include "hosts/qfc/pictures/Palette.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -19,12 +20,6 @@ constexpr double kHoleWidth = 10;
 constexpr double kHoleHeight = 13;
 constexpr double kHoleStep = 21.25;
 
-constexpr Colour kGround = {0x15181D};
-constexpr Colour kHole = {0x15181D};
-constexpr Colour kStripTop = {0x3A322A};
-constexpr Colour kStripBottom = {0x2A241E};
-constexpr Colour kPrint = {0xE8A33D};
-
 PictureSize FrameSize(const FilmStrip& strip) {
     PictureSize size = {1, 1};
     for (const Picture& frame : strip.frames) {
@@ -40,39 +35,53 @@ int StripWidth(std::size_t frames, int frameWidth) {
     return static_cast<int>(frames) * (frameWidth + kFrameGap) + kFrameGap;
 }
 
-void PaintHoles(Canvas& canvas, Box strip) {
+void PaintHoles(Drawing& drawing, Box strip) {
     const int holes = std::max(1, static_cast<int>(strip.width / kHoleStep));
     const double step = strip.width / holes;
     for (int i = 0; i < holes; ++i) {
         const double x = strip.x + step * i + (step - kHoleWidth) / 2;
-        canvas.FillBox({x, strip.y + 6, kHoleWidth, kHoleHeight}, 3, kHole);
-        canvas.FillBox({x, strip.y + strip.height - 6 - kHoleHeight, kHoleWidth, kHoleHeight}, 3, kHole);
+        drawing.FillBox({x, strip.y + 6, kHoleWidth, kHoleHeight}, 3, palette::kPerforation);
+        drawing.FillBox({x, strip.y + strip.height - 6 - kHoleHeight, kHoleWidth, kHoleHeight}, 3,
+                        palette::kPerforation);
     }
 }
 
+// The title, and at the other end what else there is to say; the title gets all the room when it needs it.
+void PaintTitle(Drawing& drawing, const FilmStrip& strip, Box line) {
+    const TextStyle quiet = {.size = 10, .colour = palette::kQuietPrint, .align = Align::Right};
+    drawing.DrawText(strip.title, line, {.size = 10, .colour = palette::kPrint, .bold = true});
+    const double title = drawing.TextWidth(strip.title, {.size = 10, .colour = palette::kPrint, .bold = true});
+    const double detail = drawing.TextWidth(strip.detail, quiet);
+    if (title + kFrameGap + detail <= line.width) drawing.DrawText(strip.detail, line, quiet);
+}
+
+void PaintFrame(Drawing& drawing, const FilmStrip& strip, std::size_t number, Box cell) {
+    const Picture& frame = strip.frames[number];
+    const Box shown = {cell.x + static_cast<int>(cell.width - frame.width) / 2,
+                       cell.y + static_cast<int>(cell.height - frame.height) / 2, double(frame.width),
+                       double(frame.height)};
+    drawing.DrawPicture(frame, shown, 3);
+    drawing.OutlineBox(shown, 3, 1, palette::EdgeOf(frame));
+    const Box below = {cell.x, cell.y + cell.height + 3, cell.width, 15};
+    drawing.DrawText(fmt::format("{}", number + 1), below, {.size = 10, .colour = palette::kPrint, .bold = true});
+    if (number >= strip.captions.size()) return;
+    drawing.DrawText(strip.captions[number], below,
+                     {.size = 10, .colour = palette::kQuietPrint, .align = Align::Right});
+}
+
 // One strip with the frames from `first` on.
-void PaintStrip(Canvas& canvas, const FilmStrip& strip, std::size_t first, int y) {
+void PaintStrip(Drawing& drawing, const FilmStrip& strip, std::size_t first, int y) {
     const PictureSize size = FrameSize(strip);
     const std::size_t last = std::min(first + kFramesPerStrip, strip.frames.size());
     const Box body = {kMargin, double(y), double(StripWidth(last - first, size.width)), size.height + 2.0 * kEdge};
-    canvas.Shadow(body, 3, 8);
-    canvas.FillGradient(body, 3, kStripTop, kStripBottom);
-    PaintHoles(canvas, body);
-    const TextStyle print = {.size = 10, .colour = kPrint, .bold = true};
-    canvas.DrawText(strip.title, {body.x + kFrameGap, body.y + 22, body.width - 2 * kFrameGap, 15}, print);
+    drawing.Shadow(body, 3, 8);
+    drawing.FillGradient(body, 3, palette::kCelluloidTop, palette::kCelluloidBottom);
+    PaintHoles(drawing, body);
+    PaintTitle(drawing, strip, {body.x + kFrameGap, body.y + 22, body.width - 2 * kFrameGap, 15});
     for (std::size_t i = first; i < last; ++i) {
-        const Picture& frame = strip.frames[i];
-        const Box cell = {body.x + StripWidth(i - first, size.width), body.y + kEdge, double(size.width),
-                          double(size.height)};
-        const Box shown = {cell.x + (size.width - frame.width) / 2, cell.y + (size.height - frame.height) / 2,
-                           double(frame.width), double(frame.height)};
-        canvas.DrawPicture(frame, shown, 3);
-        const Box below = {cell.x, cell.y + cell.height + 3, cell.width, 15};
-        canvas.DrawText(fmt::format("{}", i + 1), below, print);
-        TextStyle right = print;
-        right.align = Align::Right;
-        right.bold = false;
-        if (i < strip.captions.size()) canvas.DrawText(strip.captions[i], below, right);
+        PaintFrame(
+            drawing, strip, i,
+            {body.x + StripWidth(i - first, size.width), body.y + kEdge, double(size.width), double(size.height)});
     }
 }
 
@@ -86,12 +95,16 @@ PictureSize FilmStripSize(const FilmStrip& strip) {
             2 * kMargin + strips * (frame.height + 2 * kEdge) + std::max(0, strips - 1) * kStripGap};
 }
 
-void WriteFilmStrip(const FilmStrip& strip, const std::string& path) {
-    if (strip.frames.empty()) throw PictureError("there are no frames to draw");
-    Canvas canvas(FilmStripSize(strip), kGround);
+void DrawFilmStrip(const FilmStrip& strip, Drawing& drawing) {
     const int step = FrameSize(strip).height + 2 * kEdge + kStripGap;
     for (std::size_t i = 0; i < Strips(strip); ++i)
-        PaintStrip(canvas, strip, i * kFramesPerStrip, kMargin + static_cast<int>(i) * step);
+        PaintStrip(drawing, strip, i * kFramesPerStrip, kMargin + static_cast<int>(i) * step);
+}
+
+void WriteFilmStrip(const FilmStrip& strip, const std::string& path) {
+    if (strip.frames.empty()) throw PictureError("there are no frames to draw");
+    Canvas canvas(FilmStripSize(strip), palette::kGround);
+    DrawFilmStrip(strip, canvas);
     canvas.SavePng(path);
 }
 
