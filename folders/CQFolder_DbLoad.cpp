@@ -22,6 +22,9 @@ CQItem* SharedItem(const CQGallery* gallery, const GUID& guid) {
     return gallery != nullptr && gallery->IsItemHasParentByGuid(guid, item) != 0 ? item : nullptr;
 }
 
+// What has no row has nothing below it either: -1 is what every gallery root has as its parent.
+bool HasRow(const CQFolder& folder) { return folder.GetDBId() >= 0; }
+
 std::set<GUID> GuidsIn(CQFolder& folder) {
     std::set<GUID> guids;
     const CQFolder::ItemArray* items = folder.GetItemArray();
@@ -45,12 +48,13 @@ FolderLoad::FolderLoad(CQFolder& start) : m_start(start) {
 FolderLoad::~FolderLoad() = default;
 
 int FolderLoad::Run() {
-    if (m_start.GetDBTools() == nullptr) return 0;
+    if (m_start.GetDBTools() == nullptr || !HasRow(m_start)) return 0;
     m_rows = RowsOfTree(*m_start.GetDBTools(), m_start.GetDBId());
     return LoadBelow(m_start, m_startDepth);
 }
 
 bool FolderLoad::TakeRow(CQFolder& folder, FolderRows& rows) {
+    if (!HasRow(folder)) return false;
     const auto row = rows.Folder(folder.m_nDBId);
     if (!row) return false;
     folder.m_strVersion = row->version;
@@ -66,6 +70,7 @@ bool FolderLoad::TakeRow(CQFolder& folder, FolderRows& rows) {
 }
 
 void FolderLoad::TakeItems(CQFolder& folder, FolderRows& rows) {
+    if (!HasRow(folder)) return;
     const bool current = IsCurrentDBTools(folder.m_pDBTools);
     CQGallery* gallery = GalleryOf(folder);
     // A folder holds an item once, whatever the rows say.
@@ -99,7 +104,7 @@ int FolderLoad::LoadBelow(CQFolder& folder, int nDepth) {
     const CQFolder::FolderList* list = folder.GetFolderList();
     if (list == nullptr || list->IsEmpty()) return 1;
     for (CQFolder* child : *list) {
-        if (child == nullptr) continue;
+        if (child == nullptr || !HasRow(*child)) continue;
         TakeRow(*child, *m_rows);
         TakeItems(*child, *m_rows);
         LoadBelow(*child, nDepth + 1);
