@@ -119,7 +119,7 @@ TEST(CQItem, SetDbTools_AnswersOne) {
     EXPECT_EQ(item.fnGetDbTools(), nullptr);
 }
 
-TEST(CQItem_Tags, TagAddedTwice_StandsOnce) {
+TEST(CQItem_OwnTags, TagAddedTwice_StandsOnce) {
     CQItem item;
     item.AddLibTag(GuidOf(1));
     item.AddLibTag(GuidOf(2));
@@ -129,7 +129,7 @@ TEST(CQItem_Tags, TagAddedTwice_StandsOnce) {
     EXPECT_THAT(tags, ElementsAre(GuidOf(1), GuidOf(2)));
 }
 
-TEST(CQItem_Tags, RemovedTag_LeavesTheOrderOfTheRest) {
+TEST(CQItem_OwnTags, RemovedTag_LeavesTheOrderOfTheRest) {
     CQItem item;
     for (unsigned n = 1; n <= 4; ++n) item.AddLibTag(GuidOf(n));
     item.RemoveLibTag(GuidOf(2));
@@ -141,7 +141,7 @@ TEST(CQItem_Tags, RemovedTag_LeavesTheOrderOfTheRest) {
     EXPECT_EQ(item.IsTagExist(GuidOf(3)), 1);
 }
 
-TEST(CQItem_Tags, CopiedTags_FollowWhatTheListHolds) {
+TEST(CQItem_OwnTags, CopiedTags_FollowWhatTheListHolds) {
     CQItem item;
     item.AddLibTag(GuidOf(5));
     std::list<GUID> tags{GuidOf(1), GuidOf(5)};
