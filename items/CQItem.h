@@ -148,6 +148,8 @@ public:
     int IsTagExist(const GUID& tag) const;
     // Appends to `out`, without clearing it.
     void CopyTagVec(std::list<GUID>& out) const;
+    // The names of its tags, in the item's order, as "Beach, Sunset"; tags that the store does not know are left out.
+    CString GetTagTooltip() const;
 
     // --- Database, always through the item's own DBTools; 0 without one ------------------------------------------
     int fnLoadItemFromDb();
