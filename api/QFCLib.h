@@ -4,6 +4,7 @@
 
 #include "api/FolderNameApi.h"
 #include "api/GalleryApi.h"
+#include "api/names/StringTables.h"
 #include "db/CppSQLite3.h"
 #include "db/DBTools.h"
 #include "db/LibraryCheck.h"
@@ -16,6 +17,7 @@
 #include "items/Handles.h"
 #include "items/ItemTypes.h"
 #include "platform/framework/Exceptions.h"
+#include "platform/os/IniFile.h"
 #include "platform/os/Memory.h"
 #include "platform/os/Places.h"
 #include "platform/os/Sync.h"
@@ -23,3 +25,5 @@
 #include "service/MutexLocker.h"
 #include "service/QFCLibCallbackParam.h"
 #include "service/QFCLibraryManager.h"
+#include "tags/CLibTagsMgr.h"
+#include "tags/TagRecords.h"

@@ -36,6 +36,28 @@ int QFCLibraryManager::fnExportDB(const char* pszTargetPath) {
     return database.Get() != nullptr && database.Get()->ExportDatabase(pszTargetPath) ? 1 : 0;
 }
 
+int QFCLibraryManager::fnAddItemIntoAutoLodedTable(GUID guidItem, int nFolderId) {
+    const EntrySteps::DatabaseUse database;
+    return database.Get() != nullptr && database.Get()->InsertAutoLoadedItem(guidItem, nFolderId) ? 1 : 0;
+}
+
+int QFCLibraryManager::fnIsItemInAutoLoadedTable(GUID guidItem, int nFolderId) {
+    const EntrySteps::DatabaseUse database;
+    return database.Get() != nullptr && database.Get()->IsItemAutoLoaded(guidItem, nFolderId) ? 1 : 0;
+}
+
+int QFCLibraryManager::fnAddItemIntoAutoLodedByPathTable(const char* pszFilePath, int nFolderId) {
+    const CString strPath = CString(pszFilePath).MakeLower();
+    const EntrySteps::DatabaseUse database;
+    return database.Get() != nullptr && database.Get()->InsertAutoLoadedFile(strPath, nFolderId) ? 1 : 0;
+}
+
+int QFCLibraryManager::fnIsItemInAutoLoadedByPathTable(const char* pszFilePath, int nFolderId) {
+    const CString strPath = CString(pszFilePath).MakeLower();
+    const EntrySteps::DatabaseUse database;
+    return database.Get() != nullptr && database.Get()->IsFileAutoLoaded(strPath, nFolderId) ? 1 : 0;
+}
+
 int QFCLibraryManager::fnListGalleries(std::vector<qfc::StoredGallery>& galleries, DBTools* pDBTools) {
     const EntrySteps::DatabaseUse database(pDBTools);
     return database.Get() != nullptr && database.Get()->QueryGalleries(galleries) ? 1 : 0;

@@ -9,9 +9,11 @@
 #include "service/LibItemThumbnailInfo.h"
 #include "service/OperationQueues.h"
 #include "service/QFCLibCallbackParam.h"
+#include "tags/TagRecords.h"
 
 #include <atomic>
 #include <functional>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <shared_mutex>
@@ -111,12 +113,32 @@ public:
     // Replaces the contents of the vector. Kept: 1 also when the query failed or ended early.
     static int fnQueryLibItemThumbnailInfo(std::vector<_DS_LibItemTunmbnailInfo_>& thumbnails);
 
+    // --- Tags ------------------------------------------------------------------------------------------------------
+    // Each is 0, and nothing is queued, while the service is stopped. What the operations cannot do leaves database,
+    // tag store and items as they were. Kept: the result is 1 then, too: look at the store or the items. The key is the
+    // gallery's id, under which CLibTagsMgr files categories and tags.
+    static int fnCreateDefaultTag();  // The store then holds the default tags alone; stored ones stay stored.
+    static int fnLoadLibTag();        // Appends to the store: once a process.
+    static int fnUpdateTagCategory(DWORD dwKey, const std::vector<CTagCategory> categories);  // With the tags in them.
+    static int fnDeleteTagCategory(DWORD dwKey, const std::vector<CTagCategory> categories);  // Their tags stay stored.
+    static int fnUpdateTag(DWORD dwKey, const std::list<CLibTag> tags);
+    // Deleted and merged tags leave database and store; items in memory keep them until RemoveLibTag.
+    static int fnDeleteTag(DWORD dwKey, const std::list<CLibTag> tags);
+    static int fnInsertLibTag2Item(const std::vector<CQItem*> items, const std::list<GUID> tags);
+    static int fnDeleteLibTagFromItem(const std::vector<CQItem*> items, const std::list<GUID> tags);
+    static int fnMergeFaceTag(DWORD dwKey, const GUID& target, const std::list<GUID> sources);
+
     // --- Database, on the calling thread ---------------------------------------------------------------------------
     // Writes a copy of the service database; needs the service started. A failed export leaves a partial file.
     static int fnExportDB(const char* pszTargetPath);
     // Drops everything but the tags; only while the service is stopped.
     static int fnClearDBContent();
     static CString fnGetDBName();
+    // What was loaded automatically into a folder, by item or by path in any case. Kept: spelt so.
+    static int fnAddItemIntoAutoLodedTable(GUID guidItem, int nFolderId);
+    static int fnIsItemInAutoLoadedTable(GUID guidItem, int nFolderId);
+    static int fnAddItemIntoAutoLodedByPathTable(const char* pszFilePath, int nFolderId);
+    static int fnIsItemInAutoLoadedByPathTable(const char* pszFilePath, int nFolderId);
     // Lists the galleries stored in the database, by gallery id. 0 on failure, the list is then as it was.
     static int fnListGalleries(std::vector<qfc::StoredGallery>& galleries, DBTools* pDBTools = nullptr);
     // Destroys a gallery of a session with the items its folders hold. 0, nothing done, for 0 and for a gallery of the

@@ -1,0 +1,83 @@
+#include "service/operations/PresetTags.h"
+
+#include "api/names/PathRules.h"
+#include "api/names/Translation.h"
+#include "db/DBTools.h"
+#include "folders/CQFolder.h"
+#include "items/CQItem.h"
+#include "items/ItemGuid.h"
+#include "platform/os/IniFile.h"
+#include "platform/text/AnsiText.h"
+#include "platform/text/CodePages.h"
+#include "tags/CLibTagsMgr.h"
+#include "tags/PredefinedGalleries.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+// Without a separator before it, unlike the tail.
+CString FileNameOf(const CString& strPath) {
+    const CString strTail = qfc::FileNameTail(strPath);
+    return strTail.Find(qfc::kPathSeparator) == 0 ? strTail.Mid(1) : strTail;
+}
+
+// Stickers are presented under names of their own.
+CString NameInGallery(const CPresetItemTag& preset, const CQFolder& gallery) {
+    if (gallery.GetFolderID() != kGalleryArStickers) return preset.m_strItemName;
+    const CString strDisplayName(
+        qfc::ReadProfileText(preset.m_strItemName.GetString(), "displayname", "", qfc::ArFilterFilePath().GetString()));
+    return strDisplayName.IsEmpty() ? preset.m_strItemName : CDBStringHelper::UTF_82ASCII(strDisplayName);
+}
+
+bool Contains(const CString& strText, const CString& strPart) {
+    return strPart.IsEmpty() || qfc::FindInAnsi(strText.View(), strPart.View()) != std::string_view::npos;
+}
+
+// The word before the at-sign says the tag's type, which does not matter here.
+CString TagNameOf(const CString& strSpecifier) {
+    const std::size_t at = qfc::FindLastInAnsi(strSpecifier.View(), '@');
+    return at == std::string_view::npos ? strSpecifier : CString(strSpecifier.View().substr(at + 1));
+}
+
+// Default tags are stored under their translated names, other ones as they were written.
+std::optional<GUID> FindTag(const CLibTagsMgr& store, DWORD dwGallery, const CString& strName) {
+    CLibTag tag;
+    if (store.GetTagByName(dwGallery, g_GetTagTranslateName(strName), tag) == 0 &&
+        store.GetTagByName(dwGallery, strName, tag) == 0) {
+        return std::nullopt;
+    }
+    return tag.m_guid;
+}
+
+void CollectTags(const CLibTagsMgr& store, const CPresetItemTag& preset, const CQItem& item, std::vector<GUID>& tags) {
+    const auto dwGallery = static_cast<DWORD>(std::strtol(preset.m_strGalleryId, nullptr, 10));
+    for (const CString& strSpecifier : preset.m_tagList) {
+        const auto tag = FindTag(store, dwGallery, TagNameOf(strSpecifier));
+        if (!tag || item.IsTagExist(*tag) != 0 || std::ranges::find(tags, *tag) != tags.end()) continue;
+        tags.push_back(*tag);
+    }
+}
+
+}  // namespace
+
+namespace qfc {
+
+void ApplyPresetTags(const CLibTagsMgr& store, const CQFolder& gallery, CQItem& item) {
+    DBTools* const pDBTools = item.fnGetDbTools();
+    if (store.GetPresetTagData().empty() || pDBTools == nullptr) return;
+    const CString strFileName = FileNameOf(item.GetFileName());
+    std::vector<GUID> tags;
+    for (const CPresetItemTag& preset : store.GetPresetTagData()) {
+        if (!Contains(preset.m_strFilePath, strFileName)) continue;
+        if (NameInGallery(preset, gallery) == item.GetItemName()) CollectTags(store, preset, item, tags);
+    }
+    if (tags.empty() || !pDBTools->InsertTags2Items({&GuidOfItem(item), 1}, tags)) return;
+    for (const GUID& tag : tags) item.AddLibTag(tag);
+}
+
+}  // namespace qfc
