@@ -85,6 +85,11 @@ public:
     int IsPredefinedFolder() const;
     // The last of names separated by "||", up to the first one that is blank.
     static CString GetNameFormImportFolder(CString strList);
+    // While translation is on, the name that the translation file has for the folder, kept once found; else empty.
+    // Where names are collected instead, the name is written down and the text stays empty.
+    CString& GetTranslateFolderName();
+    // Whether the folder may be shown as `strName`: as no other folder of its parent is. A root may have any name.
+    int IsFolderNameValid(CString strName, HINSTANCE hModule);
 
     // --- Navigation -----------------------------------------------------------------------------------------------
     // The topmost folder when it is a CQGallery, else null.
@@ -110,6 +115,7 @@ public:
     // Kept: compares names, not string ids.
     CQFolder* GetSubFolderByStrID(const CString& strName);
     CQFolder* GetSubFolderByID(DWORD dwId);
+    CQFolder* GetSubFolderByDisplayPath(CString strPath, HINSTANCE hModule);
     // The folder met just before the one of that name; null when that is the first one.
     CQFolder* GetPreSubFolderByName(const CString& strName);
 

@@ -90,6 +90,8 @@ bool IsTranslationOn() {
     return on;
 }
 
+bool IsTranslatedType(DWORD dwItemType) { return FindType(dwItemType) != nullptr; }
+
 bool IsTranslationCollected() {
     static const bool collected = ReadSwitch("USERMODE", "CreateTWTranslateData");
     return collected;

@@ -23,6 +23,9 @@ bool IsTranslationOn();
 // Names are collected in the translation file instead of being looked up. Means nothing while translation is off.
 bool IsTranslationCollected();
 
+// Whether items of the type have names to look up.
+bool IsTranslatedType(DWORD dwItemType);
+
 // A text of at most 259 bytes that stays between look-ups: it holds what the last one found.
 class TranslationBuffer {
 public:

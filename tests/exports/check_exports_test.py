@@ -8,10 +8,12 @@ INTERFACE = re.compile(
       C(Q|Obj|Obj?List|ObArray|String|Runtime|CmdTarget|Document|View|DumpContext|Archive|DBStringHelper)\w*
     | C\w*Exception | CLibTagsMgr | CppSQLite3\w* | DBTools(Internal)? | QFCLibraryManager | MutexLocker
     | g_GetTagTranslateName
-    | fn(Check|Snapshot)Library | CreateGalleryDoc | GetGalleryDoc | RegisterGlobalProc | GenerateFolderPath2
+    | fn(Check|Snapshot)Library | CreateGalleryDoc | GetGalleryDoc | RegisterGlobalProc
+    | GenerateFolder(Path2|Name|DisplayPath|(Name|Path)FromDispalyPath|PathFromName) | GetFolderDisplay(Name|Path)
     | AfxThrow\w+
     | (CloseHandle|CoCreateGuid|CopyFileA|CreateEventA|CreateMutexA|DeleteFileA|GetAppDataFolder|GetLastError
-      |GetTempFileNameA|GetTempPathA|Global(Alloc|Free|Handle|Lock|Size|Unlock)|PathFileExistsA|ReleaseMutex|ResetEvent
+      |GetPrivateProfile(Section|SectionNames|String)A|GetTempFileNameA|GetTempPathA|WritePrivateProfileStringA
+      |Global(Alloc|Free|Handle|Lock|Size|Unlock)|PathFileExistsA|ReleaseMutex|ResetEvent
       |SetEvent|SetLastError|Sleep|WaitForSingleObject)
     | qfc::\w+
     )\b""",
@@ -23,7 +25,7 @@ PREFIX = re.compile(r"^(non-virtual thunk to |virtual thunk to |vtable for |type
 QFC = {
     "AllocGlobalBlock", "AllocPlainBlock", "FreeGlobalBlock", "FreePlainBlock", "GuidFromText", "GuidToText",
     "LibraryFindingName", "NativePath", "RuntimeClassRegistration", "SetAnsiCodePage", "SetDataFolder",
-    "SetHostFolder", "CurrentDBTools", "IsCurrentDBTools", "SetCurrentDBTools", "ReadDibHeader",
+    "SetHostFolder", "SetModuleStrings", "ReadDibHeader",
 }
 # What a host cannot do without: each of these names has to be there.
 REQUIRED = """
@@ -43,11 +45,15 @@ REQUIRED = """
     CppSQLite3DB:: CppSQLite3DB ~CppSQLite3DB open close execQuery compileStatement
     CppSQLite3Query:: CppSQLite3Query nextRow getIntField getBlobField finalize
     CppSQLite3Statement:: bind execDML execQuery finalize
-    :: CreateGalleryDoc GetGalleryDoc RegisterGlobalProc GenerateFolderPath2 fnCheckLibrary fnSnapshotLibrary
+    :: CreateGalleryDoc GetGalleryDoc RegisterGlobalProc GenerateFolderPath2 GenerateFolderName
+        GenerateFolderDisplayPath
+        GenerateFolderNameFromDispalyPath GenerateFolderPathFromDispalyPath GenerateFolderPathFromName
+        GetFolderDisplayName GetFolderDisplayPath GetPrivateProfileStringA GetPrivateProfileSectionA
+        GetPrivateProfileSectionNamesA WritePrivateProfileStringA fnCheckLibrary fnSnapshotLibrary
         GetAppDataFolder PathFileExistsA CopyFileA DeleteFileA GetTempPathA GetTempFileNameA GetLastError SetLastError
         CreateMutexA CreateEventA SetEvent ResetEvent ReleaseMutex WaitForSingleObject CloseHandle Sleep CoCreateGuid
         GlobalAlloc GlobalLock GlobalUnlock GlobalFree GlobalHandle GlobalSize
-    qfc:: SetDataFolder SetHostFolder AllocGlobalBlock FreeGlobalBlock AllocPlainBlock FreePlainBlock
+    qfc:: SetDataFolder SetHostFolder SetModuleStrings AllocGlobalBlock FreeGlobalBlock AllocPlainBlock FreePlainBlock
 """
 
 
