@@ -50,7 +50,7 @@ int CLibTagsMgr::GetCurGalleryAllTag(const DWORD& dwGallery, std::list<CLibTag>&
 
 bool CLibTagsMgr::GetCurGalleryDateTag(const DWORD& dwGallery, CLibTag& tag) const {
     const CLibTag* pFound =
-        FindTag(dwGallery, [](const CLibTag& each) { return each.m_bChecked && each.m_nType == kTagDate; });
+        FindTag(dwGallery, [](const CLibTag& each) { return each.m_bChecked && each.m_nType == qfc::tag_type::kDate; });
     if (pFound == nullptr) return false;
     tag = *pFound;
     return true;
@@ -60,7 +60,8 @@ int CLibTagsMgr::GetCurGallerySelectedTag(const DWORD& dwGallery, std::vector<CT
     int nCount = 0;
     for (const CTagCategory& category : CategoriesOf(dwGallery)) {
         CTagCategory selected = category;
-        selected.m_tags.remove_if([](const CLibTag& tag) { return !tag.m_bChecked || tag.m_nType == kTagDate; });
+        selected.m_tags.remove_if(
+            [](const CLibTag& tag) { return !tag.m_bChecked || tag.m_nType == qfc::tag_type::kDate; });
         if (selected.m_tags.empty()) continue;
         nCount += static_cast<int>(selected.m_tags.size());
         categories.push_back(std::move(selected));
@@ -71,7 +72,7 @@ int CLibTagsMgr::GetCurGallerySelectedTag(const DWORD& dwGallery, std::vector<CT
 int CLibTagsMgr::GetCurrentGalFaceCategory(const DWORD& dwGallery, CTagCategory& category) const {
     const auto& categories = CategoriesOf(dwGallery);
     const auto found = std::find_if(categories.begin(), categories.end(),
-                                    [](const CTagCategory& each) { return each.m_nType == kCategoryFace; });
+                                    [](const CTagCategory& each) { return each.m_nType == qfc::category_type::kFace; });
     if (found == categories.end()) return 0;
     category = *found;
     return 1;

@@ -32,7 +32,7 @@ void AddTag(CTagCategory& category, const std::string& key, const TagSpecifier& 
     tag.m_guidCategory = category.m_guid;
     tag.m_nType = specifier.type;
     tag.m_strName = g_GetTagTranslateName(specifier.value);
-    tag.m_bDeletable = specifier.type != kTagStatic;
+    tag.m_bDeletable = specifier.type != tag_type::kStatic;
     category.m_tags.push_back(std::move(tag));
 }
 
@@ -42,7 +42,7 @@ CTagCategory MakeCategory(int galleryId, const std::string& section, const std::
     category.m_nGallery = galleryId;
     category.m_nType = CategoryTypeOfWord(key.c_str());
     category.m_strName = g_GetTagTranslateName(key.c_str());
-    category.m_bDeletable = category.m_nType == kCategoryPlain;
+    category.m_bDeletable = category.m_nType == category_type::kPlain;
     const std::string list = ReadProfileText(section, key, "", DefaultTagFilePath().GetString());
     for (const std::string_view part : SplitAnsi(list, ';')) AddTag(category, key, ReadTagSpecifier(part, today));
     return category;

@@ -12,21 +12,29 @@
 // The records of the tag store: plain values, copied whole, names in the ANSI code page. Each object belongs to one
 // thread at a time; the pictures that copies share are never written.
 
+namespace qfc {
+
 // What a tag is about, as CLibTag stores it.
-inline constexpr int kTagString = 0;
-inline constexpr int kTagStatic = 1;
-inline constexpr int kTagDate = 2;
+namespace tag_type {
+inline constexpr int kString = 0;
+inline constexpr int kStatic = 1;
+inline constexpr int kDate = 2;
+}  // namespace tag_type
 
 // What a category holds, as CTagCategory stores it.
-inline constexpr int kCategoryPlain = 0;
-inline constexpr int kCategoryDate = 1;
-inline constexpr int kCategoryUntagged = 2;
-inline constexpr int kCategoryFace = 3;
+namespace category_type {
+inline constexpr int kPlain = 0;
+inline constexpr int kDate = 1;
+inline constexpr int kUntagged = 2;
+inline constexpr int kFace = 3;
+}  // namespace category_type
+
+}  // namespace qfc
 
 struct CLibTag {
     GUID m_guid{};          // Of the tag.
     GUID m_guidCategory{};  // Of the category it belongs to.
-    int m_nType = kTagString;
+    int m_nType = qfc::tag_type::kString;
     CString m_strName;  // A date tag's is its range of dates.
     bool m_bChecked = false;
     bool m_bDeletable = true;
@@ -41,7 +49,7 @@ struct CTagCategory {
     CString m_strName;
     std::list<CLibTag> m_tags;
     bool m_bDeletable = true;
-    int m_nType = kCategoryPlain;
+    int m_nType = qfc::category_type::kPlain;
 };
 
 // The tags of one known content item, as the file of preset tags gives them.

@@ -13,16 +13,16 @@ LocalDate Today() {
 }
 
 int CategoryTypeOfWord(const CString& word) {
-    if (word == "Date") return kCategoryDate;
-    if (word == "Untagged") return kCategoryUntagged;
-    if (word == "Face") return kCategoryFace;
-    return kCategoryPlain;
+    if (word == "Date") return category_type::kDate;
+    if (word == "Untagged") return category_type::kUntagged;
+    if (word == "Face") return category_type::kFace;
+    return category_type::kPlain;
 }
 
 int TagTypeOfWord(const CString& word) {
-    if (word.CompareNoCase("Static") == 0) return kTagStatic;
-    if (word.CompareNoCase("Date") == 0) return kTagDate;
-    return kTagString;
+    if (word.CompareNoCase("Static") == 0) return tag_type::kStatic;
+    if (word.CompareNoCase("Date") == 0) return tag_type::kDate;
+    return tag_type::kString;
 }
 
 std::vector<std::string_view> SplitAnsi(std::string_view text, char separator) {
@@ -41,7 +41,7 @@ TagSpecifier ReadTagSpecifier(std::string_view text, const LocalDate& today) {
     if (parts.size() != 2) return {};
     const int type = TagTypeOfWord(CString(parts[0]));
     const CString written(parts[1]);
-    return {type, type == kTagDate ? DateTagName(today) : written, written};
+    return {type, type == tag_type::kDate ? DateTagName(today) : written, written};
 }
 
 CString DateTagName(const LocalDate& day) {

@@ -44,14 +44,14 @@ TEST_F(TagStoreUpdates, AddingNothingEntersNothing) {
 }
 
 TEST_F(TagStoreUpdates, UpdatedCategoryIsReplacedWhole) {
-    CTagCategory category = MakeCategory(100, 9, "Countries", {MakeTag(19, 100, "France")}, kCategoryFace);
+    CTagCategory category = MakeCategory(100, 9, "Countries", {MakeTag(19, 100, "France")}, qfc::category_type::kFace);
     category.m_bDeletable = false;
     EXPECT_EQ(m_pStore->UpdateCategory(kMedia, {category}), 1);
     EXPECT_EQ(Categories(), "Countries, Moods");
     EXPECT_EQ(Tags(), "France, calm");
     const CTagCategory stored = m_pStore->GetTagsData(kMedia)[0];
     EXPECT_EQ(stored.m_nGallery, 9);
-    EXPECT_EQ(stored.m_nType, kCategoryFace);
+    EXPECT_EQ(stored.m_nType, qfc::category_type::kFace);
     EXPECT_FALSE(stored.m_bDeletable);
 }
 
@@ -79,7 +79,7 @@ TEST_F(TagStoreUpdates, CategoryOfAnotherGalleryIsNotTouched) {
 }
 
 TEST_F(TagStoreUpdates, UpdatedTagIsOverwrittenWhole) {
-    CLibTag tag = MakeTag(11, 100, "coast", kTagStatic, true);
+    CLibTag tag = MakeTag(11, 100, "coast", qfc::tag_type::kStatic, true);
     tag.m_bDeletable = false;
     tag.m_nPictureSize = 2;
     tag.m_pPicture = std::make_shared<const std::vector<BYTE>>(2, BYTE{5});
@@ -88,7 +88,7 @@ TEST_F(TagStoreUpdates, UpdatedTagIsOverwrittenWhole) {
     EXPECT_EQ(Tags(), "coast, lake, calm");
     CLibTag stored;
     ASSERT_EQ(m_pStore->GetTagByName(kMedia, "coast", stored), 1);
-    EXPECT_EQ(stored.m_nType, kTagStatic);
+    EXPECT_EQ(stored.m_nType, qfc::tag_type::kStatic);
     EXPECT_TRUE(stored.m_bChecked);
     EXPECT_FALSE(stored.m_bDeletable);
     EXPECT_EQ(stored.m_nPictureSize, 2);

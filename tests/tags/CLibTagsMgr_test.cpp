@@ -11,12 +11,14 @@ constexpr DWORD kSounds = 2;
 class TagStore : public testing::Test {
 protected:
     void SetUp() override {
-        m_pStore->AddTag({MakeCategory(200, kSounds, "Mood", {MakeTag(21, 200, "calm")}),
-                          MakeCategory(100, kMedia, "Date", {MakeTag(11, 100, "old", kTagDate)}, kCategoryDate),
-                          MakeCategory(101, kMedia, "Places",
-                                       {MakeTag(12, 101, "beach"), MakeTag(13, 101, "forest", kTagString, true),
-                                        MakeTag(14, 101, "lake", kTagStatic, true)}),
-                          MakeCategory(102, kMedia, "Empty")});
+        m_pStore->AddTag(
+            {MakeCategory(200, kSounds, "Mood", {MakeTag(21, 200, "calm")}),
+             MakeCategory(100, kMedia, "Date", {MakeTag(11, 100, "old", qfc::tag_type::kDate)},
+                          qfc::category_type::kDate),
+             MakeCategory(101, kMedia, "Places",
+                          {MakeTag(12, 101, "beach"), MakeTag(13, 101, "forest", qfc::tag_type::kString, true),
+                           MakeTag(14, 101, "lake", qfc::tag_type::kStatic, true)}),
+             MakeCategory(102, kMedia, "Empty")});
     }
     void Check(const GUID& guid) {
         std::list<CLibTag> tags;
@@ -30,6 +32,27 @@ protected:
 
     std::shared_ptr<CLibTagsMgr> m_pStore = qfc::TagStorePeer::NewStore();
 };
+
+TEST(TagRecords, FieldsStandInTheirOrderWithTheirDefaults) {
+    const auto [guid, category, type, name, isChecked, isDeletable, size, picture, values] = CLibTag();
+    EXPECT_EQ(guid, GUID_NULL);
+    EXPECT_EQ(category, GUID_NULL);
+    EXPECT_EQ(type, 0);
+    EXPECT_TRUE(name.IsEmpty());
+    EXPECT_FALSE(isChecked);
+    EXPECT_TRUE(isDeletable);
+    EXPECT_EQ(size, 0);
+    EXPECT_EQ(picture, nullptr);
+    EXPECT_TRUE(values.empty());
+    const CTagCategory source = MakeCategory(1, 2, "c", {MakeTag(3, 1, "t")}, 3);
+    const auto& [ownGuid, gallery, ownName, tags, canBeDeleted, ownType] = source;
+    EXPECT_EQ(ownGuid, MakeGuid(1));
+    EXPECT_EQ(gallery, 2);
+    EXPECT_EQ(ownName, CString("c"));
+    EXPECT_EQ(tags.size(), 1U);
+    EXPECT_TRUE(canBeDeleted);
+    EXPECT_EQ(ownType, 3);
+}
 
 TEST(TagStoreOfTheProcess, IsOneAndTheSame) {
     ASSERT_NE(CLibTagsMgr::GetLibTagMgr(), nullptr);
@@ -132,9 +155,10 @@ TEST_F(TagStore, DateTagHasToBeCheckedAndADate) {
 }
 
 TEST_F(TagStore, FirstCheckedDateTagCounts) {
-    m_pStore->AddTag({MakeCategory(103, kMedia, "More dates",
-                                   {MakeTag(16, 103, "unchecked", kTagDate), MakeTag(17, 103, "one", kTagDate, true),
-                                    MakeTag(18, 103, "two", kTagDate, true)})});
+    m_pStore->AddTag({MakeCategory(
+        103, kMedia, "More dates",
+        {MakeTag(16, 103, "unchecked", qfc::tag_type::kDate), MakeTag(17, 103, "one", qfc::tag_type::kDate, true),
+         MakeTag(18, 103, "two", qfc::tag_type::kDate, true)})});
     CLibTag tag;
     EXPECT_TRUE(m_pStore->GetCurGalleryDateTag(kMedia, tag));
     EXPECT_EQ(tag.m_strName, CString("one"));
@@ -156,8 +180,8 @@ TEST_F(TagStore, FirstFaceCategoryCounts) {
     CTagCategory category = MakeCategory(1, 1, "untouched");
     EXPECT_EQ(m_pStore->GetCurrentGalFaceCategory(kMedia, category), 0);
     EXPECT_EQ(category.m_strName, CString("untouched"));
-    m_pStore->AddTag({MakeCategory(103, kMedia, "Faces", {}, kCategoryFace),
-                      MakeCategory(104, kMedia, "More faces", {}, kCategoryFace)});
+    m_pStore->AddTag({MakeCategory(103, kMedia, "Faces", {}, qfc::category_type::kFace),
+                      MakeCategory(104, kMedia, "More faces", {}, qfc::category_type::kFace)});
     EXPECT_EQ(m_pStore->GetCurrentGalFaceCategory(kMedia, category), 1);
     EXPECT_EQ(category.m_strName, CString("Faces"));
 }

@@ -31,10 +31,10 @@ TEST_F(DefaultTags, CategoriesAndTagsComeInTheOrderOfTheFile) {
     EXPECT_EQ(NamesOf(categories[0].m_tags), "Beach, Home");
     EXPECT_EQ(NamesOf(categories[1].m_tags), "Calm");
     EXPECT_EQ(categories[0].m_nGallery, 1);
-    EXPECT_EQ(categories[0].m_nType, kCategoryPlain);
+    EXPECT_EQ(categories[0].m_nType, qfc::category_type::kPlain);
     for (const CLibTag& tag : categories[0].m_tags) EXPECT_EQ(tag.m_guidCategory, categories[0].m_guid);
-    EXPECT_EQ(categories[0].m_tags.front().m_nType, kTagString);
-    EXPECT_EQ(categories[0].m_tags.back().m_nType, kTagStatic);
+    EXPECT_EQ(categories[0].m_tags.front().m_nType, qfc::tag_type::kString);
+    EXPECT_EQ(categories[0].m_tags.back().m_nType, qfc::tag_type::kStatic);
     EXPECT_FALSE(categories[0].m_tags.front().m_bChecked);
 }
 
@@ -55,11 +55,11 @@ TEST_F(DefaultTags, GalleryWithoutCategoriesIsNotThere) {
 TEST_F(DefaultTags, KeysOfMeaningGiveTheTypes) {
     const auto categories = BuildMedia("Date=Date@x\nUntagged=\nFace=\nface=\nPlaces=\n");
     ASSERT_EQ(NamesOf(categories), "Date, Untagged, Face, face, Places");
-    EXPECT_EQ(categories[0].m_nType, kCategoryDate);
-    EXPECT_EQ(categories[1].m_nType, kCategoryUntagged);
-    EXPECT_EQ(categories[2].m_nType, kCategoryFace);
-    EXPECT_EQ(categories[3].m_nType, kCategoryPlain);
-    EXPECT_EQ(categories[4].m_nType, kCategoryPlain);
+    EXPECT_EQ(categories[0].m_nType, qfc::category_type::kDate);
+    EXPECT_EQ(categories[1].m_nType, qfc::category_type::kUntagged);
+    EXPECT_EQ(categories[2].m_nType, qfc::category_type::kFace);
+    EXPECT_EQ(categories[3].m_nType, qfc::category_type::kPlain);
+    EXPECT_EQ(categories[4].m_nType, qfc::category_type::kPlain);
 }
 
 TEST_F(DefaultTags, WhatTheProgramMeansCannotBeDeleted) {
@@ -73,7 +73,7 @@ TEST_F(DefaultTags, WhatTheProgramMeansCannotBeDeleted) {
 TEST_F(DefaultTags, DateTagIsTodayAndKeepsItsGuidTomorrow) {
     WriteDefaults("[TW_DEFAULT_TAGS_MEDIA_CATEGORY]\nDate=Date@today\n");
     const CLibTag today = Build()[kMedia][0].m_tags.front();
-    EXPECT_EQ(today.m_nType, kTagDate);
+    EXPECT_EQ(today.m_nType, qfc::tag_type::kDate);
     EXPECT_EQ(today.m_strName, CString("2024-05-06~2024-05-06"));
     const CLibTag tomorrow = Build({2024, 5, 7})[kMedia][0].m_tags.front();
     EXPECT_EQ(tomorrow.m_strName, CString("2024-05-07~2024-05-07"));
@@ -126,7 +126,7 @@ TEST_F(DefaultTags, NamesAreTranslatedTypesAndGuidsAreNot) {
     WriteTranslation("[TW_TAG_TRANSLATE]\nFace=Gesicht\nBeach=Strand\n");
     const auto categories = BuildMedia("Face=String@Beach\n");
     EXPECT_EQ(NamesOf(categories), "Gesicht");
-    EXPECT_EQ(categories[0].m_nType, kCategoryFace);
+    EXPECT_EQ(categories[0].m_nType, qfc::category_type::kFace);
     EXPECT_EQ(NamesOf(categories[0].m_tags), "Strand");
     EXPECT_EQ(categories[0].m_guid, plain[0].m_guid);
     EXPECT_EQ(categories[0].m_tags.front().m_guid, plain[0].m_tags.front().m_guid);

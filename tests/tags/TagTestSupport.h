@@ -34,7 +34,8 @@ inline GUID MakeGuid(int number) {
     return guid;
 }
 
-inline CLibTag MakeTag(int number, int category, const char* name, int type = kTagString, bool bChecked = false) {
+inline CLibTag MakeTag(int number, int category, const char* name, int type = tag_type::kString,
+                       bool bChecked = false) {
     CLibTag tag;
     tag.m_guid = MakeGuid(number);
     tag.m_guidCategory = MakeGuid(category);
@@ -45,7 +46,7 @@ inline CLibTag MakeTag(int number, int category, const char* name, int type = kT
 }
 
 inline CTagCategory MakeCategory(int number, int gallery, const char* name, std::list<CLibTag> tags = {},
-                                 int type = kCategoryPlain) {
+                                 int type = category_type::kPlain) {
     CTagCategory category;
     category.m_guid = MakeGuid(number);
     category.m_nGallery = gallery;

@@ -43,16 +43,16 @@ TEST(TagWords, WordsOfTagTypesCountInAnyCase) {
 }
 
 TEST(TagWords, SpecifierIsAWordAndAValue) {
-    ExpectSpecifier("String@Holiday", kTagString, "Holiday");
-    ExpectSpecifier("static@Holiday", kTagStatic, "Holiday");
-    ExpectSpecifier("Whatever@Holiday", kTagString, "Holiday");
-    ExpectSpecifier("@Holiday", kTagString, "Holiday");
-    ExpectSpecifier("String@Summer holiday", kTagString, "Summer holiday");
+    ExpectSpecifier("String@Holiday", qfc::tag_type::kString, "Holiday");
+    ExpectSpecifier("static@Holiday", qfc::tag_type::kStatic, "Holiday");
+    ExpectSpecifier("Whatever@Holiday", qfc::tag_type::kString, "Holiday");
+    ExpectSpecifier("@Holiday", qfc::tag_type::kString, "Holiday");
+    ExpectSpecifier("String@Summer holiday", qfc::tag_type::kString, "Summer holiday");
 }
 
 TEST(TagWords, DateSpecifierIsTodayTwice) {
-    ExpectSpecifier("Date@x", kTagDate, "2024-05-06~2024-05-06");
-    ExpectSpecifier("date@2020-01-01~2020-01-01", kTagDate, "2024-05-06~2024-05-06");
+    ExpectSpecifier("Date@x", qfc::tag_type::kDate, "2024-05-06~2024-05-06");
+    ExpectSpecifier("date@2020-01-01~2020-01-01", qfc::tag_type::kDate, "2024-05-06~2024-05-06");
     EXPECT_EQ(qfc::ReadTagSpecifier("Date@x", kDay).written, CString("x"));
 }
 
@@ -62,7 +62,7 @@ TEST(TagWords, SpecifierOfAnyOtherNumberOfPartsHasNoValue) {
     }
 }
 
-TEST(TagWords, SpecifierWithoutAValueHasNone) { ExpectSpecifier("String@", kTagString, ""); }
+TEST(TagWords, SpecifierWithoutAValueHasNone) { ExpectSpecifier("String@", qfc::tag_type::kString, ""); }
 
 TEST(TagWords, YearsAreFilledWithBlanksMonthsAndDaysWithZeros) {
     EXPECT_EQ(qfc::DateTagName({99, 1, 2}), CString("  99-01-02~  99-01-02"));
@@ -92,7 +92,7 @@ TEST(TagWords, SplitKeepsEmptyParts) {
 TEST(TagWords, SplitStepsOverCharactersThatEndLikeTheSeparator) {
     const JapanesePage page;
     EXPECT_EQ(qfc::SplitAnsi("\x83\x40@\x83\x40", '@'), (Parts{"\x83\x40", "\x83\x40"}));
-    ExpectSpecifier("String@\x83\x40", kTagString, "\x83\x40");
+    ExpectSpecifier("String@\x83\x40", qfc::tag_type::kString, "\x83\x40");
     ExpectSpecifier("\x83\x40", 0, "");
 }
 
