@@ -1,6 +1,9 @@
 #include "db/DBTools.h"
 #include "tests/support/RawDb.h"
+#include "tests/support/SqlTrace.h"
 #include "tests/tags/TagTestSupport.h"
+
+#include <thread>
 
 namespace {
 
@@ -45,6 +48,24 @@ TEST_F(DBToolsTagStore, FailedLoadingLeavesTheStoreAsItWas) {
     RawDb(m_path).Exec("DROP TABLE LIB_TAG_TABLE");
     EXPECT_FALSE(m_pTools->LoadTags(*m_pStore));
     EXPECT_TRUE(m_pStore->IsEmpty());
+}
+
+// Whoever holds the store may use the database: the two are never held together.
+TEST_F(DBToolsTagStore, StoreIsEnteredBehindTheTransaction) {
+    ASSERT_TRUE(m_pTools->SaveCategoriesAndTags({MakeCategory(100, 1, "Places")}));
+    m_pTools.reset();
+    const SqlTrace trace;
+    SetUp();
+    auto lock = qfc::TagStorePeer::Lock(*m_pStore);
+    const int before = trace.CountStartingWith("END");
+    bool isLoaded = false;
+    std::thread other([&] { isLoaded = m_pTools->LoadTags(*m_pStore); });
+    while (trace.CountStartingWith("END") == before) std::this_thread::yield();
+    EXPECT_TRUE(m_pTools->UpdateCategory(MakeCategory(101, 1, "Moods")));
+    lock.unlock();
+    other.join();
+    EXPECT_TRUE(isLoaded);
+    EXPECT_EQ(NamesOf(m_pStore->GetTagsData(1)), "Places");
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "tags/DefaultTags.h"
 
+#include "db/DBTools.h"
+#include "tests/support/RawDb.h"
 #include "tests/tags/TagTestSupport.h"
 
 #include <unistd.h>
@@ -108,6 +110,24 @@ TEST_F(DefaultTags, GuidsAreTheSameEveryTimeAndDifferByGalleryAndCategory) {
         }
     }
     EXPECT_EQ(guids.size(), 6U);
+}
+
+TEST_F(DefaultTags, StoredTwiceTheyAreTheSameRows) {
+    WriteDefaults(
+        "[TW_DEFAULT_TAGS_MEDIA_CATEGORY]\nDate=Date@x\nPlaces=String@Beach;String@Lake\n"
+        "[TW_DEFAULT_TAGS_SOUNDS_CATEGORY]\nPlaces=String@Beach\n");
+    const TempFolder folder;
+    bool ok = false;
+    DBTools tools(CString((folder / "library.db").c_str()), ok);
+    ASSERT_TRUE(ok);
+    for (const int day : {6, 7}) {
+        for (const auto& [gallery, categories] : Build({2024, 5, day})) {
+            ASSERT_TRUE(tools.UpdateCategories(categories));
+        }
+        RawDb db(folder / "library.db");
+        EXPECT_EQ(db.Cell("select count(*) from LIB_TAG_CATEGORY_TABLE"), "3");
+        EXPECT_EQ(db.Cell("select count(*) from LIB_TAG_TABLE"), "4");
+    }
 }
 
 // They are stored in libraries: what they are made of may never change.
