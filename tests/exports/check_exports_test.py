@@ -41,11 +41,17 @@ REQUIRED = """
         AddFolder AddItem RemoveItem Sorting AddItemFromImportLib
     CQGallery:: CQGallery ~CQGallery GetRuntimeClass CreateObject AddItem2Map RemoveItemFromMap
     CQGalleryDoc:: CQGalleryDoc ~CQGalleryDoc AddGallery CloseGallery
-    DBTools:: DBTools ~DBTools ExportDatabase ClearDatabase InsertOrUpdateFolder QueryGalleries
+    DBTools:: DBTools ~DBTools ExportDatabase ClearDatabase InsertOrUpdateFolder QueryGalleries LoadTags
+        SaveCategoriesAndTags UpdateCategory UpdateTag DeleteCategory DeleteTag InsertTag2Item DeleteTagFromItem
+        MergeTag QueryTagItems
+    CLibTagsMgr:: GetLibTagMgr GetTagsData IsEmpty GetAllTagList GetCurGalleryAllTag GetCurGalleryDateTag
+        GetCurGallerySelectedTag GetCurrentGalFaceCategory GetTagByName IsTagCategoryExisted IsTagExisted AddTag
+        UpdateCategory UpdateTag DeleteCategory DeleteTag SetTagsToDefault GenerateCategoryTemplate
+        GeneratePresetTagData
     CppSQLite3DB:: CppSQLite3DB ~CppSQLite3DB open close execQuery compileStatement
     CppSQLite3Query:: CppSQLite3Query nextRow getIntField getBlobField finalize
     CppSQLite3Statement:: bind execDML execQuery finalize
-    :: CreateGalleryDoc GetGalleryDoc RegisterGlobalProc GenerateFolderPath2 GenerateFolderName
+    :: g_GetTagTranslateName CreateGalleryDoc GetGalleryDoc RegisterGlobalProc GenerateFolderPath2 GenerateFolderName
         GenerateFolderDisplayPath
         GenerateFolderNameFromDispalyPath GenerateFolderPathFromDispalyPath GenerateFolderPathFromName
         GetFolderDisplayName GetFolderDisplayPath GetPrivateProfileStringA GetPrivateProfileSectionA
