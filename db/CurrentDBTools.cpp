@@ -13,6 +13,6 @@ void SetCurrentDBTools(DBTools* tools) { g_current = tools; }
 
 DBTools* CurrentDBTools() { return g_current; }
 
-bool IsCurrentDBTools(const DBTools* tools) { return tools != nullptr && g_current == tools; }
+bool IsCurrentDBTools(const DBTools* tools) { return g_current == tools; }
 
 }  // namespace qfc

@@ -28,6 +28,7 @@ CQGalleryDoc::~CQGalleryDoc() {
 }
 
 int CQGalleryDoc::AddGallery(CQGallery* pGallery) {
+    const std::scoped_lock lock(m_guard);
     try {
         m_galleryList.AddTail(pGallery);
         return 1;
@@ -40,22 +41,29 @@ int CQGalleryDoc::AddGallery(CQGallery* pGallery) {
 }
 
 int CQGalleryDoc::ChangeGallery(CQGallery* pGallery) {
+    const std::scoped_lock lock(m_guard);
     m_pCurrentGallery = pGallery;
     return 1;
 }
 
+// The gallery dies outside the lock: others need not wait for it, and its end may look at the document.
 int CQGalleryDoc::CloseGallery(CQGallery* pGallery) {
+    if (ReleaseGallery(pGallery)) delete pGallery;
+    return 1;
+}
+
+bool CQGalleryDoc::ReleaseGallery(CQGallery* pGallery) {
+    const std::scoped_lock lock(m_guard);
     const auto placeOf = [&] { return m_galleryList.Find(static_cast<CObject*>(pGallery)); };
     POSITION position = placeOf();
-    if (position == nullptr) return 1;
+    if (position == nullptr) return false;
     if (m_pCurrentGallery == pGallery) {
         m_pCurrentGallery = nullptr;
         m_pCurrentFolder = nullptr;
     }
     // A gallery that was added twice goes from both places.
     for (; position != nullptr; position = placeOf()) m_galleryList.RemoveAt(position);
-    delete pGallery;
-    return 1;
+    return true;
 }
 
 CQFolder* CQGalleryDoc::GetCurrentFolder() {

@@ -4,13 +4,17 @@
 #include "platform/framework/CDocument.h"
 #include "platform/framework/Collections.h"
 
+#include <mutex>
+
 class CQFolder;
 class CQGallery;
 
 // The process-wide document: owns the open galleries and knows which one is current. Constructing one records it as
 // the document that GetGalleryDoc hands out. int results are 1 and 0.
 //
-// Threads: unguarded; used from one thread at a time.
+// Threads: galleries may be added, taken off and closed from any thread. All else is used from one thread at a time,
+// and the list is walked only while nobody adds or closes: the service adds every gallery that it makes, and loads from
+// its own database.
 class QFCLIB_API CQGalleryDoc : public CDocument {
     DECLARE_DYNCREATE(CQGalleryDoc)
 
@@ -29,6 +33,8 @@ public:
     int ChangeGallery(CQGallery* pGallery);
     // Destroys the gallery with its tree and items. A gallery that is not listed is left alone. Always 1.
     int CloseGallery(CQGallery* pGallery);
+    // Takes the gallery off the list: it is the caller's then. False when it is not listed.
+    bool ReleaseGallery(CQGallery* pGallery);
     CQGallery* GetCurrentGallery() const { return m_pCurrentGallery; }
     // The current gallery's current folder; null without a current gallery.
     CQFolder* GetCurrentFolder();
@@ -44,6 +50,7 @@ public:
     DECLARE_MESSAGE_MAP()
 
 private:
+    std::mutex m_guard;  // While the list or what is current changes.
     GalleryList m_galleryList;
     CQFolder* m_pCurrentFolder = nullptr;
     CQGallery* m_pCurrentGallery = nullptr;

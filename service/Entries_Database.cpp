@@ -5,6 +5,7 @@
 #include "items/CQItem.h"
 #include "items/GalleryDocument.h"
 #include "items/Handles.h"
+#include "items/ItemGuid.h"
 #include "platform/os/Files.h"
 #include "service/EntrySteps.h"
 #include "service/QFCLibraryManager.h"
@@ -76,7 +77,7 @@ void GatherItems(const CQGallery& gallery, CQFolder& folder, Items& left, Items&
     for (CQItem* const pItem : *pItems) {
         if (pItem == nullptr) continue;
         CQItem* pIndexed = nullptr;
-        gallery.IsItemHasParentByGuid(pItem->GetUniqueID(), pIndexed);
+        gallery.IsItemHasParentByGuid(qfc::GuidOfItem(*pItem), pIndexed);
         if (pIndexed != pItem) (bEnds ? ended : left).insert(pItem);
     }
 }
@@ -98,23 +99,21 @@ Items ItemsLeftBehind(CQGallery& gallery) {
     return left;
 }
 
-// A gallery that a session created is listed in the document, which then destroys it.
+// One that was created on a session's database is listed in the document.
 void DestroyGallery(CQGallery* pGallery) {
-    CQGalleryDoc* const pDocument = qfc::ExistingGalleryDocument();
-    const bool bListed = pDocument != nullptr &&
-                         std::ranges::find(pDocument->GetGalleryList(), pGallery) != pDocument->GetGalleryList().end();
-    if (bListed) {
-        pDocument->CloseGallery(pGallery);
-    } else {
-        delete pGallery;
-    }
+    if (CQGalleryDoc* const pDocument = qfc::ExistingGalleryDocument()) pDocument->ReleaseGallery(pGallery);
+    delete pGallery;
+}
+
+bool IsOfService(const CQGallery& gallery) {
+    return gallery.GetDBTools() != nullptr && qfc::IsCurrentDBTools(gallery.GetDBTools());
 }
 
 }  // namespace
 
 int QFCLibraryManager::fnCloseSessionGallery(ULONGLONG hGallery) {
     CQGallery* const pGallery = qfc::AsGallery(hGallery);
-    if (pGallery == nullptr || IsCurrentDBTools(pGallery->GetDBTools())) return 0;
+    if (pGallery == nullptr || IsOfService(*pGallery)) return 0;
     const Items items = ItemsLeftBehind(*pGallery);
     DestroyGallery(pGallery);
     for (CQItem* const pItem : items) delete pItem;

@@ -1,11 +1,12 @@
 #pragma once
 
+#include "db/CurrentDBTools.h"
 #include "platform/os/Sync.h"
 #include "service/LibraryOperation.h"
+#include "service/MutexLocker.h"
 #include "service/QFCLibraryManager.h"
 
 #include <memory>
-#include <shared_mutex>
 #include <utility>
 
 namespace qfc {
@@ -17,15 +18,25 @@ public:
     // The database to work on: the chosen one, else the service's, which is not closed before this is released or dies.
     class DatabaseUse {
     public:
-        explicit DatabaseUse(DBTools* pChosen = nullptr)
-            : m_lock(Manager().m_databaseGate), m_pDBTools(pChosen != nullptr ? pChosen : Manager().m_pDBTools) {}
+        explicit DatabaseUse(DBTools* pChosen = nullptr) : m_pDBTools(pChosen) {
+            if (pChosen != nullptr && !IsCurrentDBTools(pChosen)) return;
+            m_bInside = Manager().m_databaseGate.Enter();
+            m_pDBTools = m_bInside ? Manager().m_pDBTools : nullptr;
+        }
+        ~DatabaseUse() { Release(); }
+        DatabaseUse(const DatabaseUse&) = delete;
+        DatabaseUse& operator=(const DatabaseUse&) = delete;
 
         // Null when there is neither.
         DBTools* Get() const { return m_pDBTools; }
-        void Release() { m_lock.unlock(); }
+        // Whether it is the service's; until released.
+        bool IsOfService() const { return m_bInside; }
+        void Release() {
+            if (std::exchange(m_bInside, false)) Manager().m_databaseGate.Leave();
+        }
 
     private:
-        std::shared_lock<std::shared_mutex> m_lock;
+        bool m_bInside = false;
         DBTools* m_pDBTools;
     };
 
@@ -37,12 +48,12 @@ public:
         return QueueSync(pOperation) && AwaitEvent(*pOperation) ? pOperation : nullptr;
     }
 
-    // The same for an operation that has the database among its arguments. From the queue on the service itself sees to
-    // it that the operation does not outlive the database.
+    // The same for an operation that has the database among its arguments. It is refused, too, when that is the
+    // service's and a stop has begun: what is queued before the worker runs, and so none outlives the database.
     template <typename Operation, typename... Args>
     static std::shared_ptr<Operation> RunSyncOn(DatabaseUse& database, Args&&... args) {
         const auto pOperation = std::make_shared<Operation>(std::forward<Args>(args)...);
-        const bool bQueued = QueueSync(pOperation);
+        const bool bQueued = database.IsOfService() ? QueueSyncWhileRunning(pOperation) : QueueSync(pOperation);
         database.Release();
         return bQueued && AwaitEvent(*pOperation) ? pOperation : nullptr;
     }
@@ -63,6 +74,10 @@ private:
     static bool QueueSync(const std::shared_ptr<LibraryOperation>& pOperation) {
         if (QFCLibraryManager::IsWorkerThread() || pOperation->Event() == nullptr) return false;
         return Manager().fnAddLibraryOperation(pOperation) != 0;
+    }
+    static bool QueueSyncWhileRunning(const std::shared_ptr<LibraryOperation>& pOperation) {
+        const MutexLocker lock(Manager().m_hServiceMutex);
+        return Manager().m_nRunning != 0 && QueueSync(pOperation);
     }
     static bool AwaitEvent(const LibraryOperation& operation) {
         return WaitForSingleObject(operation.Event(), INFINITE) == WAIT_OBJECT_0;

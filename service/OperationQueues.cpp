@@ -45,6 +45,8 @@ void OperationQueues::Refill() {
     }
 }
 
+std::list<OperationQueues::Operation> OperationQueues::TakeAllSync() { return std::exchange(m_sync, {}); }
+
 void OperationQueues::Clear() {
     m_dispatch.clear();
     m_deferred.clear();

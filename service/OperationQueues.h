@@ -1,7 +1,5 @@
 #pragma once
 
-#include "platform/Export.h"
-
 #include <list>
 #include <memory>
 
@@ -26,10 +24,13 @@ public:
     bool IsSyncEmpty() const { return m_sync.empty(); }
     // Drops everything: chosen, deferred, ordinary, synchronous. Nothing of it is executed or signalled.
     void Clear();
+    // Takes all synchronous operations out, in order of arrival.
+    std::list<Operation> TakeAllSync();
 
 private:
     void Refill();
 
+    // They die in the opposite order.
     std::list<Operation> m_sync;
     std::list<Operation> m_dispatch;  // Asynchronous operations already chosen.
     std::list<Operation> m_async;

@@ -6,6 +6,7 @@
 #include "platform/framework/Guid.h"
 #include "platform/framework/Types.h"
 #include "service/CallbackRegistry.h"
+#include "service/DatabaseGate.h"
 #include "service/LibItemThumbnailInfo.h"
 #include "service/OperationQueues.h"
 #include "service/QFCLibCallbackParam.h"
@@ -16,7 +17,6 @@
 #include <list>
 #include <memory>
 #include <mutex>
-#include <shared_mutex>
 #include <vector>
 
 class CQFolder;
@@ -37,9 +37,10 @@ class WorkerThread;
 // A gallery or folder handle is the address of the CQGallery or CQFolder. A DBTools pointer of null means the service
 // database; a session handle turned into a pointer runs the function against that library instead.
 //
-// Threads: any thread may call any public function. A synchronous function called while the service is stopped waits
-// until it is started; called from inside a callback, which the worker runs, it fails at once. Items, folders and
-// galleries handed over may not be changed by others until the operation has run.
+// Threads: any thread may call any public function. A synchronous function called while the service is stopped, or
+// while another thread stops it, waits until it is started, unless it needs the service database, which is gone then;
+// called from inside a callback, which the worker runs, it fails at once. Items, folders and galleries handed over may
+// not be changed by others until the operation has run.
 class QFCLIB_API QFCLibraryManager {
 public:
     // Kept: copies are shallow. Database, worker and mutex are shared with the original and still belong to it,
@@ -52,12 +53,12 @@ public:
     // --- Service ---------------------------------------------------------------------------------------------------
     // Opens the database, seeding it from the template of the host folder when it is missing, and starts the worker.
     // 0 when it runs already, when the data folder does not fit the 260 bytes of the path buffer, when the database
-    // cannot be opened or the worker not be made, or while another thread starts or stops the service. A start that
-    // fails leaves what is queued as it was.
+    // cannot be opened or the worker not be made, or while another thread starts, stops or clears. A start that fails
+    // leaves what is queued as it was.
     static int fnStartService();
-    // Runs the synchronous operations still queued, drops the asynchronous ones (no callback, no signal), closes the
-    // database. 0 when the service does not run, and from inside a callback. Galleries loaded from the service database
-    // are closed before.
+    // Runs the synchronous operations still queued, drops the asynchronous ones (no callback, no signal), waits for
+    // functions that still use the database, closes it. 0 when the service does not run, and from inside a callback.
+    // Galleries loaded from the service database are closed before.
     static int fnStopService();
     // Replaces the callback of that name. 0, nothing changed, for an empty function. Callbacks run on the worker with
     // the service locked, in the case-sensitive order of their names; they may register, unregister and queue
@@ -68,7 +69,7 @@ public:
     // The file of the service database. The first answer fixes it for the life of the process; empty, and nothing
     // fixed, when the data folder cannot be had.
     static CString GetDatabasePath();
-    // 1 for the service's database while the service runs.
+    // 1 for the service's database while the service runs. Kept: null while it does not run is 1, too.
     static int IsCurrentDBTools(const DBTools* pDBTools);
     // Opens another library beside the service's; the handle is the address of its DBTools, 0 when the file is missing
     // or cannot be opened. The caller ends the session, after closing the galleries loaded through it.
@@ -131,7 +132,7 @@ public:
     // --- Database, on the calling thread ---------------------------------------------------------------------------
     // Writes a copy of the service database; needs the service started. A failed export leaves a partial file.
     static int fnExportDB(const char* pszTargetPath);
-    // Drops everything but the tags; only while the service is stopped.
+    // Drops everything but the tags. 0 while the service runs, or another thread starts, stops or clears.
     static int fnClearDBContent();
     static CString fnGetDBName();
     // What was loaded automatically into a folder, by item or by path in any case. Kept: spelt so.
@@ -178,18 +179,21 @@ private:
     void SeedDatabase(const CString& strPath);
     void PublishDatabase(std::unique_ptr<DBTools> pDBTools);
     void CloseDatabase();
+    void DropQueuedWork();
 
-    // Written by start and stop under m_databaseGate, except the flag, which any thread may look at.
+    // Written under m_transition while nobody is inside m_databaseGate; read inside it.
     DBTools* m_pDBTools = nullptr;
+    // Any thread may look. Falls under m_hServiceMutex: what was queued with the database before is run with it.
     std::atomic<int> m_nRunning = 0;
-    qfc::WorkerThread* m_pWorker = nullptr;
+    qfc::WorkerThread* m_pWorker = nullptr;  // Under m_transition only.
 
     qfc::OperationQueues m_queues;  // Guarded by m_hServiceMutex.
     void* m_hServiceMutex;
     qfc::CallbackRegistry m_callbacks;  // Guarded by m_hServiceMutex.
 
-    // Held shared while a function uses or hands on the service database, so that it is not closed meanwhile.
-    std::shared_mutex m_databaseGate;
-    // Held while the service starts, stops or is cleared; never waited for.
+    // The order of locks: m_transition, m_hServiceMutex, then those inside the gate, DBTools and the document. Passed by
+    // who uses or hands on the database.
+    qfc::DatabaseGate m_databaseGate;
+    // Held while the service starts, stops or is cleared. Only a stop waits for it.
     std::mutex m_transition;
 };

@@ -4,9 +4,11 @@
 #include "platform/os/Places.h"
 #include "platform/os/Sync.h"
 #include "platform/os/Thread.h"
+#include "service/MutexLocker.h"
 #include "service/QFCLibraryManager.h"
 
 #include <array>
+#include <list>
 #include <memory>
 #include <utility>
 
@@ -41,6 +43,8 @@ CString QFCLibraryManager::GetDatabasePath() {
 }
 
 int QFCLibraryManager::fnDoStartService() {
+    // Looked at before the lock as well: a call that is refused anyway holds up nobody.
+    if (m_nRunning == 1) return 0;
     const std::unique_lock transition(m_transition, std::try_to_lock);
     if (!transition.owns_lock() || m_nRunning == 1) return 0;
     const CString strPath = GetDatabasePath();
@@ -54,6 +58,7 @@ int QFCLibraryManager::fnDoStartService() {
     if (!pWorker->IsCreated()) return 0;
     PublishDatabase(std::move(pDBTools));
     m_nRunning = 1;
+    m_databaseGate.Open();
     m_pWorker = pWorker.release();
     m_pWorker->Resume();
     return 1;
@@ -70,7 +75,6 @@ void QFCLibraryManager::SeedDatabase(const CString& strPath) {
 }
 
 void QFCLibraryManager::PublishDatabase(std::unique_ptr<DBTools> pDBTools) {
-    const std::scoped_lock gate(m_databaseGate);
     m_pDBTools = pDBTools.release();
     qfc::SetCurrentDBTools(m_pDBTools);
     m_pDBTools->AddFolderOrderIndexColumn();
@@ -78,23 +82,34 @@ void QFCLibraryManager::PublishDatabase(std::unique_ptr<DBTools> pDBTools) {
 
 int QFCLibraryManager::fnDoStopService() {
     // The worker would wait for its own end.
-    if (IsWorkerThread()) return 0;
-    const std::unique_lock transition(m_transition, std::try_to_lock);
-    if (!transition.owns_lock() || m_nRunning == 0) return 0;
-    m_nRunning = 0;
+    if (IsWorkerThread() || m_nRunning == 0) return 0;
+    const std::scoped_lock transition(m_transition);
+    if (m_nRunning == 0) return 0;
+    {
+        const MutexLocker lock(m_hServiceMutex);
+        m_nRunning = 0;
+    }
     if (m_pWorker != nullptr) {
         WaitForSingleObject(m_pWorker->Handle(), INFINITE);
         delete m_pWorker;
         m_pWorker = nullptr;
     }
+    DropQueuedWork();
     CloseDatabase();
     return 1;
 }
 
-// Queues and database go together: an operation that was queued with this database never meets the next one.
-void QFCLibraryManager::CloseDatabase() {
-    const std::scoped_lock gate(m_databaseGate);
+// A synchronous operation that is still there came when the worker had ended, without the service database. It stays
+// queued for the next start, as if it had come a moment later: its caller waits for it.
+void QFCLibraryManager::DropQueuedWork() {
+    const MutexLocker lock(m_hServiceMutex);
+    std::list<SharedOperation> late = m_queues.TakeAllSync();
     fnClearLibraryOperation();
+    for (SharedOperation& pOperation : late) m_queues.PushSync(std::move(pOperation));
+}
+
+void QFCLibraryManager::CloseDatabase() {
+    m_databaseGate.Close();
     qfc::SetCurrentDBTools(nullptr);
     delete m_pDBTools;
     m_pDBTools = nullptr;
@@ -102,6 +117,7 @@ void QFCLibraryManager::CloseDatabase() {
 
 int QFCLibraryManager::fnClearDBContent() {
     QFCLibraryManager& manager = GetInstance();
+    if (manager.m_nRunning != 0) return 0;
     const std::unique_lock transition(manager.m_transition, std::try_to_lock);
     if (!transition.owns_lock() || manager.m_nRunning != 0) return 0;
     const CString strPath = GetDatabasePath();

@@ -24,6 +24,7 @@ public:
     static int IsSyncEmpty() { return Manager().fnIsLibraryOperationListEmpty(); }
     static bool AwaitNextSync() { return Manager().AwaitNextSyncOperation(); }
     static int Clear() { return Manager().fnClearLibraryOperation(); }
+    static void DropQueuedWork() { Manager().DropQueuedWork(); }
     static int CallAll(QFCLibCallbackParam* pParam) { return Manager().fnCallbackExec(pParam); }
     static unsigned RunWorker(void* pManager) { return QFCLibraryManager::fnThreadExecuteLibraryOperation(pManager); }
     static DBTools* Database(const QFCLibraryManager& manager) { return manager.m_pDBTools; }
