@@ -40,6 +40,15 @@ class CheckIncludes(unittest.TestCase):
         self.assert_refused({"items/c.h": '#include "api/p.h"\n', "api/p.h": ""}, "model may not include api")
         self.assert_refused({"api/names/n.h": '#include "db/b.h"\n', "db/b.h": ""}, "api/names may not include db")
 
+    def test_records_are_for_every_floor_and_know_the_ground_floor_only(self):
+        files = {"platform/a.h": "", "tags/TagRecords.h": '#include "platform/a.h"\n',
+                 "db/b.h": '#include "tags/TagRecords.h"\n'}
+        code, output = self.judge(files)
+        self.assertEqual(code, 0, output)
+        self.assert_refused(files | {"db/b.h": '#include "tags/Other.h"\n', "tags/Other.h": ""},
+                            "db may not include tags")
+        self.assert_refused({"tags/TagRecords.h": '#include "db/b.h"\n', "db/b.h": ""}, "ground floor only")
+
     def test_missing_files_are_refused(self):
         self.assert_refused({"db/b.h": '#include "b2.h"\n'}, "no such file")
 
