@@ -105,17 +105,6 @@ int CQFolder::IsPredefinedFolder() const {
     return m_pParent != nullptr && qfc::IsTemplatesGallery(m_pParent->GetFolderID());
 }
 
-CString CQFolder::GetNameFormImportFolder(CString strList) {
-    CString last;
-    int position = 0;
-    for (CString name = strList.Tokenize("|", position); position != -1; name = strList.Tokenize("|", position)) {
-        name.Trim();
-        if (name.IsEmpty()) break;
-        last = name;
-    }
-    return last;
-}
-
 // A folder that is the root of a gallery file writes it before its content goes.
 void CQFolder::SaveOwnFile() {
     if (m_strFilePath.IsEmpty() || m_bDeleted != 0) return;

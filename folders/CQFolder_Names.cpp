@@ -3,7 +3,25 @@
 #include "folders/CQFolder.h"
 #include "folders/FolderDisplay.h"
 #include "folders/FolderWalk.h"
+#include "platform/text/AnsiText.h"
 #include "platform/text/CodePages.h"
+
+#include <algorithm>
+#include <string_view>
+
+CString CQFolder::GetNameFormImportFolder(CString strList) {
+    CString last;
+    std::string_view rest = strList.View();
+    while (!rest.empty()) {
+        const std::size_t end = std::min(qfc::FindInAnsi(rest, "|"), rest.size());
+        CString name(rest.substr(0, end));
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+        if (name.IsEmpty()) continue;
+        if (name.Trim().IsEmpty()) break;
+        last = name;
+    }
+    return last;
+}
 
 CString& CQFolder::GetTranslateFolderName() {
     if (!m_strTranslateName.IsEmpty() || !qfc::IsTranslationOn()) return m_strTranslateName;

@@ -106,6 +106,12 @@ TEST_F(CQFolderTranslation, CopiesDoNotTakeItAlong) {
     EXPECT_STREQ(CQFolder(copy).GetTranslateFolderName(), "");
 }
 
+TEST(CQFolderNames, ImportedName_StepsOverTrailBytesThatLookLikeABar) {
+    ASSERT_TRUE(SetAnsiCodePage("CP932"));
+    EXPECT_STREQ(CQFolder::GetNameFormImportFolder("a || \x83\x7C\x83\x7C ||"), "\x83\x7C\x83\x7C");
+    SetAnsiCodePage("UTF-8");
+}
+
 struct CQFolderDisplay : testing::Test {
     CQGallery root{"Media", 0, 0, 0};
     CQFolder* a = AddSub(root, "A");
