@@ -190,7 +190,6 @@ TEST_F(EntriesTags, TagsOfItems_AreThereAfterARestart) {
     Restart();
     CQItem* const pItem = m_pClips->GetItemByGUID(guid);
     ASSERT_NE(pItem, nullptr);
-    ASSERT_EQ(pItem->LoadLibTagFromDB(), 1);
     EXPECT_EQ(pItem->IsTagExist(TagGuid(1)), 1);
     EXPECT_EQ(pItem->IsTagExist(TagGuid(3)), 1);
 }

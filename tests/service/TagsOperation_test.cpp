@@ -1,28 +1,25 @@
 // The tag operations by themselves: their results, and that database, store and items change together or not at all.
-#include "db/DBTools.h"
 #include "service/operations/TagsOperation_Categories.h"
 #include "service/operations/TagsOperation_Items.h"
 #include "service/operations/TagsOperation_Store.h"
 #include "service/operations/TagsOperation_Tags.h"
 #include "tests/support/FaultVfs.h"
 #include "tests/support/RawDb.h"
-#include "tests/support/ServicePeer.h"
 #include "tests/support/SqlTrace.h"
 #include "tests/support/TagFixture.h"
 
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
-#include <optional>
 #include <ostream>
 
 namespace {
 
-using Manager = QFCLibraryManager;
 using qfc::test::DumpOf;
 using qfc::test::FaultVfs;
 
-// A library with two tagged items, on a disk that can be told to fail.
+// A library, its tags and two tagged items, on a disk that can be told to fail. The service is stopped: the operations
+// run here, on a database of their own.
 class TagsOperations : public qfc::test::TagFixture {
 protected:
     static constexpr const char* kDefaults =
@@ -31,24 +28,34 @@ protected:
 
     void SetUp() override {
         TagFixture::SetUp();
+        qfc::test::CloseAllGalleries();
+        ASSERT_EQ(QFCLibraryManager::fnStopService(), 1);
         WriteDefaults(kDefaults);
-        m_pFirst = AddItem("First");
-        m_pSecond = AddItem("Second");
+        Open();
         MakeTags();
     }
+    void TearDown() override {
+        m_tools.reset();
+        TagFixture::TearDown();
+    }
+    void Open() {
+        bool bOpened = true;
+        m_tools = std::make_unique<DBTools>(DatabaseFile().c_str(), bOpened);
+        ASSERT_TRUE(bOpened);
+    }
     void MakeTags() {
-        ASSERT_EQ(Manager::fnUpdateTagCategory(kMedia, {Category(10, "Places", {{1, "Beach"}, {2, "Sunset"}}),
-                                                        Category(20, "People", {{3, "Anna"}, {4, "Ben"}})}),
-                  1);
-        ASSERT_EQ(Manager::fnInsertLibTag2Item({m_pFirst}, {TagGuid(1), TagGuid(3)}), 1);
-        ASSERT_EQ(Manager::fnInsertLibTag2Item({m_pSecond}, {TagGuid(4), TagGuid(1)}), 1);
+        const std::vector<CTagCategory> categories{Category(10, "Places", {{1, "Beach"}, {2, "Sunset"}}),
+                                                   Category(20, "People", {{3, "Anna"}, {4, "Ben"}})};
+        ASSERT_EQ(CLibTagsOperation_UpdateCategory(Database(), categories, kMedia).execute(), 1);
+        ASSERT_EQ(CLibTagsOperation_InsertTag2Item(Database(), {&m_first}, {TagGuid(1), TagGuid(3)}).execute(), 1);
+        ASSERT_EQ(CLibTagsOperation_InsertTag2Item(Database(), {&m_second}, {TagGuid(4), TagGuid(1)}).execute(), 1);
     }
     // Back to what SetUp made.
     void StartOver() {
         qfc::test::RawDb(DatabaseFile())
             .Exec("delete from LIB_TAG_CATEGORY_TABLE; delete from LIB_TAG_TABLE; delete from TAG_ITEM_RELATION_TABLE");
         EmptyStore();
-        for (CQItem* const pItem : {m_pFirst, m_pSecond}) {
+        for (CQItem* const pItem : {&m_first, &m_second}) {
             std::list<GUID> tags;
             pItem->CopyTagVec(tags);
             for (const GUID& tag : tags) pItem->RemoveLibTag(tag);
@@ -64,13 +71,14 @@ protected:
     State Seen() const {
         std::string memory;
         for (const DWORD dwGallery : {kMedia, 15}) memory += StoreText(dwGallery) + "| ";
-        return {DumpOf(DatabaseFile()), memory + TagsOf(*m_pFirst) + "| " + TagsOf(*m_pSecond)};
+        return {DumpOf(DatabaseFile()), memory + TagsOf(m_first) + "| " + TagsOf(m_second)};
     }
-    static DBTools* Database() { return qfc::ServicePeer::Database(qfc::ServicePeer::Manager()); }
+    DBTools* Database() const { return m_tools.get(); }
 
     FaultVfs m_disk;
-    CQItem* m_pFirst = nullptr;
-    CQItem* m_pSecond = nullptr;
+    std::unique_ptr<DBTools> m_tools;
+    CQItem m_first;
+    CQItem m_second;
 };
 
 // --- Results -----------------------------------------------------------------------------------------------------
@@ -85,8 +93,8 @@ TEST_F(TagsOperations, WithoutDatabase_EveryOneFailsAndChangesNothing) {
     EXPECT_EQ(CLibTagsOperation_DeleteCategory(nullptr, categories, kMedia).execute(), 0);
     EXPECT_EQ(CLibTagsOperation_UpdateTag(nullptr, tags, kMedia).execute(), 0);
     EXPECT_EQ(CLibTagsOperation_DeleteTag(nullptr, tags, kMedia).execute(), 0);
-    EXPECT_EQ(CLibTagsOperation_InsertTag2Item(nullptr, {m_pFirst}, {TagGuid(2)}).execute(), 0);
-    EXPECT_EQ(CLibTagsOperation_DeleteTagFromItem(nullptr, {m_pFirst}, {TagGuid(1)}).execute(), 0);
+    EXPECT_EQ(CLibTagsOperation_InsertTag2Item(nullptr, {&m_first}, {TagGuid(2)}).execute(), 0);
+    EXPECT_EQ(CLibTagsOperation_DeleteTagFromItem(nullptr, {&m_first}, {TagGuid(1)}).execute(), 0);
     EXPECT_EQ(CLibTagsOperation_MergeTag(nullptr, TagGuid(1), {TagGuid(2)}, kMedia).execute(), 0);
     EXPECT_EQ(Seen(), before);
 }
@@ -98,9 +106,9 @@ TEST_F(TagsOperations, WithoutAnythingToDo_EveryOneFails) {
     EXPECT_EQ(CLibTagsOperation_UpdateTag(Database(), {}, kMedia).execute(), 0);
     EXPECT_EQ(CLibTagsOperation_DeleteTag(Database(), {}, kMedia).execute(), 0);
     EXPECT_EQ(CLibTagsOperation_InsertTag2Item(Database(), {}, {TagGuid(2)}).execute(), 0);
-    EXPECT_EQ(CLibTagsOperation_InsertTag2Item(Database(), {m_pFirst}, {}).execute(), 0);
+    EXPECT_EQ(CLibTagsOperation_InsertTag2Item(Database(), {&m_first}, {}).execute(), 0);
     EXPECT_EQ(CLibTagsOperation_DeleteTagFromItem(Database(), {}, {TagGuid(1)}).execute(), 0);
-    EXPECT_EQ(CLibTagsOperation_DeleteTagFromItem(Database(), {m_pFirst}, {}).execute(), 0);
+    EXPECT_EQ(CLibTagsOperation_DeleteTagFromItem(Database(), {&m_first}, {}).execute(), 0);
     EXPECT_EQ(CLibTagsOperation_MergeTag(Database(), TagGuid(1), {}, kMedia).execute(), 0);
     EXPECT_EQ(CLibTagsOperation_MergeTag(Database(), TagGuid(1), {TagGuid(1)}, kMedia).execute(), 0);
     EXPECT_EQ(Seen(), before);
@@ -142,7 +150,7 @@ public:
     static std::vector<Change> Changes();
 
 protected:
-    int Run() { return GetParam().run(Database(), m_pFirst, m_pSecond); }
+    int Run() { return GetParam().run(Database(), &m_first, &m_second); }
 
     // Lets the n-th call of the disk fail for n = 1, 2, ... until none is left that could.
     void FailEveryCall(bool sticky) {
@@ -216,20 +224,13 @@ TEST_P(TagsOperationFaults, FailingOnceAtAnyCall_DatabaseStoreAndItemsAreAllOldO
 TEST_P(TagsOperationFaults, FailingFromAnyCallOn_DatabaseStoreAndItemsAreAllOldOrAllNew) { FailEveryCall(true); }
 
 TEST_P(TagsOperationFaults, IsOneTransaction) {
-    qfc::test::CloseAllGalleries();
-    ASSERT_EQ(Manager::fnStopService(), 1);
+    m_tools.reset();
     const qfc::test::SqlTrace trace;
-    ASSERT_EQ(Manager::fnStartService(), 1);
-    m_hMedia = Manager::fnLoadGallery(kMedia);
-    CQFolder* const pClips = Folder("Clips");
-    ASSERT_NE(pClips, nullptr);
-    m_pFirst = pClips->GetItemArray()->GetAt(0);
-    m_pSecond = pClips->GetItemArray()->GetAt(1);
+    Open();
     const int nBefore = trace.CountStartingWith("BEGIN");
     ASSERT_EQ(Run(), 1);
     EXPECT_EQ(trace.CountStartingWith("BEGIN"), nBefore + 1);
-    qfc::test::CloseAllGalleries();
-    ASSERT_EQ(Manager::fnStopService(), 1);
+    m_tools.reset();
 }
 
 }  // namespace
