@@ -136,12 +136,12 @@ DWORD CopyList(const Texts& texts, char* buffer, DWORD size, std::size_t spare =
 
 // The interface throws nothing: what does not fit into memory counts as not there.
 template <class Call>
-DWORD EmptyWithoutMemory(char* buffer, DWORD size, const Call& call) {
+DWORD WithoutThrowing(std::string_view otherwise, char* buffer, DWORD size, const Call& call) {
     try {
         return call();
     } catch (const std::bad_alloc&) {
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-        return CopyValue("", buffer, size);
+        return CopyValue(otherwise, buffer, size);
     }
 }
 
@@ -191,7 +191,7 @@ int ReadProfileNumber(const std::string& section, const std::string& key, int fa
 DWORD GetPrivateProfileStringA(const char* section, const char* key, const char* fallback, char* buffer, DWORD size,
                                const char* file) {
     const std::string_view otherwise = qfc::WithoutTrailingBlanks(fallback != nullptr ? fallback : "");
-    return qfc::EmptyWithoutMemory(buffer, size, [&] {
+    return qfc::WithoutThrowing(otherwise, buffer, size, [&] {
         if (section == nullptr) return qfc::CopyListOr(qfc::SectionNames(file), otherwise, buffer, size);
         if (key == nullptr) return qfc::CopyListOr(qfc::KeyNames(section, file), otherwise, buffer, size);
         const auto value = qfc::ValueOf(section, key, file);
@@ -200,13 +200,13 @@ DWORD GetPrivateProfileStringA(const char* section, const char* key, const char*
 }
 
 DWORD GetPrivateProfileSectionA(const char* section, char* buffer, DWORD size, const char* file) {
-    return qfc::EmptyWithoutMemory(buffer, size, [&] {
+    return qfc::WithoutThrowing("", buffer, size, [&] {
         return qfc::CopyList(section != nullptr ? qfc::SectionLines(section, file) : qfc::Texts(), buffer, size);
     });
 }
 
 DWORD GetPrivateProfileSectionNamesA(char* buffer, DWORD size, const char* file) {
-    return qfc::EmptyWithoutMemory(buffer, size, [&] {
+    return qfc::WithoutThrowing("", buffer, size, [&] {
         const auto names = qfc::SectionNames(file);
         // Kept: a buffer that the list fills to the last byte counts as too small.
         return names != nullptr ? qfc::CopyList(*names, buffer, size, 1) : qfc::CopyValue("", buffer, size);
@@ -218,6 +218,6 @@ int WritePrivateProfileStringA(const char* section, const char* key, const char*
         SetLastError(ERROR_INVALID_PARAMETER);
         return 0;
     }
-    return qfc::EmptyWithoutMemory(
-        nullptr, 0, [&] { return qfc::Write(section, key, value, qfc::NativeProfilePath(file)) ? 1u : 0u; });
+    return qfc::WithoutThrowing(
+        "", nullptr, 0, [&] { return qfc::Write(section, key, value, qfc::NativeProfilePath(file)) ? 1u : 0u; });
 }

@@ -1,5 +1,6 @@
 #include "platform/os/LastError.h"
 #include "tests/platform/IniTest.h"
+#include "tests/support/MemoryFaults.h"
 
 #include <csignal>
 #include <gmock/gmock.h>
@@ -246,6 +247,46 @@ TEST_F(IniWrite, HundredThousandLinesKeepEveryOtherByte) {
     std::string expected = before;
     expected.replace(expected.find(line), line.size(), "key50000=new\n");
     EXPECT_TRUE(File() == expected);
+}
+
+// Fails each allocation of `call` in turn, each time behind `prepare`, until it comes through. How many there were.
+template <class Prepare, class Call>
+int FailEachAllocation(const Prepare& prepare, const Call& call) {
+    for (int n = 1;; ++n) {
+        prepare();
+        const qfc::test::MemoryFaults faults(n);
+        call(faults);
+        if (!faults.HasFailed()) return n - 1;
+    }
+}
+
+TEST_F(IniWrite, WithoutMemoryTheOldFileOrTheNewOneStays) {
+    const int failed = FailEachAllocation([&] { File("[S]\na=1\n"); },
+                                          [&](const qfc::test::MemoryFaults& faults) {
+                                              SetLastError(ERROR_SUCCESS);
+                                              const int written = Write("S", "a", "2");
+                                              EXPECT_EQ(written, faults.HasFailed() ? 0 : 1);
+                                              EXPECT_EQ(GetLastError() == ERROR_NOT_ENOUGH_MEMORY, faults.HasFailed());
+                                          });
+    EXPECT_GE(failed, 5);
+    EXPECT_EQ(File(), "[S]\na=2\n");
+}
+
+TEST_F(IniWrite, WithoutMemoryNothingIsRead) {
+    char buffer[32];
+    const auto answers = [&](DWORD length, char first, DWORD expected) {
+        return length == expected ? buffer[0] == first : length == 0 && buffer[0] == '\0';
+    };
+    const int failed = FailEachAllocation(
+        [&] { File("[S]\na=1\n"); },
+        [&](const qfc::test::MemoryFaults& faults) {
+            const bool read = GetPrivateProfileStringA("S", "a", "none ", buffer, sizeof(buffer), path.c_str()) == 1;
+            EXPECT_STREQ(buffer, read ? "1" : "none");
+            EXPECT_TRUE(read || faults.HasFailed());
+            EXPECT_TRUE(answers(GetPrivateProfileSectionNamesA(buffer, sizeof(buffer), path.c_str()), 'S', 2));
+            EXPECT_TRUE(answers(GetPrivateProfileSectionA("S", buffer, sizeof(buffer), path.c_str()), 'a', 4));
+        });
+    EXPECT_GE(failed, 5);
 }
 
 }  // namespace
