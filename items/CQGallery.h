@@ -39,7 +39,8 @@ public:
     // With `bFlush` the folder that was current is first written back to its gallery file, if there is one. Always 1.
     int SetCurrentFolder(CQFolder* pFolder, int bFlush);
     void SetCurrentFolderNull() { m_pCurrentFolder = nullptr; }
-    // 0 when the path names no folder; the current folder then stays. The active path is not rebuilt.
+    // 0 when the path names no folder; the current folder then stays. The active path is not rebuilt. Uses the one list
+    // of components of the process: called from one thread at a time, whatever the gallery.
     int SetCurrentFolderByPath(const char* pszPath);
     int GenerateActiveFolderPath();
     // The text that GenerateActiveFolderPath last made.
