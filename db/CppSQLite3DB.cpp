@@ -53,6 +53,13 @@ std::optional<std::u16string> Utf16Name(std::string_view strNative) {
     return wide;
 }
 
+// Empty for a path that is none, forms no text or is longer than the interface's buffer.
+std::optional<std::u16string> WidePath(const char* szFile) {
+    auto wide = Utf16Name(qfc::NativePath(szFile));
+    if (wide && (wide->empty() || wide->size() >= kPathUnits)) wide.reset();
+    return wide;
+}
+
 struct CloseHandle {
     void operator()(sqlite3* pDB) const { sqlite3_close(pDB); }
 };
@@ -93,11 +100,12 @@ CppSQLite3DB::~CppSQLite3DB() {
 
 void CppSQLite3DB::open(const char* szFile) {
     close();
-    if (szFile == nullptr) ThrowCantOpen();
-    const auto wide = Utf16Name(qfc::NativePath(szFile));
-    if (!wide || wide->empty() || wide->size() >= kPathUnits) ThrowCantOpen();
+    const auto wide = WidePath(szFile);
+    if (!wide) ThrowCantOpen();
     FinishOpen(sqlite3_open16(FileName(*wide).c_str(), &m_pDB));
 }
+
+bool CppSQLite3DB::takesPath(const char* szFile) { return WidePath(szFile).has_value(); }
 
 void CppSQLite3DB::openReadOnly(const char* szFile) {
     close();

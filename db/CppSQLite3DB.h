@@ -21,6 +21,8 @@ public:
     // because it is opened by its wide path. A path of more than 260 units, or one whose bytes form no text, fails with
     // code 14. After a failure the connection is closed.
     void open(const char* szFile);
+    // Whether open would take the path, as far as the path alone decides.
+    static bool takesPath(const char* szFile);
     // Opens an existing file and never writes to it, not even to recover it.
     void openReadOnly(const char* szFile);
     // Throws while statements are alive, and stays open then.

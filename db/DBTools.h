@@ -76,6 +76,10 @@ public:
     bool DeleteFolderTrees(std::span<const int> galleryIds);
     // Gives the folder table of an old file its order column; 1 also when it has it already, 0 on failure.
     int AddFolderOrderIndexColumn();
+    // Rolls back what an operation had to leave open because its ROLLBACK was refused: until then other processes find
+    // the file locked. Every operation and the end of the object do so first; this is for the time between. Nothing
+    // happens while an operation is under way.
+    void FinishPending();
     // Lists the stored galleries by gallery id, those of one id in the order of their rows: the first is the one that
     // is loaded. Rows whose id is none are left out. On false the list is as it was.
     bool QueryGalleries(std::vector<qfc::StoredGallery>& galleries);

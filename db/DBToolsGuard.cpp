@@ -54,3 +54,9 @@ void DBTools::Guard::RollBack() {
     if (!db.isAutocommit()) db.rollbackTransaction();
     db.rollbackPending();
 }
+
+void DBTools::FinishPending() {
+    if (m_owner == std::this_thread::get_id()) return;
+    const std::unique_lock lock(m_mutex, std::try_to_lock);
+    if (lock.owns_lock() && HasConnection()) Connection().rollbackPending();
+}

@@ -176,7 +176,6 @@ private:
     bool AwaitNextSyncOperation();
     static bool IsWorkerThread();
 
-    void SeedDatabase(const CString& strPath);
     void PublishDatabase(std::unique_ptr<DBTools> pDBTools);
     void CloseDatabase();
     void DropQueuedWork();

@@ -1,44 +1,22 @@
 #include "db/CurrentDBTools.h"
 #include "db/DBTools.h"
-#include "platform/os/Files.h"
-#include "platform/os/Places.h"
 #include "platform/os/Sync.h"
 #include "platform/os/Thread.h"
+#include "service/LibraryOpening.h"
 #include "service/MutexLocker.h"
 #include "service/QFCLibraryManager.h"
 
-#include <array>
 #include <list>
 #include <memory>
 #include <utility>
 
-namespace {
-
-constexpr const char* kDatabaseName = "CinelumeDatabase.db";
-
-CString TemplatePath() {
-    CString strTemplate;
-    strTemplate.Format("%sOrvel.dat\\%s", qfc::HostFolder().c_str(), kDatabaseName);
-    return strTemplate;
-}
-
-CString AnswerDatabasePath() {
-    std::array<char, MAX_PATH> folder{};
-    if (!qfc::FreezePlaces(folder.data(), MAX_PATH)) return {};
-    CString strPath;
-    strPath.Format("%s%s", folder.data(), kDatabaseName);
-    return strPath;
-}
-
-}  // namespace
-
-CString QFCLibraryManager::fnGetDBName() { return kDatabaseName; }
+CString QFCLibraryManager::fnGetDBName() { return qfc::kLibraryName; }
 
 CString QFCLibraryManager::GetDatabasePath() {
     static std::mutex guard;
     static CString strPath;  // Guarded by guard.
     const std::scoped_lock lock(guard);
-    if (strPath.IsEmpty()) strPath = AnswerDatabasePath();
+    if (strPath.IsEmpty()) strPath = qfc::FixLibraryPath();
     return strPath;
 }
 
@@ -49,10 +27,8 @@ int QFCLibraryManager::fnDoStartService() {
     if (!transition.owns_lock() || m_nRunning == 1) return 0;
     const CString strPath = GetDatabasePath();
     if (strPath.IsEmpty()) return 0;
-    if (!PathFileExistsA(strPath)) SeedDatabase(strPath);
-    bool bOpened = true;
-    auto pDBTools = std::make_unique<DBTools>(strPath, bOpened);
-    if (!bOpened) return 0;
+    auto pDBTools = qfc::OpenLibrary(strPath, qfc::MissingLibrary::kSeed);
+    if (pDBTools == nullptr) return 0;
     // Made before anything is seen of the start: one that fails here leaves the queues, and who waits in them, alone.
     auto pWorker = std::make_unique<qfc::WorkerThread>(&fnThreadExecuteLibraryOperation, this);
     if (!pWorker->IsCreated()) return 0;
@@ -62,16 +38,6 @@ int QFCLibraryManager::fnDoStartService() {
     m_pWorker = pWorker.release();
     m_pWorker->Resume();
     return 1;
-}
-
-// Whatever goes wrong is ignored: the database then starts empty. Another process may have made the file since it was
-// looked for; its library is not to be replaced.
-void QFCLibraryManager::SeedDatabase(const CString& strPath) {
-    const CString strTemplate = TemplatePath();
-    if (!PathFileExistsA(strTemplate)) return;
-    // What a lost library left behind would be taken for the unfinished business of the seed.
-    for (const char* pszJournal : {"-journal", "-wal"}) DeleteFileA(strPath + pszJournal);
-    CopyFileA(strTemplate, strPath, 1);
 }
 
 void QFCLibraryManager::PublishDatabase(std::unique_ptr<DBTools> pDBTools) {
@@ -122,7 +88,6 @@ int QFCLibraryManager::fnClearDBContent() {
     if (!transition.owns_lock() || manager.m_nRunning != 0) return 0;
     const CString strPath = GetDatabasePath();
     if (strPath.IsEmpty()) return 0;
-    bool bOpened = true;
-    DBTools database(strPath, bOpened);
-    return bOpened && database.ClearDatabase() ? 1 : 0;
+    const auto pDBTools = qfc::OpenLibrary(strPath, qfc::MissingLibrary::kLeaveEmpty);
+    return pDBTools != nullptr && pDBTools->ClearDatabase() ? 1 : 0;
 }

@@ -1,3 +1,4 @@
+#include "db/DBTools.h"
 #include "platform/framework/Exceptions.h"
 #include "platform/os/Sync.h"
 #include "service/LibraryOperation.h"
@@ -42,6 +43,8 @@ unsigned int QFCLibraryManager::fnThreadExecuteLibraryOperation(void* pArgument)
             bServedSync = !pOperation->IsAsync();
         } else if (!bServedSync || !manager.AwaitNextSyncOperation()) {
             bServedSync = false;
+            // What a refused ROLLBACK left open keeps other processes out for as long as nothing is asked for here.
+            if (manager.m_pDBTools != nullptr) manager.m_pDBTools->FinishPending();
             Sleep(kIdlePause);
         }
     }

@@ -2,6 +2,7 @@
 
 #include "platform/Export.h"
 
+#include <functional>
 #include <string>
 
 // The two folders everything starts from. The per-user data folder: what the host set, else the environment's
@@ -22,7 +23,8 @@ std::string HostFolder();
 QFCLIB_API bool SetDataFolder(const char* path);
 QFCLIB_API bool SetHostFolder(const char* path);
 
-// GetAppDataFolder for the path of the library: when it answers 1, both folders stay where they are from then on.
-int FreezePlaces(char* buffer, int size);
+// GetAppDataFolder for the path of the library: when it answers 1, both folders stay where they are from then on. Also
+// 0 for a folder that does not suit; it is asked for while other threads wait, and may not ask for places itself.
+int FreezePlaces(char* buffer, int size, const std::function<bool(const char*)>& suits = nullptr);
 
 }  // namespace qfc

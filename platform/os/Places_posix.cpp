@@ -84,19 +84,22 @@ bool SetFolder(std::string Places::*folder, const char* path) {
     return true;
 }
 
+enum class Then { kNothing, kFreeze };
+
 // Reading and freezing are one step: no host can move the folder in between. What does not fit freezes nothing.
-int AnswerDataFolder(char* buffer, int size, bool freeze) {
+int AnswerDataFolder(char* buffer, int size, Then then, const std::function<bool(const char*)>& suits = nullptr) {
     std::string native;
     {
         Places& places = ThePlaces();
         const std::lock_guard lock(places.mutex);
         native = DataFolder(places);
         const std::string folder = Utf8ToAnsi(native);
-        if (buffer == nullptr || size < 0 || folder.size() >= static_cast<std::size_t>(size)) {
+        if (buffer == nullptr || size < 0 || folder.size() >= static_cast<std::size_t>(size) ||
+            (suits && !suits(folder.c_str()))) {
             SetLastError(ERROR_INSUFFICIENT_BUFFER);
             return 0;
         }
-        if (freeze) places.frozen = true;
+        if (then == Then::kFreeze) places.frozen = true;
         std::memcpy(buffer, folder.c_str(), folder.size() + 1);
     }
     MakeFolders(native);
@@ -117,8 +120,12 @@ bool SetDataFolder(const char* path) { return SetFolder(&Places::dataFolder, pat
 
 bool SetHostFolder(const char* path) { return SetFolder(&Places::hostFolder, path); }
 
-int FreezePlaces(char* buffer, int size) { return AnswerDataFolder(buffer, size, true); }
+int FreezePlaces(char* buffer, int size, const std::function<bool(const char*)>& suits) {
+    return AnswerDataFolder(buffer, size, Then::kFreeze, suits);
+}
 
 }  // namespace qfc
 
-int GetAppDataFolder(char* buffer, int size, int, int) { return qfc::AnswerDataFolder(buffer, size, false); }
+int GetAppDataFolder(char* buffer, int size, int, int) {
+    return qfc::AnswerDataFolder(buffer, size, qfc::Then::kNothing);
+}

@@ -115,6 +115,36 @@ TEST_F(DBToolsGuard, NothingLeaksIntoTheNextOperationWhenRollbackDidNotTakeEithe
     EXPECT_EQ(Cell("select group_concat(quote(ITEM_ID)) from ITEM_TABLE").substr(1, 35), Literal(MakeGuid(2)));
 }
 
+TEST_F(DBToolsGuard, WhatWasLeftOpenCanBeFinishedBetweenOperations) {
+    {
+        const Refusal refusal(m_connection, {"COMMIT", "ROLLBACK"});
+        EXPECT_FALSE(AddOne(1));
+        m_tools->FinishPending();
+        EXPECT_EQ(sqlite3_get_autocommit(m_connection), 0) << "refused again";
+    }
+    m_tools->FinishPending();
+    EXPECT_NE(sqlite3_get_autocommit(m_connection), 0);
+    EXPECT_NO_THROW(Exec("INSERT INTO GALLERY_TABLE VALUES(1, 1)"));
+    EXPECT_EQ(Count("ITEM_TABLE"), "0");
+    m_trace->Clear();
+    m_tools->FinishPending();
+    EXPECT_TRUE(m_trace->Statements().empty()) << "nothing was left open";
+}
+
+TEST_F(DBToolsGuard, FinishingFromInsideAnOperationDoesNothing) {
+    static DBTools* tools = nullptr;
+    tools = m_tools.get();
+    const auto finish = [](unsigned, void*, void*, void*) {
+        tools->FinishPending();
+        std::thread([] { tools->FinishPending(); }).join();
+        return 0;
+    };
+    sqlite3_trace_v2(m_connection, SQLITE_TRACE_STMT, finish, nullptr);
+    EXPECT_TRUE(AddOne());
+    sqlite3_trace_v2(m_connection, 0, nullptr, nullptr);
+    EXPECT_EQ(Count("ITEM_TABLE"), "1");
+}
+
 TEST_F(DBToolsGuard, OperationIsRefusedWhileAPendingTransactionCannotBeFinished) {
     const Refusal refusal(m_connection, {"COMMIT", "ROLLBACK"});
     EXPECT_FALSE(AddOne(1));

@@ -4,6 +4,7 @@
 #include "tests/support/TempFolder.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -94,6 +95,21 @@ TEST_F(Places, AnAnswerThatDoesNotFit_FreezesNothing) {
     char small[4] = "";
     EXPECT_EQ(qfc::FreezePlaces(small, sizeof small), 0);
     EXPECT_EQ(qfc::FreezePlaces(nullptr, 260), 0);
+    EXPECT_TRUE(qfc::SetDataFolder((folder / "second").c_str()));
+    EXPECT_EQ(DataFolder(), folder / "second/");
+}
+
+TEST_F(Places, AnAnswerThatDoesNotSuit_FreezesNothing) {
+    ASSERT_TRUE(qfc::SetDataFolder((folder / "first").c_str()));
+    char answer[260] = "";
+    std::string asked;
+    const auto refuse = [&](const char* path) {
+        asked = path;
+        return false;
+    };
+    EXPECT_EQ(qfc::FreezePlaces(answer, sizeof answer, refuse), 0);
+    EXPECT_EQ(asked, folder / "first/");
+    EXPECT_FALSE(std::filesystem::exists(folder / "first"));
     EXPECT_TRUE(qfc::SetDataFolder((folder / "second").c_str()));
     EXPECT_EQ(DataFolder(), folder / "second/");
 }

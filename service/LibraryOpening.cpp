@@ -1,0 +1,73 @@
+#include "service/LibraryOpening.h"
+
+#include "db/CppSQLite3.h"
+#include "platform/os/Files.h"
+#include "platform/os/FolderLock.h"
+#include "platform/os/Places.h"
+#include "platform/os/Sync.h"
+
+#include <array>
+
+namespace qfc {
+namespace {
+
+constexpr DWORD kTurnPause = 10;  // Milliseconds.
+// A minute, as long as a database waits for another process.
+constexpr int kTurnTries = 6000;
+
+CString LibraryIn(const char* pszFolder) {
+    CString strPath;
+    strPath.Format("%s%s", pszFolder, kLibraryName);
+    return strPath;
+}
+
+CString TemplatePath() {
+    CString strTemplate;
+    strTemplate.Format("%sOrvel.dat\\%s", HostFolder().c_str(), kLibraryName);
+    return strTemplate;
+}
+
+std::string FolderOf(const CString& strPath) {
+    const std::string native = NativePath(strPath);
+    return native.substr(0, native.rfind('/') + 1);
+}
+
+// Who makes a missing library does so under the lock of its folder, and others wait until it is there. False when it
+// need not, or cannot, be made by us.
+bool TakeTurnToMake(const CString& strPath, FolderLock& turn) {
+    for (int nTry = 0; nTry < kTurnTries; ++nTry) {
+        if (PathFileExistsA(strPath)) return false;
+        // Another process may have made it between the look and the lock.
+        if (turn.TryLock()) return !PathFileExistsA(strPath);
+        Sleep(kTurnPause);
+    }
+    return false;
+}
+
+// Whatever goes wrong is ignored: the database then starts empty.
+void Seed(const CString& strPath) {
+    const CString strTemplate = TemplatePath();
+    if (!PathFileExistsA(strTemplate)) return;
+    // What a lost library left behind would be taken for the unfinished business of the seed.
+    for (const char* pszJournal : {"-journal", "-wal"}) DeleteFileA(strPath + pszJournal);
+    CopyFileA(strTemplate, strPath, 1);
+}
+
+}  // namespace
+
+CString FixLibraryPath() {
+    std::array<char, MAX_PATH> folder{};
+    const auto canBeOpened = [](const char* pszFolder) { return CppSQLite3DB::takesPath(LibraryIn(pszFolder)); };
+    return FreezePlaces(folder.data(), MAX_PATH, canBeOpened) ? LibraryIn(folder.data()) : CString();
+}
+
+std::unique_ptr<DBTools> OpenLibrary(const CString& strPath, MissingLibrary missing) {
+    // Kept until the database has made its tables: the journal that it makes meanwhile is nobody else's to remove.
+    FolderLock turn(FolderOf(strPath));
+    if (TakeTurnToMake(strPath, turn) && missing == MissingLibrary::kSeed) Seed(strPath);
+    bool bOpened = true;
+    auto pDBTools = std::make_unique<DBTools>(strPath, bOpened);
+    return bOpened ? std::move(pDBTools) : nullptr;
+}
+
+}  // namespace qfc

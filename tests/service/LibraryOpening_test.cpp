@@ -1,0 +1,179 @@
+#include "service/LibraryOpening.h"
+
+#include "db/DBTools.h"
+#include "platform/os/FolderLock.h"
+#include "tests/support/LibraryFixture.h"
+#include "tests/support/RawDb.h"
+#include "tests/support/SqlTrace.h"
+
+#include <fstream>
+#include <sqlite3.h>
+#include <stdexcept>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using qfc::test::RawDb;
+
+class LibraryOpening : public qfc::test::StoppedServiceFixture {
+protected:
+    static int Start() { return QFCLibraryManager::fnStartService(); }
+    static int Stop() { return QFCLibraryManager::fnStopService(); }
+
+    static void MakeTemplate() {
+        fs::create_directories(TemplateFile().parent_path());
+        RawDb(TemplateFile()).Exec("create table SEED(N); insert into SEED values(42)");
+    }
+    static fs::path Journal() { return DatabaseFile().string() + "-journal"; }
+};
+
+// --- Several processes that find no library ---
+
+// The other one holds the folder while it makes the library, and its journal lies beside a file that was missing just
+// before.
+TEST_F(LibraryOpening, WhileAnotherMakesTheLibrary_ItsJournalIsLeftAlone) {
+    MakeTemplate();
+    qfc::FolderLock other(DataFolder());
+    ASSERT_TRUE(other.TryLock());
+    int started = 0;
+    std::thread host([&] { started = Start(); });
+    // One that did not wait would seed meanwhile.
+    for (int look = 0; look < 5000 && !fs::exists(DatabaseFile()); ++look) std::this_thread::yield();
+    EXPECT_FALSE(fs::exists(DatabaseFile()));
+    {
+        RawDb maker(DatabaseFile());
+        maker.Exec("BEGIN IMMEDIATE; CREATE TABLE MINE(N)");
+        EXPECT_TRUE(fs::exists(Journal()));
+        EXPECT_NO_THROW(maker.Exec("COMMIT"));
+    }
+    host.join();
+    EXPECT_EQ(started, 1);
+    EXPECT_EQ(CountRows("MINE"), 0);
+    EXPECT_EQ(CountRows("sqlite_master where name = 'SEED'"), 0);
+}
+
+TEST_F(LibraryOpening, TheFolderIsHeldUntilTheTablesAreThere_AndNotLonger) {
+    MakeTemplate();
+    ASSERT_EQ(Start(), 1);
+    qfc::FolderLock lock(DataFolder());
+    EXPECT_TRUE(lock.TryLock());
+}
+
+TEST_F(LibraryOpening, LibraryThatIsThere_NeedsNoTurn) {
+    RawDb(DatabaseFile()).Exec("create table MINE(N)");
+    qfc::FolderLock other(DataFolder());
+    ASSERT_TRUE(other.TryLock());
+    EXPECT_EQ(Start(), 1);
+    EXPECT_EQ(Stop(), 1);
+    EXPECT_EQ(QFCLibraryManager::fnClearDBContent(), 1);
+}
+
+TEST_F(LibraryOpening, ClearingAMissingLibrary_MakesItWithoutTheTemplate) {
+    MakeTemplate();
+    EXPECT_EQ(QFCLibraryManager::fnClearDBContent(), 1);
+    EXPECT_EQ(CountRows("sqlite_master where name = 'SEED'"), 0);
+    EXPECT_EQ(CountRows("sqlite_master where name = 'LIB_TAG_TABLE'"), 1);
+}
+
+// --- How long a path may be ---
+
+// In a child, so that this process can go on with its own path.
+template <typename Host>
+void ExpectInAChild(Host host) {
+    const pid_t child = fork();
+    if (child == 0) {
+        host();
+        _exit(testing::Test::HasFailure() ? 1 : 0);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "status " << status;
+}
+
+// A folder of so many bytes, its closing slash included.
+std::string FolderOfLength(const fs::path& parent, std::size_t length) {
+    std::string folder = parent.string() + "/";
+    while (folder.size() + 101 < length) folder += std::string(99, 'a') + "/";
+    return folder + std::string(length - folder.size() - 1, 'b') + "/";
+}
+
+// The file's name has 19 bytes, and a path may have 260.
+TEST_F(LibraryOpening, FoldersWhosePathToTheLibraryIsTooLong_FailTheStartAndFixNothing) {
+    if (!qfc::SetDataFolder(DataFolder().c_str())) GTEST_SKIP() << "the path is fixed once a process";
+    ExpectInAChild([] {
+        for (std::size_t length = 242; length <= 262; ++length) {
+            const std::string folder = FolderOfLength(Scratch(), length);
+            ASSERT_EQ(folder.size(), length);
+            ASSERT_TRUE(qfc::SetDataFolder(folder.c_str())) << length;
+            EXPECT_EQ(Start(), 0) << length;
+            EXPECT_TRUE(QFCLibraryManager::GetDatabasePath().IsEmpty()) << length;
+            EXPECT_EQ(QFCLibraryManager::fnClearDBContent(), 0) << length;
+            EXPECT_FALSE(fs::exists(folder)) << length;
+        }
+        const std::string longest = FolderOfLength(Scratch(), 241);
+        ASSERT_TRUE(qfc::SetDataFolder(longest.c_str()));
+        EXPECT_EQ(Start(), 1);
+        EXPECT_EQ(QFCLibraryManager::GetDatabasePath().GetLength(), 260);
+        EXPECT_TRUE(fs::exists(longest + "CinelumeDatabase.db"));
+        EXPECT_FALSE(qfc::SetDataFolder(Scratch().c_str()));
+        EXPECT_EQ(Stop(), 1);
+    });
+}
+
+// It is the buffer for the folder that ends here: of two bytes each, the path has far fewer units than bytes.
+TEST_F(LibraryOpening, FoldersOfManyBytesAndFewUnits_MayFillTheBufferOfTheFolder) {
+    if (!qfc::SetDataFolder(DataFolder().c_str())) GTEST_SKIP() << "the path is fixed once a process";
+    ExpectInAChild([] {
+        std::string wide;
+        for (int i = 0; i < 80; ++i) wide += "\xC3\xA4";
+        const fs::path parent = Scratch() / wide;
+        for (const std::size_t length : {261, 260}) {
+            ASSERT_TRUE(qfc::SetDataFolder(FolderOfLength(parent, length).c_str()));
+            EXPECT_EQ(Start(), 0) << length;
+        }
+        ASSERT_TRUE(qfc::SetDataFolder(FolderOfLength(parent, 259).c_str()));
+        EXPECT_EQ(Start(), 1);
+        EXPECT_EQ(QFCLibraryManager::GetDatabasePath().GetLength(), 278);
+        EXPECT_EQ(Stop(), 1);
+    });
+}
+
+TEST_F(LibraryOpening, DataFolderThatIsNoText_FailsTheStartAndFixesNothing) {
+    MakeTemplate();
+    if (!qfc::SetDataFolder(DataFolder().c_str())) GTEST_SKIP() << "the path is fixed once a process";
+    ExpectInAChild([] {
+        ASSERT_TRUE(qfc::SetDataFolder((Scratch() / "caf\xE9").c_str()));
+        EXPECT_EQ(Start(), 0);
+        EXPECT_FALSE(fs::exists(Scratch() / "caf\xE9"));
+        EXPECT_TRUE(qfc::SetDataFolder((Scratch() / "caf\xC3\xA9").c_str()));
+        EXPECT_EQ(Start(), 1);
+        EXPECT_EQ(Stop(), 1);
+    });
+}
+
+// --- What was left open ---
+
+bool CanBeginToWrite(const fs::path& file) {
+    try {
+        RawDb(file).Exec("BEGIN IMMEDIATE; ROLLBACK");
+        return true;
+    } catch (const std::runtime_error&) {
+        return false;
+    }
+}
+
+TEST_F(LibraryOpening, TransactionThatWasLeftOpen_IsEndedByTheIdleWorker) {
+    const qfc::test::SqlTrace trace;
+    ASSERT_EQ(Start(), 1);
+    ASSERT_EQ(sqlite3_exec(trace.Connection(), "BEGIN IMMEDIATE; INSERT INTO GALLERY_TABLE VALUES(1, 1)", nullptr,
+                           nullptr, nullptr),
+              SQLITE_OK);
+    // Without the worker's help nobody would ever come through.
+    while (!CanBeginToWrite(DatabaseFile())) std::this_thread::yield();
+    EXPECT_EQ(CountRows("GALLERY_TABLE"), 0);
+}
+
+}  // namespace
