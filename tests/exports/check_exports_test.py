@@ -36,9 +36,10 @@ REQUIRED = """
         fnCloseSessionGallery QFCLibraryManager ~QFCLibraryManager operator=
     MutexLocker:: MutexLocker ~MutexLocker operator=
     CQItem:: CQItem ~CQItem GetRuntimeClass CreateObject Copy fnLoadItemFromDb LoadCacheDataFromDb ChangeBlackBox
-        ChangeCache ChangeFilm UpdateItemDB
+        ChangeCache ChangeFilm UpdateItemDB fnTranslateItemName
     CQFolder:: CQFolder ~CQFolder GetRuntimeClass CreateObject GetFolderByName GetFolderByPath HasItem GetItemByGUID
-        AddFolder AddItem RemoveItem Sorting AddItemFromImportLib
+        AddFolder AddItem RemoveItem Sorting AddItemFromImportLib GetTranslateFolderName IsFolderNameValid
+        GetSubFolderByDisplayPath
     CQGallery:: CQGallery ~CQGallery GetRuntimeClass CreateObject AddItem2Map RemoveItemFromMap
     CQGalleryDoc:: CQGalleryDoc ~CQGalleryDoc AddGallery CloseGallery
     DBTools:: DBTools ~DBTools ExportDatabase ClearDatabase InsertOrUpdateFolder QueryGalleries LoadTags
