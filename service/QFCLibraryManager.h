@@ -77,7 +77,8 @@ public:
     static int EndDbSession4ImportLib(ULONGLONG hSession);
 
     // --- Galleries and folders -------------------------------------------------------------------------------------
-    // The gallery joins the gallery document, which owns it.
+    // The gallery joins the gallery document, which owns it. Kept: one made on a session does so, too; it is closed
+    // with fnCloseSessionGallery before the session ends.
     static ULONGLONG fnCreateGallery(int nGalleryId, CString strName, DWORD dwAdopt, DWORD dwTrusty, DWORD dwTypeExtra,
                                      DBTools* pDBTools = nullptr);
     // Loads a tree of its own at every call. Galleries of the service database join the gallery document; one of a
@@ -100,8 +101,8 @@ public:
     // folder holds, otherwise it stays the caller's.
     static int fnAddItem(ULONGLONG hGallery, std::vector<CString> folderPaths, CQItem* pItem);
     // 1 once queued, whatever becomes of it. The item is borrowed until its callback, or until the service has stopped.
-    // An add queued while the service is stopped, or behind what a stop drops, stays queued and runs after the next
-    // start; the item and the gallery must live until then.
+    // An add queued while the service is stopped runs after the next start, and one that meets a stop is dropped or
+    // does so, too; the item and the gallery must live until then, and with the gallery its database.
     static int fnAddItemAsync(ULONGLONG hGallery, std::vector<CString> folderPaths, CQItem* pItem, int nPriority);
     // Mode 0 removes the items from every folder that holds them, another mode from this folder only.
     // Kept: the result is always 0.
@@ -180,7 +181,7 @@ private:
     void CloseDatabase();
     void DropQueuedWork();
 
-    // Written under m_transition while nobody is inside m_databaseGate; read inside it.
+    // Written under m_transition while there is no worker and nobody inside m_databaseGate; read by these.
     DBTools* m_pDBTools = nullptr;
     // Any thread may look. Falls under m_hServiceMutex: what was queued with the database before is run with it.
     std::atomic<int> m_nRunning = 0;
@@ -190,9 +191,9 @@ private:
     void* m_hServiceMutex;
     qfc::CallbackRegistry m_callbacks;  // Guarded by m_hServiceMutex.
 
-    // The order of locks: m_transition, m_hServiceMutex, then those inside the gate, DBTools and the document. Passed by
-    // who uses or hands on the database.
+    // Entered by who uses or hands on the database. Whoever holds m_hServiceMutex may enter, whoever is inside may take
+    // m_hServiceMutex: the only one to wait for the gate is a stop, without the mutex and when the worker has ended.
     qfc::DatabaseGate m_databaseGate;
-    // Held while the service starts, stops or is cleared. Only a stop waits for it.
+    // Held while the service starts, stops or is cleared; taken before m_hServiceMutex. Only a stop waits for it.
     std::mutex m_transition;
 };
