@@ -33,7 +33,7 @@ QFCLIB_API CString GenerateFolderDisplayPath(CQFolder* pParent, CString strName,
 // The encoded name of the folder at a display path in a gallery with that display name.
 QFCLIB_API CString GenerateFolderNameFromDispalyPath(CString strRootDisplayName, CString strDisplayPath);
 // The stored path. Folders of the open gallery with that display name go by the names they have; where there is none,
-// by encoded names.
+// by encoded names. No gallery may be opened or closed meanwhile.
 QFCLIB_API CString GenerateFolderPathFromDispalyPath(CString strRootDisplayName, CString strDisplayPath);
 // The stored path of the folder with the encoded name when those above it are encoded too; a name that is not encoded
 // is one in the gallery itself.

@@ -9,6 +9,7 @@
 #include "items/GalleryDocument.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace qfc {

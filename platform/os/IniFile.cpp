@@ -9,11 +9,14 @@
 #include "platform/text/AnsiText.h"
 #include "platform/text/CodePages.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace qfc {
@@ -63,15 +66,15 @@ const IniDocument::Section* SectionOf(const Document& document, const char* name
     return document != nullptr ? document->FindSection(Parameter(name)) : nullptr;
 }
 
-// The text of the value as it goes out; null when there is none.
-std::unique_ptr<std::string> ValueOf(const char* section, const char* key, const char* file) {
+// The text of the value as it goes out; nothing when there is none.
+std::optional<std::string> ValueOf(const char* section, const char* key, const char* file) {
     const Document document = Open(file);
     const IniDocument::Section* found = SectionOf(document, section);
     const IniDocument::Entry* entry = found != nullptr ? document->FindEntry(*found, Parameter(key)) : nullptr;
-    if (entry == nullptr) return nullptr;
+    if (entry == nullptr) return std::nullopt;
     std::string value = UpToNul(document->Outward(WithoutQuotes(entry->value)));
     value.resize(value.size() % kValueLimit);
-    return std::make_unique<std::string>(std::move(value));
+    return value;
 }
 
 using Texts = std::vector<std::string>;
@@ -82,21 +85,21 @@ void AddName(Texts& names, const IniDocument& document, std::string_view name) {
     if (!text.empty()) names.push_back(std::move(text));
 }
 
-std::unique_ptr<Texts> SectionNames(const char* file) {
+std::optional<Texts> SectionNames(const char* file) {
     const Document document = Open(file);
-    if (document == nullptr) return nullptr;
-    auto names = std::make_unique<Texts>();
-    for (const auto& section : document->Sections()) AddName(*names, *document, section.name);
+    if (document == nullptr) return std::nullopt;
+    Texts names;
+    for (const auto& section : document->Sections()) AddName(names, *document, section.name);
     return names;
 }
 
-std::unique_ptr<Texts> KeyNames(const char* section, const char* file) {
+std::optional<Texts> KeyNames(const char* section, const char* file) {
     const Document document = Open(file);
     const IniDocument::Section* found = SectionOf(document, section);
-    if (found == nullptr) return nullptr;
-    auto names = std::make_unique<Texts>();
+    if (found == nullptr) return std::nullopt;
+    Texts names;
     for (const auto& entry : found->entries) {
-        if (entry.hasValue) AddName(*names, *document, entry.key);
+        if (entry.hasValue) AddName(names, *document, entry.key);
     }
     return names;
 }
@@ -145,8 +148,8 @@ DWORD WithoutThrowing(std::string_view otherwise, char* buffer, DWORD size, cons
     }
 }
 
-DWORD CopyListOr(const std::unique_ptr<Texts>& list, std::string_view fallback, char* buffer, DWORD size) {
-    return list != nullptr ? CopyList(*list, buffer, size) : CopyValue(fallback, buffer, size);
+DWORD CopyListOr(const std::optional<Texts>& list, std::string_view fallback, char* buffer, DWORD size) {
+    return list ? CopyList(*list, buffer, size) : CopyValue(fallback, buffer, size);
 }
 
 bool Write(const char* section, const char* key, const char* value, const std::string& path) {
@@ -166,7 +169,7 @@ bool Write(const char* section, const char* key, const char* value, const std::s
 std::string ReadProfileText(const std::string& section, const std::string& key, const std::string& fallback,
                             const std::string& file) {
     const auto value = ValueOf(section.c_str(), key.c_str(), file.c_str());
-    return value != nullptr ? *value : std::string(WithoutTrailingBlanks(fallback));
+    return value ? *value : std::string(WithoutTrailingBlanks(fallback));
 }
 
 std::vector<std::string> ReadProfileSection(const std::string& section, const std::string& file) {
@@ -174,13 +177,12 @@ std::vector<std::string> ReadProfileSection(const std::string& section, const st
 }
 
 std::vector<std::string> ReadProfileSectionNames(const std::string& file) {
-    const auto names = SectionNames(file.c_str());
-    return names != nullptr ? *names : Texts();
+    return SectionNames(file.c_str()).value_or(Texts());
 }
 
 int ReadProfileNumber(const std::string& section, const std::string& key, int fallback, const std::string& file) {
     const auto value = ValueOf(section.c_str(), key.c_str(), file.c_str());
-    if (value == nullptr) return fallback;
+    if (!value) return fallback;
     int number = 0;
     std::from_chars(value->data(), value->data() + value->size(), number);
     return number;
@@ -195,7 +197,7 @@ DWORD GetPrivateProfileStringA(const char* section, const char* key, const char*
         if (section == nullptr) return qfc::CopyListOr(qfc::SectionNames(file), otherwise, buffer, size);
         if (key == nullptr) return qfc::CopyListOr(qfc::KeyNames(section, file), otherwise, buffer, size);
         const auto value = qfc::ValueOf(section, key, file);
-        return qfc::CopyValue(value != nullptr ? std::string_view(*value) : otherwise, buffer, size);
+        return qfc::CopyValue(value ? std::string_view(*value) : otherwise, buffer, size);
     });
 }
 
@@ -209,7 +211,7 @@ DWORD GetPrivateProfileSectionNamesA(char* buffer, DWORD size, const char* file)
     return qfc::WithoutThrowing("", buffer, size, [&] {
         const auto names = qfc::SectionNames(file);
         // Kept: a buffer that the list fills to the last byte counts as too small.
-        return names != nullptr ? qfc::CopyList(*names, buffer, size, 1) : qfc::CopyValue("", buffer, size);
+        return names ? qfc::CopyList(*names, buffer, size, 1) : qfc::CopyValue("", buffer, size);
     });
 }
 
