@@ -1,10 +1,15 @@
 #include "bench/BenchLibrary.h"
 #include "bench/PlainSqlite.h"
+#include "items/CQGallery.h"
+#include "items/CQItem.h"
+#include "items/Handles.h"
 #include "platform/os/GuidSource.h"
 #include "service/QFCLibraryManager.h"
 
 #include <benchmark/benchmark.h>
 #include <chrono>
+#include <cstdint>
+#include <memory>
 #include <thread>
 #include <zstd.h>
 
@@ -81,10 +86,27 @@ void AsyncAdds(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * kBatch);
 }
 
+// Into a folder that has so many items already, put there in memory alone.
+void AddsIntoAFullFolder(benchmark::State& state) {
+    BenchLibrary& library = BenchLibrary::Get();
+    const auto raw = MakePayload(64);
+    for (auto _ : state) {
+        state.PauseTiming();
+        const CString folder = library.NewFolder();
+        CQFolder* full = AsGallery(library.Gallery())->GetFolderByPath(folder);
+        for (std::int64_t i = 0; i < state.range(0); ++i) full->AddItem(std::make_unique<CQItem>().release(), 1);
+        const std::vector<CQItem*> items = MakeBatch(raw);
+        state.ResumeTiming();
+        for (CQItem* item : items) QFCLibraryManager::fnAddItem(library.Gallery(), {folder}, item);
+    }
+    state.SetItemsProcessed(state.iterations() * kBatch);
+}
+
 }  // namespace
 
 BENCHMARK(PlainAdds)->Arg(64)->Arg(12 << 10)->Arg(100 << 10)->UseRealTime()->Iterations(1);
 BENCHMARK(AsyncAdds)->Arg(64)->Arg(12 << 10)->Arg(100 << 10)->UseRealTime()->Iterations(1);
 BENCHMARK(SyncAdds)->Arg(64)->Arg(12 << 10)->Arg(100 << 10)->UseRealTime()->Iterations(1);
+BENCHMARK(AddsIntoAFullFolder)->Arg(0)->Arg(100'000)->UseRealTime()->Iterations(1);
 
 }  // namespace qfc::bench

@@ -3,6 +3,7 @@
 #include "folders/FolderPath.h"
 #include "folders/FolderWalk.h"
 #include "folders/GalleryOf.h"
+#include "folders/HeldGuids.h"
 #include "folders/ImportPort.h"
 #include "folders/Teardown.h"
 #include "items/CQGallery.h"
@@ -34,7 +35,7 @@ void FetchPayloads(CQItem& item) {
 int CQFolder::AddItemDb(CQItem* pItem, int bWriteDb) {
     CQGallery* gallery = qfc::GalleryOf(*this);
     ItemArray* items = pItem != nullptr && gallery != nullptr ? NeedItemArray() : nullptr;
-    if (items == nullptr || HasItem(qfc::GuidOfItem(*pItem), 0) != 0) return 0;
+    if (items == nullptr || qfc::HeldGuids::HasBeforeAdd(*this, qfc::GuidOfItem(*pItem))) return 0;
     // What only the item's own library has would be out of reach behind the new tools.
     if (pItem->fnGetDbTools() != m_pDBTools) FetchPayloads(*pItem);
     pItem->fnSetDbTools(m_pDBTools);

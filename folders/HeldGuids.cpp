@@ -25,18 +25,29 @@ std::uint64_t HeldGuids::VisitsSoFar() { return g_visits; }
 
 void HeldGuids::NoteGuidChanged() { ++g_guidChanges; }
 
+bool HeldGuids::MayKnow(const CQFolder::ItemArray& items) {
+    return items.GetSize() >= kFewItems && items.NoticesChanges();
+}
+
 bool HeldGuids::Has(CQFolder& folder, const GUID& guid) {
     const CQFolder::ItemArray* items = folder.GetItemArray();
     if (items == nullptr) return false;
-    if (items->GetSize() < kFewItems || !items->NoticesChanges()) return CompareEach(*items, guid);
+    const HeldGuids* held = folder.m_pHeldGuids.get();
+    const bool known = held != nullptr && MayKnow(*items) && held->IsCurrent(*items);
+    return known ? held->Knows(guid) : CompareEach(*items, guid);
+}
+
+bool HeldGuids::HasBeforeAdd(CQFolder& folder, const GUID& guid) {
+    const CQFolder::ItemArray* items = folder.GetItemArray();
+    if (items == nullptr || !MayKnow(*items)) return Has(folder, guid);
     try {
         if (folder.m_pHeldGuids == nullptr) folder.m_pHeldGuids = std::make_unique<HeldGuids>();
         HeldGuids& held = *folder.m_pHeldGuids;
-        if (held.IsCurrent(*items) || held.TakeStock(*items)) return held.Knows(guid);
+        if (!held.IsCurrent(*items)) held.TakeStockIfItPays(*items);
     } catch (const std::bad_alloc&) {
         folder.m_pHeldGuids.reset();
     }
-    return CompareEach(*items, guid);
+    return Has(folder, guid);
 }
 
 bool HeldGuids::CompareEach(const CQFolder::ItemArray& items, const GUID& guid) {
@@ -49,12 +60,12 @@ bool HeldGuids::IsCurrent(const CQFolder::ItemArray& items) const {
     return m_items == &items && m_itemsModification == items.ModificationCount() && m_guidChanges == g_guidChanges;
 }
 
-bool HeldGuids::TakeStock(const CQFolder::ItemArray& items) {
+void HeldGuids::TakeStockIfItPays(const CQFolder::ItemArray& items) {
     m_items = nullptr;
     const auto size = static_cast<std::uint64_t>(items.GetSize());
     if (m_compared < kComparisonsWorthASet * size) {
         m_compared += size;
-        return false;
+        return;
     }
     m_compared = 0;
     m_guidChanges = g_guidChanges;
@@ -66,7 +77,6 @@ bool HeldGuids::TakeStock(const CQFolder::ItemArray& items) {
     g_visits += size;
     m_items = &items;
     m_itemsModification = items.ModificationCount();
-    return true;
 }
 
 void HeldGuids::Take(CQItem& item) {

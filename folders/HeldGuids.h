@@ -1,7 +1,7 @@
 #pragma once
 
 #include "folders/CQFolder.h"
-#include "folders/GuidHash.h"
+#include "platform/framework/GuidHash.h"
 
 #include <cstdint>
 #include <unordered_set>
@@ -15,7 +15,10 @@ namespace qfc {
 // set is made once comparing has cost more than making it. Belongs to the thread of the folder.
 class HeldGuids {
 public:
+    // Changes nothing, so that several threads may look at a tree that nobody changes.
     static bool Has(CQFolder& folder, const GUID& guid);
+    // The same for one who adds to the folder: takes stock when that pays.
+    static bool HasBeforeAdd(CQFolder& folder, const GUID& guid);
     // Called when an item was appended to the array.
     static void NoteAppended(CQFolder& folder, const CQFolder::ItemArray& items, CQItem& item) noexcept;
     // Called when the GUID of a watched item changes or is handed out for writing. Any thread.
@@ -25,10 +28,10 @@ public:
     static std::uint64_t VisitsSoFar();
 
 private:
+    static bool MayKnow(const CQFolder::ItemArray& items);
     static bool CompareEach(const CQFolder::ItemArray& items, const GUID& guid);
     bool IsCurrent(const CQFolder::ItemArray& items) const;
-    // Whether there is a set now.
-    bool TakeStock(const CQFolder::ItemArray& items);
+    void TakeStockIfItPays(const CQFolder::ItemArray& items);
     void Take(CQItem& item);
     bool Knows(const GUID& guid) const;
 
