@@ -65,7 +65,7 @@ void CQFolder::EmptyOfItemsInDb() {
         // The GUID travels by value: the item may die in the call.
         RemoveItemDB(qfc::GuidOfItem(*item), 0);
         if (items->GetSize() < before) {
-            // Nobody else has an item that its gallery does not know.
+            // An item that its gallery does not know ends with the last folder that has it.
             if (!known) qfc::Teardown::LetGo(item, *this);
             continue;
         }

@@ -2,10 +2,8 @@
 #include "folders/CQFolder.h"
 #include "folders/FolderNumbers.h"
 #include "folders/GalleryFile.h"
-#include "folders/GalleryOf.h"
 #include "folders/HeldGuids.h"
 #include "folders/Teardown.h"
-#include "items/CQGallery.h"
 #include "items/CQItem.h"
 #include "items/ItemGuid.h"
 
@@ -111,6 +109,7 @@ int CQFolder::RemoveItem2(DWORD dwNumber, int bDelete) {
 int CQFolder::RemoveAllItems(int bDelete) {
     ItemArray* items = GetItemArray();
     if (items == nullptr) return 0;
+    const qfc::Teardown teardown(*this, qfc::Teardown::Extent::kOwnItems);
     if (bDelete != 0) {
         NullRepeated(*items);
         for (int position = 0; position < items->GetSize(); ++position) {
@@ -128,16 +127,12 @@ int CQFolder::RemoveAllItems(int bDelete) {
 }
 
 int CQFolder::DeleteItemEx(CQItem* pItem, IStorage* /*pStorage*/) {
-    if (pItem == nullptr) return 0;
+    if (pItem == nullptr || qfc::Teardown::IsGone(pItem)) return 0;
+    const qfc::Teardown teardown(*this, qfc::Teardown::Extent::kOwnItems);
     const GUID guid = qfc::GuidOfItem(*pItem);
     int done = 1;
     if (qfc::GalleryFile* file = qfc::GalleryFileOf(*this)) done = file->DeleteItemStreams(*this, *pItem);
-    CQGallery* gallery = qfc::GalleryOf(*this);
-    if (qfc::LeaveGallery(gallery, *pItem, *this)) {
-        qfc::PassOnParenthood(*gallery, guid, *this);
-    } else {
-        delete pItem;
-    }
+    qfc::Teardown::LetGo(pItem, *this);
     if (m_nDBId != -1 && m_pDBTools != nullptr && !m_pDBTools->DeleteItemFromFolder(guid, m_nDBId)) return 0;
     return done;
 }

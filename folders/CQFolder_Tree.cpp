@@ -5,6 +5,7 @@
 #include "folders/GalleryFile.h"
 #include "folders/GalleryOf.h"
 #include "folders/GlobalProc.h"
+#include "folders/Teardown.h"
 #include "folders/TreeChanges.h"
 #include "items/CQGallery.h"
 #include "items/CQItem.h"
@@ -145,6 +146,7 @@ int CQFolder::DetachParent(int bDestroyData) {
 }
 
 int CQFolder::RemoveSubFolder() {
+    const qfc::Teardown teardown(*this);
     RemoveAllItems(1);
     FolderList* list = GetFolderList();
     while (list != nullptr && !list->IsEmpty()) {

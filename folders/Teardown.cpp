@@ -8,10 +8,17 @@
 #include "items/ItemGuid.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace qfc {
 
 namespace {
+
+CQFolder& TopmostOf(CQFolder& folder) {
+    CQFolder* top = &folder;
+    while (top->GetParent() != nullptr) top = top->GetParent();
+    return *top;
+}
 
 thread_local Teardown* t_outermost = nullptr;
 
@@ -26,21 +33,26 @@ CQFolder* FirstHolder(const CQGallery& gallery, const GUID& guid, IsAlive&& isAl
     return nullptr;
 }
 
-// Another folder of the tree that has this very object in its array, or null.
-CQFolder* OtherFolderWith(CQGallery& gallery, const CQItem& item, const CQFolder& folder) {
+// The first folder of the tree that is accepted and has this very object in its array, or null.
+template <class IsAccepted>
+CQFolder* FirstFolderWith(const CObject* object, CQFolder& top, IsAccepted&& isAccepted) {
     const auto has = [&](CQFolder& candidate) {
-        const CObArray* objects = &candidate != &folder ? candidate.GetItemArray() : nullptr;
-        return objects != nullptr && std::find(objects->begin(), objects->end(), &item) != objects->end();
+        const CObArray* objects = isAccepted(candidate) ? candidate.GetItemArray() : nullptr;
+        return objects != nullptr && std::find(objects->begin(), objects->end(), object) != objects->end();
     };
-    for (CQFolder* candidate : SubtreeOf(gallery)) {
+    for (CQFolder* candidate : SubtreeOf(top)) {
         if (has(*candidate)) return candidate;
     }
-    return has(gallery) ? &gallery : nullptr;
+    return has(top) ? &top : nullptr;
+}
+
+CQFolder* OtherFolderWith(CQGallery& gallery, const CQItem& item, const CQFolder& folder) {
+    return FirstFolderWith(&item, gallery, [&](const CQFolder& candidate) { return &candidate != &folder; });
 }
 
 }  // namespace
 
-Teardown::Teardown(CQFolder& cleared) : m_cleared(cleared), m_outer(t_outermost) {
+Teardown::Teardown(CQFolder& cleared, Extent extent) : m_cleared(cleared), m_extent(extent), m_outer(t_outermost) {
     if (t_outermost == nullptr) t_outermost = this;
 }
 
@@ -60,28 +72,67 @@ void Teardown::NoteGone(const CObject* object) {
 }
 
 void Teardown::LetGoOnce(CObject* object, CQFolder& folder) {
-    if (object == nullptr || IsGone(object)) return;
+    if (object == nullptr || IsGone(object) || m_endingObjects.contains(object)) return;
     auto* item = static_cast<CQItem*>(object);
     const GUID guid = GuidOfItem(*item);  // The item may die in the next call.
     CQGallery* gallery = GalleryOf(folder);
-    if (!LeaveGallery(gallery, *item, folder)) {
-        NoteGone(item);
-        delete item;
+    if (LeaveGallery(gallery, *item, folder)) {
+        PassOnParenthood(*gallery, guid, folder);
         return;
     }
-    if (!IsGone(item) && item->GetParentFolder() == &folder) item->SetParentFolder(SurvivorHolding(*gallery, guid));
+    if (CQFolder* holder = SurvivorWith(item)) {
+        if (item->GetParentFolder() == &folder) item->SetParentFolder(holder);
+        return;
+    }
+    m_ending.emplace_back(item);
+    m_endingObjects.insert(item);
 }
 
-// Null while a whole tree goes: then nobody survives.
-CQFolder* Teardown::SurvivorHolding(CQGallery& gallery, const GUID& guid) {
-    if (m_cleared.IsRoot()) return nullptr;
-    if (!m_survivors) {
-        m_survivors.emplace();
-        for (const CQFolder* folder : SubtreeOf(gallery)) {
-            if (folder->IsSubfolderOf(&m_cleared) == 0) m_survivors->insert(folder);
-        }
+const std::unordered_set<const CQFolder*>& Teardown::Survivors() {
+    if (m_survivors) return *m_survivors;
+    m_survivors.emplace();
+    // Nobody survives when a whole tree goes.
+    if (m_extent == Extent::kSubtree && m_cleared.IsRoot()) return *m_survivors;
+    const auto survives = [this](const CQFolder& folder) {
+        return m_extent == Extent::kOwnItems ? &folder != &m_cleared : folder.IsSubfolderOf(&m_cleared) == 0;
+    };
+    CQFolder& top = TopmostOf(m_cleared);
+    if (survives(top)) m_survivors->insert(&top);
+    for (const CQFolder* folder : SubtreeOf(top)) {
+        if (survives(*folder)) m_survivors->insert(folder);
     }
-    return FirstHolder(gallery, guid, [this](const CQFolder* holder) { return m_survivors->contains(holder); });
+    return *m_survivors;
+}
+
+CQFolder* Teardown::SurvivorHolding(const CQGallery& gallery, const GUID& guid) {
+    return FirstHolder(gallery, guid, [this](const CQFolder* holder) { return Survivors().contains(holder); });
+}
+
+// One object is searched for; for more of them it pays to note who has what.
+CQFolder* Teardown::SurvivorWith(const CObject* object) {
+    if (Survivors().empty()) return nullptr;
+    if (!std::exchange(m_searched, true)) return SearchSurvivorsFor(object);
+    if (!m_held) NoteWhatSurvivorsHold();
+    const auto found = m_held->find(object);
+    return found != m_held->end() ? found->second : nullptr;
+}
+
+CQFolder* Teardown::SearchSurvivorsFor(const CObject* object) {
+    const auto survives = [this](const CQFolder& folder) { return Survivors().contains(&folder); };
+    return FirstFolderWith(object, TopmostOf(m_cleared), survives);
+}
+
+void Teardown::NoteWhatSurvivorsHold() {
+    std::unordered_map<const CObject*, CQFolder*> held;
+    const auto note = [&](CQFolder& folder) {
+        const CObArray* objects = Survivors().contains(&folder) ? folder.GetItemArray() : nullptr;
+        if (objects == nullptr) return;
+        for (const CObject* object : *objects) held.try_emplace(object, &folder);
+    };
+    CQFolder& top = TopmostOf(m_cleared);
+    for (CQFolder* folder : SubtreeOf(top)) note(*folder);
+    note(top);
+    m_held = std::move(held);
 }
 
 bool LeaveGallery(CQGallery* gallery, CQItem& item, CQFolder& folder) {

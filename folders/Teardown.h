@@ -3,8 +3,11 @@
 #include "platform/framework/Collections.h"
 #include "platform/framework/Guid.h"
 
+#include <memory>
 #include <optional>
+#include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 class CQFolder;
 class CQGallery;
@@ -12,19 +15,24 @@ class CQItem;
 
 namespace qfc {
 
-// Ends items while folders are cleared. One object may stand in several places (in several folders of the tree, or
-// twice in one); across the whole of the outermost clearing it is ended once and never looked at again. Made on the
-// stack by every Clear; nested ones share the outermost one's memory. One thread.
+// Ends items while folders lose them. One object may stand in several places (in several folders of the tree, or twice
+// in one); across the whole of the outermost clearing it is ended once, and not at all while a folder that is not
+// cleared has it. What no gallery's index knows is ended at the end of the outermost clearing, so that every folder
+// that has it can still let go of it; what an index ends is dead at once and never looked at again. Made on the stack
+// by everything that ends items; nested ones share the outermost one's memory. One thread.
 class Teardown {
 public:
-    explicit Teardown(CQFolder& cleared);
+    // What goes: the folder with everything below it, or items of the folder alone.
+    enum class Extent { kSubtree, kOwnItems };
+
+    explicit Teardown(CQFolder& cleared, Extent extent = Extent::kSubtree);
     ~Teardown();
     Teardown(const Teardown&) = delete;
     Teardown& operator=(const Teardown&) = delete;
 
-    // The folder's gallery takes the item back; the item is destroyed when there is no gallery or it does not know it.
-    // An item that lives on in other folders no longer has this one as its parent. The item may be dead already: it is
-    // an address until it is known not to be.
+    // The folder's gallery takes the item back; without a gallery that knows it, the item is to end unless a folder
+    // that is not cleared has it. An item that lives on in other folders no longer has this one as its parent. The item
+    // may be dead already: it is an address until it is known not to be.
     static void LetGo(CObject* item, CQFolder& folder);
     // Whether the object was ended since the outermost clearing began; false outside of one.
     static bool IsGone(const CObject* object);
@@ -35,13 +43,23 @@ private:
 
     static void NoteGone(const CObject* object);
     void LetGoOnce(CObject* object, CQFolder& folder);
-    CQFolder* SurvivorHolding(CQGallery& gallery, const GUID& guid);
+    const std::unordered_set<const CQFolder*>& Survivors();
+    CQFolder* SurvivorHolding(const CQGallery& gallery, const GUID& guid);
+    CQFolder* SurvivorWith(const CObject* object);
+    CQFolder* SearchSurvivorsFor(const CObject* object);
+    void NoteWhatSurvivorsHold();
 
     CQFolder& m_cleared;
+    const Extent m_extent;
     Teardown* const m_outer;
-    // Of the outermost one; addresses only.
-    std::unordered_set<const CObject*> m_gone;
-    std::optional<std::unordered_set<const CQFolder*>> m_survivors;  // Folders outside what is cleared; when needed.
+    // All of the outermost one.
+    std::unordered_set<const CObject*> m_gone;  // Addresses only.
+    std::vector<std::unique_ptr<CObject>> m_ending;
+    std::unordered_set<const CObject*> m_endingObjects;
+    // Made when needed: the folders that are not cleared, and which of them has which object.
+    std::optional<std::unordered_set<const CQFolder*>> m_survivors;
+    std::optional<std::unordered_map<const CObject*, CQFolder*>> m_held;
+    bool m_searched = false;
 };
 
 // The gallery takes back an item that a folder no longer has in its array. The item dies as
