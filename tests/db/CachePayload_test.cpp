@@ -44,6 +44,37 @@ int Boasts(unsigned sourceLength, const void*, unsigned* destinationLength, void
     return qfc::kCompressionSucceeded;
 }
 
+// Makes of the bytes as many others.
+int KeepsTheSize(unsigned sourceLength, const void* source, unsigned* destinationLength, void* destination) {
+    for (unsigned i = 0; i < sourceLength; ++i) {
+        static_cast<unsigned char*>(destination)[i] = static_cast<const unsigned char*>(source)[i] ^ 0xFF;
+    }
+    *destinationLength = sourceLength;
+    return qfc::kCompressionSucceeded;
+}
+
+int MakesNothing(unsigned, const void*, unsigned* destinationLength, void*) {
+    *destinationLength = 0;
+    return qfc::kCompressionSucceeded;
+}
+
+// What the compressor calls a success fits into a buffer of the raw size, and is stored.
+TEST(CachePayload, CompressedToExactlyItsOwnSizeIsStoredCompressed) {
+    const Binding binding({KeepsTheSize, KeepsTheSize});
+    const PayloadWrite payload = PackPayload(0, Repeated(100, 7));
+    EXPECT_EQ(payload.compressedSize, 100);
+    EXPECT_EQ(RoundTrip(Repeated(100, 7)), Repeated(100, 7));
+}
+
+TEST(CachePayload, CompressedToNothingIsStoredRaw) {
+    const Binding binding({MakesNothing, Missing});
+    const Bytes bytes = Repeated(100, 7);
+    const PayloadWrite payload = PackPayload(0, bytes);
+    EXPECT_EQ(payload.compressedSize, 0);
+    EXPECT_EQ(payload.Stored().data(), bytes.data());
+    EXPECT_EQ(RoundTrip(bytes), bytes);
+}
+
 TEST(CachePayload, ComesBackAsItWas) {
     for (const std::size_t size : {1U, 2U, 63U, 64U, 4096U, 65535U, 65536U, 65537U, 131072U}) {
         EXPECT_EQ(RoundTrip(Repeated(size, 7)), Repeated(size, 7)) << size;

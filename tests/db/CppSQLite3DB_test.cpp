@@ -149,6 +149,25 @@ TEST_F(CppSQLite3DBTest, QueryIsCompiledAgainWhenTheSchemaChanged) {
     EXPECT_EQ(trace.Count("select * from T"), 2);
 }
 
+// Another connection changes the schema before every run.
+TEST_F(CppSQLite3DBTest, QueryIsGivenUpWhenTheSchemaNeverRests) {
+    struct Foreign {
+        std::string path;
+        int runs = 0;
+    } foreign{m_path};
+    const auto changeTheSchema = [](unsigned, void* self, void*, void*) {
+        auto& other = *static_cast<Foreign*>(self);
+        RawDb(other.path).Exec("CREATE TABLE U" + std::to_string(++other.runs) + "(N)");
+        return 0;
+    };
+    m_db.execQuery("select * from T").finalize();
+    sqlite3_trace_v2(m_db.handle(), SQLITE_TRACE_STMT, changeTheSchema, &foreign);
+    EXPECT_EQ(ErrorOf([&] { m_db.execQuery("select * from T"); }), "SQLITE_SCHEMA[17]: database schema has changed");
+    sqlite3_trace_v2(m_db.handle(), 0, nullptr, nullptr);
+    EXPECT_EQ(foreign.runs, 51);
+    EXPECT_TRUE(m_db.execQuery("select * from T").eof());
+}
+
 TEST(CppSQLite3DBTransaction, SecondBeginIsFalseAndSendsNothing) {
     const TempFolder folder;
     SqlTrace trace;

@@ -6,6 +6,7 @@
 
 #include <climits>
 #include <sqlite3.h>
+#include <type_traits>
 
 namespace {
 
@@ -276,5 +277,37 @@ TEST_F(CppSQLite3QueryTest, MovingIntoAQueryWithAPendingErrorSwallowsTheError) {
     query.finalize();
     EXPECT_EQ(sqlite3_next_stmt(m_db.handle(), nullptr), nullptr);
 }
+
+// A statement that has failed tells of it again when it is finalised.
+sqlite3_stmt* FailedStatement(sqlite3* db) {
+    sqlite3_stmt* statement = nullptr;
+    EXPECT_EQ(sqlite3_prepare(db, "select abs(-9223372036854775807 - 1)", -1, &statement, nullptr), SQLITE_OK);
+    EXPECT_EQ(sqlite3_step(statement), SQLITE_ERROR);
+    return statement;
+}
+
+TEST_F(CppSQLite3QueryTest, FinalisingWithAPendingErrorThrowsOnceAndIsDone) {
+    CppSQLite3Query query(m_db.handle(), FailedStatement(m_db.handle()), false);
+    EXPECT_EQ(ErrorOf([&] { query.finalize(); }), "SQLITE_ERROR[1]: integer overflow");
+    EXPECT_EQ(sqlite3_next_stmt(m_db.handle(), nullptr), nullptr);
+    EXPECT_NO_THROW(query.finalize());
+    EXPECT_EQ(ErrorOf([&] { query.nextRow(); }), "CPPSQLITE_ERROR[1000]: Null Virtual Machine pointer");
+}
+
+TEST_F(CppSQLite3QueryTest, DestructorSwallowsAPendingError) {
+    EXPECT_NO_THROW({ const CppSQLite3Query query(m_db.handle(), FailedStatement(m_db.handle()), false); });
+    EXPECT_EQ(sqlite3_next_stmt(m_db.handle(), nullptr), nullptr);
+}
+
+TEST_F(CppSQLite3QueryTest, TextWithoutColumnsHasNoFieldToAskFor) {
+    CppSQLite3Query query = m_db.execQuery("CREATE TABLE U(N)");
+    EXPECT_TRUE(query.eof());
+    EXPECT_EQ(ErrorOf([&] { query.fieldIndex("N"); }), "CPPSQLITE_ERROR[1000]: Invalid field name requested");
+    EXPECT_EQ(ErrorOf([&] { query.getIntField(0); }), "CPPSQLITE_ERROR[1000]: Invalid field index requested");
+    EXPECT_EQ(ErrorOf([&] { query.getStringField(0); }), "CPPSQLITE_ERROR[1000]: Invalid field index requested");
+}
+
+static_assert(std::has_virtual_destructor_v<CppSQLite3Query> && std::has_virtual_destructor_v<CppSQLite3Statement> &&
+              std::has_virtual_destructor_v<CppSQLite3DB> && std::has_virtual_destructor_v<CppSQLite3Exception>);
 
 }  // namespace

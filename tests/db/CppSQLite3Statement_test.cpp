@@ -164,4 +164,25 @@ TEST_F(CppSQLite3StatementTest, DestructorFinalises) {
     EXPECT_EQ(LiveStatements(), 0);
 }
 
+// A statement that has failed tells of it again when it is finalised.
+sqlite3_stmt* FailedStatement(sqlite3* db) {
+    sqlite3_stmt* statement = nullptr;
+    EXPECT_EQ(sqlite3_prepare(db, "select abs(-9223372036854775807 - 1)", -1, &statement, nullptr), SQLITE_OK);
+    EXPECT_EQ(sqlite3_step(statement), SQLITE_ERROR);
+    return statement;
+}
+
+TEST_F(CppSQLite3StatementTest, FinalisingWithAPendingErrorThrowsOnceAndIsDone) {
+    CppSQLite3Statement statement(m_db.handle(), FailedStatement(m_db.handle()));
+    EXPECT_EQ(ErrorOf([&] { statement.finalize(); }), "SQLITE_ERROR[1]: integer overflow");
+    EXPECT_EQ(LiveStatements(), 0);
+    EXPECT_NO_THROW(statement.finalize());
+    EXPECT_EQ(ErrorOf([&] { statement.execDML(); }), kNullMachine);
+}
+
+TEST_F(CppSQLite3StatementTest, DestructorSwallowsAPendingError) {
+    EXPECT_NO_THROW({ const CppSQLite3Statement statement(m_db.handle(), FailedStatement(m_db.handle())); });
+    EXPECT_EQ(LiveStatements(), 0);
+}
+
 }  // namespace

@@ -1,3 +1,4 @@
+#include "platform/text/CodePages.h"
 #include "tests/db/DbTestSupport.h"
 #include "tests/support/SqlTrace.h"
 
@@ -31,6 +32,19 @@ TEST_F(DBToolsAutoLoaded, FileIsKnownInItsFolderOnly) {
     EXPECT_TRUE(m_tools->IsFileAutoLoaded("a", 5));
     EXPECT_FALSE(m_tools->IsFileAutoLoaded("a", 6));
     EXPECT_FALSE(m_tools->IsFileAutoLoaded("A", 5));
+}
+
+// Kept: the path is bound as given, where names are converted to UTF-8.
+TEST_F(DBToolsAutoLoaded, PathIsStoredAndLookedForWithoutConversion) {
+    ASSERT_TRUE(qfc::SetAnsiCodePage("CP1252"));
+    const char* const kPath = "C:\\\xC3\xBC.flt";
+    const bool inserted = m_tools->InsertAutoLoadedFile(kPath, 5);
+    const bool known = m_tools->IsFileAutoLoaded(kPath, 5);
+    qfc::SetAnsiCodePage("UTF-8");
+    EXPECT_TRUE(inserted);
+    EXPECT_TRUE(known);
+    EXPECT_EQ(Cell("select FILE_PATH from ITEM_AUTO_LOADED_TABLE"), "'C:\\ü.flt'");
+    EXPECT_TRUE(m_tools->IsFileAutoLoaded(kPath, 5));
 }
 
 TEST_F(DBToolsAutoLoaded, TwoFilesOfOneFolderAreTwoRows) {
