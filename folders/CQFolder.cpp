@@ -1,6 +1,5 @@
 #include "folders/CQFolder.h"
 
-#include "db/CurrentDBTools.h"
 #include "folders/FolderConstants.h"
 #include "folders/FolderNumbers.h"
 #include "folders/GalleryFile.h"
@@ -149,7 +148,7 @@ void CQFolder::DestroySubFolders() {
 void CQFolder::LetGoOfItems() {
     ItemArray* items = GetItemArray();
     if (items == nullptr) return;
-    if (m_pDBTools == nullptr || qfc::IsCurrentDBTools(m_pDBTools)) {
+    if (qfc::EndsItsItems(*this)) {
         const CObArray& objects = *items;  // Some may be dead, ended in another folder: not items yet.
         for (CObject* object : objects) qfc::Teardown::LetGo(object, *this);
     }

@@ -1,4 +1,3 @@
-#include "db/CurrentDBTools.h"
 #include "db/DBTools.h"
 #include "folders/CQFolder.h"
 #include "folders/GalleryOf.h"
@@ -70,7 +69,7 @@ void CQFolder::EmptyOfItemsInDb() {
             continue;
         }
         items->RemoveAt(0);
-        if (m_pDBTools == nullptr || qfc::IsCurrentDBTools(m_pDBTools)) qfc::Teardown::LetGo(item, *this);
+        if (qfc::EndsItsItems(*this)) qfc::Teardown::LetGo(item, *this);
     }
 }
 

@@ -1,5 +1,6 @@
 #include "folders/Teardown.h"
 
+#include "db/CurrentDBTools.h"
 #include "folders/FolderWalk.h"
 #include "folders/GalleryOf.h"
 #include "items/CQGallery.h"
@@ -133,6 +134,10 @@ void Teardown::NoteWhatSurvivorsHold() {
     for (CQFolder* folder : SubtreeOf(top)) note(*folder);
     note(top);
     m_held = std::move(held);
+}
+
+bool EndsItsItems(const CQFolder& folder) {
+    return folder.GetDBTools() == nullptr || IsCurrentDBTools(folder.GetDBTools());
 }
 
 bool LeaveGallery(CQGallery* gallery, CQItem& item, CQFolder& folder) {

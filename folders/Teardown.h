@@ -62,6 +62,9 @@ private:
     bool m_searched = false;
 };
 
+// Whether a folder that is cleared ends its items: not when it belongs to another database than the current one.
+bool EndsItsItems(const CQFolder& folder);
+
 // The gallery takes back an item that a folder no longer has in its array. The item dies as
 // CQGallery::RemoveItemFromMap says, but a second object of a GUID not before the last folder that has it. False,
 // nothing done, when there is no gallery or it does not know the item.

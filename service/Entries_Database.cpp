@@ -1,20 +1,14 @@
 #include "db/CurrentDBTools.h"
 #include "db/DBTools.h"
+#include "folders/GalleryEnd.h"
 #include "items/CQGallery.h"
-#include "items/CQGalleryDoc.h"
-#include "items/CQItem.h"
-#include "items/GalleryDocument.h"
 #include "items/Handles.h"
-#include "items/ItemGuid.h"
 #include "platform/os/Files.h"
 #include "service/EntrySteps.h"
 #include "service/QFCLibraryManager.h"
 
-#include <algorithm>
 #include <cstdint>
-#include <iterator>
 #include <memory>
-#include <unordered_set>
 #include <vector>
 
 using qfc::EntrySteps;
@@ -66,45 +60,6 @@ int QFCLibraryManager::fnListGalleries(std::vector<qfc::StoredGallery>& gallerie
 
 namespace {
 
-using Items = std::unordered_set<CQItem*>;
-
-// Closing ends the items of a folder without database, or with the service's, by itself; of the others it leaves all
-// save the objects of the gallery's index, which die with the gallery.
-void GatherItems(const CQGallery& gallery, CQFolder& folder, Items& left, Items& ended) {
-    const auto* const pItems = folder.GetItemArray();
-    if (pItems == nullptr) return;
-    const bool bEnds = folder.GetDBTools() == nullptr || qfc::IsCurrentDBTools(folder.GetDBTools());
-    for (CQItem* const pItem : *pItems) {
-        if (pItem == nullptr) continue;
-        CQItem* pIndexed = nullptr;
-        gallery.IsItemHasParentByGuid(qfc::GuidOfItem(*pItem), pIndexed);
-        if (pIndexed != pItem) (bEnds ? ended : left).insert(pItem);
-    }
-}
-
-// Each object once, however many folders hold it.
-Items ItemsLeftBehind(CQGallery& gallery) {
-    Items left;
-    Items ended;
-    std::vector<CQFolder*> folders{&gallery};
-    while (!folders.empty()) {
-        CQFolder* const pFolder = folders.back();
-        folders.pop_back();
-        GatherItems(gallery, *pFolder, left, ended);
-        if (const auto* const pChildren = pFolder->GetFolderList()) {
-            std::ranges::copy_if(*pChildren, std::back_inserter(folders), [](CQFolder* p) { return p != nullptr; });
-        }
-    }
-    std::erase_if(left, [&](CQItem* pItem) { return ended.contains(pItem); });
-    return left;
-}
-
-// One that was created on a session's database is listed in the document.
-void DestroyGallery(CQGallery* pGallery) {
-    if (CQGalleryDoc* const pDocument = qfc::ExistingGalleryDocument()) pDocument->ReleaseGallery(pGallery);
-    delete pGallery;
-}
-
 bool IsOfService(const CQGallery& gallery) {
     return gallery.GetDBTools() != nullptr && qfc::IsCurrentDBTools(gallery.GetDBTools());
 }
@@ -114,8 +69,6 @@ bool IsOfService(const CQGallery& gallery) {
 int QFCLibraryManager::fnCloseSessionGallery(ULONGLONG hGallery) {
     CQGallery* const pGallery = qfc::AsGallery(hGallery);
     if (pGallery == nullptr || IsOfService(*pGallery)) return 0;
-    const Items items = ItemsLeftBehind(*pGallery);
-    DestroyGallery(pGallery);
-    for (CQItem* const pItem : items) delete pItem;
+    qfc::DestroyWithItems(pGallery);
     return 1;
 }
