@@ -3,6 +3,7 @@
 #include "tests/support/RawDb.h"
 #include "tests/support/ServicePeer.h"
 
+#include <algorithm>
 #include <atomic>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -28,6 +29,10 @@ protected:
     }
     static DBTools* AsTools(ULONGLONG hSession) {
         return reinterpret_cast<DBTools*>(static_cast<std::uintptr_t>(hSession));
+    }
+    static bool IsInDocument(ULONGLONG hGallery) {
+        const auto& galleries = GetGalleryDoc()->GetGalleryList();
+        return std::ranges::find(galleries, AsGallery(hGallery)) != galleries.end();
     }
     static std::vector<int> Ids(const std::vector<qfc::StoredGallery>& galleries) {
         std::vector<int> ids;
@@ -159,6 +164,18 @@ TEST_F(EntriesDatabase, TwoSessions_AreIndependentOfEachOtherAndOfTheService) {
     EXPECT_EQ(Manager::fnCloseSessionGallery(hGallery), 1);
     EXPECT_EQ(Manager::EndDbSession4ImportLib(hFirst), 1);
     EXPECT_EQ(Manager::EndDbSession4ImportLib(hSecond), 1);
+}
+
+// Kept: whatever database it was made on.
+TEST_F(EntriesDatabase, AGalleryMadeOnASession_JoinsTheDocumentUntilItIsClosed) {
+    const ULONGLONG hSession = Manager::StartDbSession4ImportLib(ForeignLibrary());
+    const ULONGLONG hGallery = Manager::fnCreateGallery(9, "Nine", 0, 0, 0, AsTools(hSession));
+    ASSERT_NE(hGallery, 0u);
+    EXPECT_TRUE(IsInDocument(hGallery));
+    EXPECT_EQ(Manager::fnCloseSessionGallery(hGallery), 1);
+    EXPECT_FALSE(IsInDocument(hGallery));
+    EXPECT_TRUE(IsInDocument(m_hMedia));
+    EXPECT_EQ(Manager::EndDbSession4ImportLib(hSession), 1);
 }
 
 TEST_F(EntriesDatabase, Session_OutlivesTheService) {
@@ -364,6 +381,13 @@ TEST_F(ImportFromSession, CloseSessionGallery_DestroysEveryItemOnce) {
     ASSERT_EQ(Manager::fnAddItem(m_hForeign, {"Clips", "Clips\\Deep"}, pAdded), 1);
     EXPECT_EQ(AsGallery(m_hForeign)->GetFolderByPath("Clips\\Deep")->GetItemArray()->GetSize(), 2);
     EndSession();
+}
+
+// A gallery without a database is nobody's, whether or not the service has one.
+TEST_F(EntriesDatabase, CloseSessionGallery_OfAGalleryWithoutDatabase_WorksWhileStoppedToo) {
+    qfc::test::CloseAllGalleries();
+    ASSERT_EQ(Manager::fnStopService(), 1);
+    EXPECT_EQ(Manager::fnCloseSessionGallery(ToHandle(new CQGallery)), 1);
 }
 
 // Folders without a database end their items themselves, as they do in a tree that was never stored.

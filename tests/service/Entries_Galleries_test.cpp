@@ -28,12 +28,7 @@ protected:
     }
     static std::string Cell(const std::string& sql) { return qfc::test::RawDb(DatabaseFile()).Cell(sql); }
     // From now on the table takes no new or changed row.
-    static void RefuseWrites(const std::string& table) {
-        qfc::test::RawDb(DatabaseFile())
-            .Exec("create trigger REFUSE_INSERT before insert on " + table +
-                  " begin select raise(fail, 'refused'); end; create trigger REFUSE_UPDATE before update on " + table +
-                  " begin select raise(fail, 'refused'); end");
-    }
+    static void RefuseWrites(const std::string& table) { qfc::test::RefuseWrites(DatabaseFile(), table); }
 };
 
 // --- Galleries ---------------------------------------------------------------------------------------------------

@@ -10,10 +10,12 @@
 #include "tests/support/RawDb.h"
 #include "tests/support/ServicePeer.h"
 
+#include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <optional>
+#include <set>
 #include <thread>
 
 namespace {
@@ -29,10 +31,7 @@ protected:
         LibraryFixture::SetUp();
         m_pOther = MakeFolder("", "Other");
     }
-    static void RefuseWrites(const std::string& table) {
-        RawDb(DatabaseFile())
-            .Exec("create trigger REFUSE before insert on " + table + " begin select raise(fail, 'refused'); end");
-    }
+    static void RefuseWrites(const std::string& table) { qfc::test::RefuseWrites(DatabaseFile(), table); }
     // Adds without waiting and answers what the callback got; empty when the operation raised none.
     std::optional<QFCLibCallbackParam> AddAsync(const std::vector<CString>& paths, CQItem* pItem) {
         std::optional<QFCLibCallbackParam> seen;
@@ -201,6 +200,16 @@ TEST_F(EntriesItems, DeleteItem_AnotherMode_TakesItOutOfThisFolderOnlyAndReports
     EXPECT_EQ(CountRows("CACHE_DATA_TABLE"), 0);
 }
 
+// The root of a gallery is the gallery itself.
+TEST_F(EntriesItems, DeleteItem_ModeZero_OfTheGalleryItself_TakesTheItemOutOfEveryFolder) {
+    const GUID guid = AddItem("Sunrise", {"Clips", "Other"})->GetUniqueID();
+    EXPECT_EQ(Manager::fnDeleteItem(m_hMedia, {guid}, 0), 0);
+    EXPECT_EQ(m_pClips->HasItem(guid, 0), 0);
+    EXPECT_EQ(m_pOther->HasItem(guid, 0), 0);
+    EXPECT_EQ(CountRows("ITEM_TABLE"), 0);
+    EXPECT_EQ(CountRows("RELATION_TABLE"), 0);
+}
+
 TEST_F(EntriesItems, DeleteItem_TakesSeveralAndPassesOverUnknownOnes) {
     const GUID first = AddItem("First")->GetUniqueID();
     const GUID second = AddItem("Second", {"Other"})->GetUniqueID();
@@ -326,6 +335,32 @@ TEST_F(EntriesItems, QueryLibItemThumbnailInfo_ListsEveryStoredBitmapCache) {
     EXPECT_EQ(thumbnails[0].strPath, "C:\\media\\First.avi");
 }
 
+bool Same(const _DS_LibItemTunmbnailInfo_& a, const _DS_LibItemTunmbnailInfo_& b) {
+    return a.guidItem == b.guidItem && a.dwItemType == b.dwItemType && a.nReserved == b.nReserved &&
+           a.nCompressedSize == b.nCompressedSize && a.sizeBitmapCache.cx == b.sizeBitmapCache.cx &&
+           a.sizeBitmapCache.cy == b.sizeBitmapCache.cy && a.strPath == b.strPath;
+}
+
+TEST_F(EntriesItems, QueryLibItemThumbnailInfo_GivesTheSameRowsFromSizesAndFromWholeRows) {
+    for (int width = 8; width < 24; width += 4) {
+        CQItem* const pItem = NewItem(("item" + std::to_string(width)).c_str(), static_cast<DWORD>(width));
+        qfc::test::GiveBitmapCache(*pItem, width, 2 * width);
+        ASSERT_EQ(Manager::fnAddItem(m_hMedia, {"Clips"}, pItem), 1);
+    }
+    std::vector<_DS_LibItemTunmbnailInfo_> answers[2];
+    for (const bool bShortcuts : {false, true}) {
+        m_pClips->GetDBTools()->SetShortcuts(bShortcuts);
+        LibraryOperation_QueryLibItemThumbnailInfo operation(m_pClips->GetDBTools());
+        EXPECT_EQ(operation.execute(), 1);
+        answers[bShortcuts] = operation.Thumbnails();
+    }
+    ASSERT_EQ(answers[0].size(), 4u);
+    std::set<int> heights;
+    for (const auto& info : answers[0]) heights.insert(info.sizeBitmapCache.cy);
+    EXPECT_EQ(heights, (std::set<int>{16, 24, 32, 40}));
+    EXPECT_TRUE(std::ranges::equal(answers[0], answers[1], Same));
+}
+
 TEST_F(EntriesItems, QueryLibItemThumbnailInfo_PassesOverHostileRows) {
     RawDb(DatabaseFile())
         .Exec(
@@ -371,8 +406,10 @@ TEST_F(EntriesItems, QueryLibItemThumbnailInfo_ThatFails_EmptiesTheListAndReport
     std::vector<_DS_LibItemTunmbnailInfo_> thumbnails(3);
     EXPECT_EQ(Manager::fnQueryLibItemThumbnailInfo(thumbnails), 1);
     EXPECT_TRUE(thumbnails.empty());
-    LibraryOperation_QueryLibItemThumbnailInfo operation(nullptr);
-    EXPECT_EQ(operation.execute(), 0);
+    for (DBTools* const pDBTools : {static_cast<DBTools*>(nullptr), m_pClips->GetDBTools()}) {
+        LibraryOperation_QueryLibItemThumbnailInfo operation(pDBTools);
+        EXPECT_EQ(operation.execute(), 0);
+    }
 }
 
 }  // namespace

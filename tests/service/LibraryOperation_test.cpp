@@ -1,8 +1,27 @@
 #include "service/LibraryOperation.h"
 
 #include "platform/os/Sync.h"
+#include "service/LibItemThumbnailInfo.h"
 
+#include <cstddef>
 #include <gtest/gtest.h>
+#include <type_traits>
+
+// The records of the interface: their fields in order, each of its width.
+static_assert(std::is_standard_layout_v<QFCLibCallbackParam>);
+static_assert(offsetof(QFCLibCallbackParam, hGallery) == 0);
+static_assert(offsetof(QFCLibCallbackParam, guidItem) == 8);
+static_assert(offsetof(QFCLibCallbackParam, nFolderId) == 24);
+static_assert(sizeof(QFCLibCallbackParam::nFolderId) == 4 &&
+              std::is_signed_v<decltype(QFCLibCallbackParam::nFolderId)>);
+static_assert(std::is_standard_layout_v<_DS_LibItemTunmbnailInfo_>);
+static_assert(offsetof(_DS_LibItemTunmbnailInfo_, guidItem) == 0);
+static_assert(offsetof(_DS_LibItemTunmbnailInfo_, dwItemType) == 16);
+static_assert(offsetof(_DS_LibItemTunmbnailInfo_, nReserved) == 20);
+static_assert(offsetof(_DS_LibItemTunmbnailInfo_, nCompressedSize) == 24);
+static_assert(offsetof(_DS_LibItemTunmbnailInfo_, sizeBitmapCache) == 28);
+static_assert(offsetof(_DS_LibItemTunmbnailInfo_, strPath) > 28);
+static_assert(sizeof(SIZE) == 8 && std::is_signed_v<decltype(SIZE::cx)>);
 
 namespace {
 

@@ -203,18 +203,42 @@ TEST(OperationQueues, RandomPushesAndTakes_AgreeWithThePlainRule) {
     }
 }
 
-TEST(OperationQueues, Clear_DropsTheChosenThenTheDeferredThenTheOrdinaryThenTheSynchronousOnes) {
-    std::string noted;
+// One operation in each of the four lists.
+void FillAllLists(qfc::OperationQueues& queues, std::string& noted) {
     const auto make = [&noted](const char* name) { return std::make_shared<DyingOperation>(name, noted); };
-    qfc::OperationQueues queues;
     for (const char* name : {"taken", "chosen"}) queues.PushAsync(make(name), false);
     queues.Take();
     queues.PushSync(make("sync"));
     queues.PushAsync(make("ordinary"), false);
     queues.PushAsync(make("deferred"), true);
     noted.clear();
+}
+
+TEST(OperationQueues, Clear_DropsTheChosenThenTheDeferredThenTheOrdinaryThenTheSynchronousOnes) {
+    std::string noted;
+    qfc::OperationQueues queues;
+    FillAllLists(queues, noted);
     queues.Clear();
     EXPECT_EQ(noted, "chosen deferred ordinary sync ");
+}
+
+TEST(OperationQueues, AtItsEnd_DropsTheDeferredThenTheOrdinaryThenTheChosenThenTheSynchronousOnes) {
+    std::string noted;
+    {
+        qfc::OperationQueues queues;
+        FillAllLists(queues, noted);
+    }
+    EXPECT_EQ(noted, "deferred ordinary chosen sync ");
+}
+
+TEST(OperationQueues, TakeAllSync_TakesTheSynchronousOnesAloneInTheirOrder) {
+    Dispatch dispatch;
+    dispatch.Push('O', 2);
+    dispatch.Push('S', 2);
+    auto taken = dispatch.m_queues.TakeAllSync();
+    EXPECT_TRUE(dispatch.m_queues.IsSyncEmpty());
+    for (auto& operation : taken) dispatch.m_queues.PushSync(std::move(operation));
+    EXPECT_EQ(dispatch.TakeAll(), "S1 S2 O1 O2");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include "platform/os/LastError.h"
 #include "platform/os/Sync.h"
 #include "platform/os/Thread.h"
+#include "service/operations/QueryLibItemThumbnailInfo.h"
 #include "tests/support/LibraryFixture.h"
 #include "tests/support/ServicePeer.h"
 
@@ -9,6 +10,7 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <new>
+#include <set>
 
 namespace {
 
@@ -65,6 +67,29 @@ TEST(OutOfMemory, AThreadThatCannotBeMade_IsReportedWhereverMemoryEnds) {
 }
 
 class OutOfMemoryService : public qfc::test::LibraryFixture {};
+
+// Kept: the caller gets the rows that were gathered until then, and 1.
+TEST_F(OutOfMemoryService, AThumbnailQueryThatEndsEarly_KeepsTheRowsItHas) {
+    for (const char* pszName : {"First", "Second", "Third"}) {
+        CQItem* const pItem = NewItem(pszName);
+        qfc::test::GiveBitmapCache(*pItem, 8, 8);
+        ASSERT_EQ(QFCLibraryManager::fnAddItem(m_hMedia, {"Clips"}, pItem), 1);
+    }
+    std::set<std::size_t> gathered;
+    for (int nAllocations = 0; !gathered.contains(3); ++nAllocations) {
+        ASSERT_LT(nAllocations, 5000);
+        LibraryOperation_QueryLibItemThumbnailInfo operation(m_pClips->GetDBTools());
+        bool bEndedEarly = false;
+        try {
+            const MemoryEndsAfter end(nAllocations);
+            operation.execute();
+        } catch (const std::bad_alloc&) {
+            bEndedEarly = true;
+        }
+        if (bEndedEarly || operation.Thumbnails().size() == 3) gathered.insert(operation.Thumbnails().size());
+    }
+    EXPECT_EQ(gathered, (std::set<std::size_t>{0, 1, 2, 3}));
+}
 
 // An operation that nobody could wait for must not run behind the back of a caller who was told that it failed.
 TEST_F(OutOfMemoryService, ASyncCallThatIsRefused_IsNeverExecuted) {

@@ -1,5 +1,6 @@
 #include "db/CurrentDBTools.h"
 #include "platform/os/Sync.h"
+#include "tests/support/GateOperation.h"
 #include "tests/support/LibraryFixture.h"
 #include "tests/support/NoMoreThreads.h"
 #include "tests/support/RawDb.h"
@@ -9,6 +10,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <system_error>
 #include <thread>
 
 namespace {
@@ -28,6 +30,15 @@ protected:
         RawDb(TemplateFile()).Exec("create table SEED(N); insert into SEED values(42)");
     }
     static void WriteGarbage(const fs::path& file) { std::ofstream(file, std::ios::binary) << std::string(8192, 'x'); }
+    static void ExpectSharedState(const QFCLibraryManager& copy, const QFCLibraryManager& original) {
+        EXPECT_NE(ServicePeer::Database(copy), nullptr);
+        EXPECT_EQ(ServicePeer::Database(copy), ServicePeer::Database(original));
+        EXPECT_NE(ServicePeer::Worker(copy), nullptr);
+        EXPECT_EQ(ServicePeer::Worker(copy), ServicePeer::Worker(original));
+        EXPECT_EQ(ServicePeer::Running(copy), 1);
+        EXPECT_NE(ServicePeer::Mutex(copy), nullptr);
+        EXPECT_EQ(ServicePeer::Mutex(copy), ServicePeer::Mutex(original));
+    }
     static void ExpectStopped() {
         EXPECT_EQ(ServicePeer::Running(ServicePeer::Manager()), 0);
         EXPECT_EQ(ServicePeer::Database(ServicePeer::Manager()), nullptr);
@@ -37,9 +48,19 @@ protected:
 
 TEST_F(ServiceLifecycle, StartedTwice_TheSecondIsRefused) {
     EXPECT_EQ(Start(), 1);
-    DBTools* const pDatabase = ServicePeer::Database(ServicePeer::Manager());
-    EXPECT_EQ(Start(), 0);
-    EXPECT_EQ(ServicePeer::Database(ServicePeer::Manager()), pDatabase);
+    QFCLibraryManager& manager = ServicePeer::Manager();
+    DBTools* const pDatabase = ServicePeer::Database(manager);
+    const qfc::WorkerThread* const pWorker = ServicePeer::Worker(manager);
+    {
+        const qfc::test::Gate gate;
+        const auto pQueued = std::make_shared<qfc::test::LambdaOperation>([] { return 1; });
+        ServicePeer::Add(pQueued);
+        EXPECT_EQ(Start(), 0);
+        EXPECT_EQ(ServicePeer::Database(manager), pDatabase);
+        EXPECT_EQ(ServicePeer::Worker(manager), pWorker);
+        EXPECT_EQ(ServicePeer::Running(manager), 1);
+        EXPECT_EQ(ServicePeer::TakeFrom(manager), pQueued);
+    }
     EXPECT_EQ(Stop(), 1);
 }
 
@@ -126,6 +147,32 @@ TEST_F(ServiceLifecycle, AnExistingLibrary_IsNotSeeded) {
     ASSERT_EQ(Start(), 1);
     EXPECT_EQ(CountRows("MINE"), 0);
     EXPECT_EQ(CountRows("sqlite_master where name = 'SEED'"), 0);
+}
+
+// Somebody who knows no turns puts a library there while the template is being copied, which a long template shows.
+TEST_F(ServiceLifecycle, ALibraryThatAppearsWhileTheTemplateIsCopied_IsNotReplaced) {
+    MakeTemplate();
+    RawDb(TemplateFile()).Exec("create table LONG(B); insert into LONG values(zeroblob(32 * 1024 * 1024))");
+    const fs::path made = Scratch() / "made.db";
+    RawDb(made).Exec("create table MINE(N)");
+    bool bInTime = false;
+    for (int attempt = 0; attempt < 20 && !bInTime; ++attempt) {
+        fs::remove(DatabaseFile());
+        std::thread other([&] {
+            while (fs::is_empty(DataFolder())) std::this_thread::yield();
+            std::error_code taken;  // A link never replaces what is there.
+            fs::create_hard_link(made, DatabaseFile(), taken);
+            bInTime = !taken;
+        });
+        EXPECT_EQ(Start(), 1);
+        other.join();
+        if (bInTime) {
+            EXPECT_EQ(CountRows("sqlite_master where name = 'MINE'"), 1);
+            EXPECT_EQ(CountRows("sqlite_master where name = 'SEED'"), 0);
+        }
+        EXPECT_EQ(Stop(), 1);
+    }
+    EXPECT_TRUE(bInTime);
 }
 
 TEST_F(ServiceLifecycle, AReadOnlyTemplate_GivesALibraryThatCanBeWritten) {
@@ -243,23 +290,51 @@ TEST_F(ServiceLifecycle, TheWorkerProcedureOfAStoppedManager_RunsWhatIsLeftOfThe
 
 TEST_F(ServiceLifecycle, ACopyOfTheManager_SharesEverythingWithTheOriginal) {
     ASSERT_EQ(Start(), 1);
-    ASSERT_EQ(Stop(), 1);
+    const qfc::test::Gate gate;  // The worker looks at no queue meanwhile.
     QFCLibraryManager& original = ServicePeer::Manager();
     const auto pQueued = std::make_shared<qfc::test::LambdaOperation>([] { return 1; });
     ServicePeer::Add(pQueued);
 
     QFCLibraryManager copy(original);
-    EXPECT_EQ(ServicePeer::Database(copy), ServicePeer::Database(original));
-    EXPECT_EQ(ServicePeer::Worker(copy), ServicePeer::Worker(original));
-    EXPECT_EQ(ServicePeer::Running(copy), ServicePeer::Running(original));
-    EXPECT_EQ(ServicePeer::Mutex(copy), ServicePeer::Mutex(original));
+    ExpectSharedState(copy, original);
     EXPECT_EQ(ServicePeer::TakeFrom(copy), pQueued);
     EXPECT_EQ(ServicePeer::TakeFrom(copy), nullptr);
 
     copy = original;
+    ExpectSharedState(copy, original);
     EXPECT_EQ(ServicePeer::TakeFrom(copy), pQueued);
     EXPECT_EQ(ServicePeer::TakeFrom(original), pQueued);
     ServicePeer::SetMutex(copy, nullptr);  // Leaves it to the original.
+}
+
+TEST_F(ServiceLifecycle, AnAssignedManager_TakesOverTheStateOfTheOther) {
+    QFCLibraryManager copy(ServicePeer::Manager());
+    ASSERT_EQ(Start(), 1);
+    const qfc::test::Gate gate;
+    copy = ServicePeer::Manager();
+    ExpectSharedState(copy, ServicePeer::Manager());
+    ServicePeer::SetMutex(copy, nullptr);
+}
+
+TEST_F(ServiceLifecycle, ACopyOfTheManager_HasTheCallbacksOfItsOwn) {
+    std::string called;
+    const auto note = [&called](const char* pszMark) {
+        return [&called, pszMark](QFCLibCallbackParam*) {
+            called += pszMark;
+            return 1;
+        };
+    };
+    Listen("a", note("a"));
+    Listen("b", note("b"));
+    QFCLibCallbackParam param;
+    QFCLibraryManager copy(ServicePeer::Manager());
+    QFCLibraryManager::fnUnRegister_QFCLibCallBack("a");
+    EXPECT_EQ(ServicePeer::CallAllOf(copy, &param), 1);
+    EXPECT_EQ(called, "ab");
+    copy = ServicePeer::Manager();
+    EXPECT_EQ(ServicePeer::CallAllOf(copy, &param), 1);
+    EXPECT_EQ(called, "abb");
+    ServicePeer::SetMutex(copy, nullptr);
 }
 
 TEST_F(ServiceLifecycle, ACopyOfTheManager_ClosesTheSharedMutexWhenItDies) {

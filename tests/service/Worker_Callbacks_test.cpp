@@ -2,12 +2,14 @@
 
 #include <atomic>
 #include <gtest/gtest.h>
+#include <memory>
 #include <thread>
 #include <vector>
 
 namespace {
 
 using qfc::ServicePeer;
+using qfc::test::Gate;
 using qfc::test::WorkerFixture;
 
 class WorkerCallbacks : public WorkerFixture {};
@@ -50,6 +52,21 @@ TEST_F(WorkerCallbacks, TheCallbackGetsWhatTheOperationFillsIn) {
     AwaitEndOfPasses();
     EXPECT_EQ(seen.nFolderId, 12);
     EXPECT_EQ(seen.hGallery, 0u);
+}
+
+TEST_F(WorkerCallbacks, TheEventIsSignalledBeforeTheCallbacks) {
+    std::shared_ptr<LibraryOperation> pOperation;
+    DWORD dwWait = WAIT_TIMEOUT;
+    Listen("callback", [&](QFCLibCallbackParam*) {
+        dwWait = WaitForSingleObject(pOperation->Event(), 0);
+        return 1;
+    });
+    {
+        const Gate gate;
+        pOperation = QueueAsync([] { return 1; });
+    }
+    AwaitEndOfPasses();
+    EXPECT_EQ(dwWait, WAIT_OBJECT_0);
 }
 
 TEST_F(WorkerCallbacks, ANullRecord_RaisesNoCallback) {
@@ -131,6 +148,29 @@ TEST_F(WorkerCallbacks, ACallbackThatIsReplacedOrWithdrawn_DiesWithTheServiceUnl
     EXPECT_EQ(waits, (std::vector<DWORD>{WAIT_OBJECT_0}));
     ASSERT_EQ(QFCLibraryManager::fnUnRegister_QFCLibCallBack("name"), 1);
     EXPECT_EQ(waits, (std::vector<DWORD>{WAIT_OBJECT_0, WAIT_OBJECT_0}));
+}
+
+// The callback goes on for a good while after the other thread has set out to withdraw it.
+TEST_F(WorkerCallbacks, OnceWithdrawnByAnotherThread_ACallbackNeitherRunsNorIsCalledAgain) {
+    std::atomic<int> called = 0;
+    std::atomic<bool> inside = false;
+    std::atomic<bool> withdrawing = false;
+    Listen("callback", [&](QFCLibCallbackParam*) {
+        inside = true;
+        while (!withdrawing) std::this_thread::yield();
+        for (int i = 0; i < 10000; ++i) std::this_thread::yield();
+        inside = false;
+        return ++called;
+    });
+    QueueAsync([] { return 1; });
+    QueueAsync([] { return 1; });
+    while (!inside) std::this_thread::yield();
+    withdrawing = true;
+    EXPECT_EQ(QFCLibraryManager::fnUnRegister_QFCLibCallBack("callback"), 1);
+    EXPECT_FALSE(inside);
+    const int nCalled = called;
+    AwaitEndOfPasses();
+    EXPECT_EQ(called, nCalled);
 }
 
 TEST_F(WorkerCallbacks, AnEmptyFunctionAndAnUnknownName_AreRefused) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <thread>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -41,6 +42,29 @@ TEST_F(WorkerStop, AtStop_SyncOperationsRunAndAsyncOnesAreDropped) {
         EXPECT_EQ(WaitForSingleObject((*p)->Event(), 0), WAIT_TIMEOUT);
         EXPECT_EQ(p->use_count(), 1);
     }
+}
+
+// The first of the batch sees the flag fall, so the others are chosen already.
+TEST_F(WorkerStop, AtStop_AsyncOperationsThatAreChosenAlreadyAreDroppedToo) {
+    std::vector<SharedLambda> dropped;
+    {
+        const Gate gate;
+        QueueAsync([&] {
+            dropped.push_back(QueueAsync(Note("behind the batch")));
+            while (ServicePeer::Running(ServicePeer::Manager()) != 0) std::this_thread::yield();
+            return 0;
+        });
+        for (const int nPriority : {0, 1}) dropped.push_back(QueueAsync(Note("chosen"), nPriority));
+    }
+    EXPECT_EQ(QFCLibraryManager::fnStopService(), 1);
+    EXPECT_EQ(dropped.size(), 3u);
+    for (const SharedLambda& p : dropped) {
+        EXPECT_EQ(WaitForSingleObject(p->Event(), 0), WAIT_TIMEOUT);
+        EXPECT_EQ(p.use_count(), 1);
+    }
+    ASSERT_EQ(QFCLibraryManager::fnStartService(), 1);
+    AwaitEndOfPasses();
+    EXPECT_EQ(m_order, "");
 }
 
 TEST_F(WorkerStop, ADroppedAsyncOperation_IsNotRunByTheNextStart) {

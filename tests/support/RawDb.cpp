@@ -90,6 +90,13 @@ std::string RawDb::Dump() {
     return text;
 }
 
+void RefuseWrites(const std::string& path, const std::string& table) {
+    for (const std::string event : {"insert", "update"}) {
+        RawDb(path).Exec("create trigger REFUSE_" + event + "_" + table + " before " + event + " on " + table +
+                         " begin select raise(fail, 'refused'); end");
+    }
+}
+
 std::string DumpOf(const std::string& path) { return RawDb(path).Dump(); }
 
 }  // namespace qfc::test

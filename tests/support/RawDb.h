@@ -33,6 +33,9 @@ private:
     sqlite3* m_db = nullptr;
 };
 
+// From now on the database refuses to insert into the table, and to change its rows.
+void RefuseWrites(const std::string& path, const std::string& table);
+
 // The dump as a fresh connection sees the file.
 std::string DumpOf(const std::string& path);
 

@@ -26,6 +26,9 @@ public:
     static int Clear() { return Manager().fnClearLibraryOperation(); }
     static void DropQueuedWork() { Manager().DropQueuedWork(); }
     static int CallAll(QFCLibCallbackParam* pParam) { return Manager().fnCallbackExec(pParam); }
+    static int CallAllOf(QFCLibraryManager& manager, QFCLibCallbackParam* pParam) {
+        return manager.fnCallbackExec(pParam);
+    }
     static unsigned RunWorker(void* pManager) { return QFCLibraryManager::fnThreadExecuteLibraryOperation(pManager); }
     static DBTools* Database(const QFCLibraryManager& manager) { return manager.m_pDBTools; }
     static int Running(const QFCLibraryManager& manager) { return manager.m_nRunning; }
