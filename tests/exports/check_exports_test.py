@@ -33,7 +33,12 @@ REQUIRED = """
         GetDatabasePath IsCurrentDBTools StartDbSession4ImportLib EndDbSession4ImportLib fnCreateGallery fnLoadGallery
         fnDeleteGallery fnCreateFolder fnUpdateFolder fnDeleteFolder fnAddItem fnAddItemAsync fnDeleteItem fnUpdateItem
         fnUpdateLibItemThumbnail fnQueryLibItemThumbnailInfo fnExportDB fnClearDBContent fnGetDBName fnListGalleries
-        fnCloseSessionGallery QFCLibraryManager ~QFCLibraryManager operator=
+        fnCloseSessionGallery QFCLibraryManager ~QFCLibraryManager operator= fnCreateDefaultTag fnLoadLibTag
+        fnUpdateTagCategory fnDeleteTagCategory fnUpdateTag fnDeleteTag fnInsertLibTag2Item fnDeleteLibTagFromItem
+        fnMergeFaceTag fnAddItemIntoAutoLodedTable fnIsItemInAutoLoadedTable fnAddItemIntoAutoLodedByPathTable
+        fnIsItemInAutoLoadedByPathTable
+    CLibTagsMgr:: GetLibTagMgr GetTagsData IsEmpty GetAllTagList GetCurGalleryAllTag GetTagByName IsTagExisted
+        SetTagsToDefault GeneratePresetTagData GenerateCategoryTemplate
     MutexLocker:: MutexLocker ~MutexLocker operator=
     CQItem:: CQItem ~CQItem GetRuntimeClass CreateObject Copy fnLoadItemFromDb LoadCacheDataFromDb ChangeBlackBox
         ChangeCache ChangeFilm UpdateItemDB fnTranslateItemName
