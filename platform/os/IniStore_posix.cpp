@@ -129,11 +129,8 @@ Document ReadProfile(const std::string& path, const std::optional<Kept>& kept) {
 
 // The file itself, not a link to it: the new one has to come where the link points to.
 std::string WithoutLinks(const std::string& path) {
-    char* resolved = realpath(path.c_str(), nullptr);
-    if (resolved == nullptr) return path;
-    std::string result = resolved;
-    std::free(resolved);
-    return result;
+    const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(path.c_str(), nullptr), &std::free);
+    return resolved != nullptr ? std::string(resolved.get()) : path;
 }
 
 // Held until it is closed. The file stays: whoever removed it would part those who wait from those who come.
