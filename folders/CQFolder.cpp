@@ -1,6 +1,7 @@
 #include "folders/CQFolder.h"
 
 #include "folders/FolderConstants.h"
+#include "folders/FolderLife.h"
 #include "folders/FolderNumbers.h"
 #include "folders/GalleryFile.h"
 #include "folders/HeldGuids.h"
@@ -37,6 +38,7 @@ CQFolder& CQFolder::operator=(const CQFolder& source) {
         return *this = taken;
     }
     Clear();
+    m_bCleared = false;  // It is another folder now.
     m_pParent = source.m_pParent;
     m_strFolderName = source.m_strFolderName;
     m_dwAdopt = source.m_dwAdopt;
@@ -54,7 +56,14 @@ CQFolder& CQFolder::operator=(const CQFolder& source) {
     return *this;
 }
 
-CQFolder::~CQFolder() { Clear(); }
+CQFolder::~CQFolder() {
+    Clear();
+    m_life->folder = nullptr;
+}
+
+std::shared_ptr<qfc::FolderLife> CQFolder::BeginLife(CQFolder& folder) {
+    return std::make_shared<qfc::FolderLife>(&folder);
+}
 
 CQFolder::FolderList* CQFolder::GetFolderList() { return m_pFolderList.get(); }
 CQFolder::ItemArray* CQFolder::GetItemArray() { return m_pItemArray.get(); }
@@ -104,19 +113,20 @@ int CQFolder::IsPredefinedFolder() const {
     return m_pParent != nullptr && qfc::IsTemplatesGallery(m_pParent->GetFolderID());
 }
 
-// A folder that is the root of a gallery file writes it before its content goes.
-void CQFolder::SaveOwnFile() {
-    if (m_strFilePath.IsEmpty() || m_bDeleted != 0) return;
+// A folder that is the root of a gallery file writes it before its content goes. Whether the file was asked to hold it.
+bool CQFolder::SaveOwnFile() {
+    if (m_strFilePath.IsEmpty() || m_bDeleted != 0) return false;
     // What a clearing has emptied is not what the file is to hold.
-    if (m_bCleared && GetFirstSubFolder() == nullptr && GetItemsCount() == 0) return;
+    if (m_bCleared && GetFirstSubFolder() == nullptr && GetItemsCount() == 0) return true;
     qfc::GalleryFile* file = qfc::GalleryFileOf(*this);
-    if (file == nullptr) return;
+    if (file == nullptr) return false;
     if (FolderList* list = GetFolderList()) {
         for (CQFolder* child : *list) {
             if (child != nullptr) file->FlushFolder(*child);
         }
     }
     file->SaveTreeAndClose(*this);
+    return true;
 }
 
 // Bottom-up without recursion, so that the depth of a tree cannot overflow the stack. A sub-folder with a file of its
@@ -160,9 +170,8 @@ void CQFolder::LetGoOfItems() {
 
 void CQFolder::Clear() {
     const qfc::Teardown teardown(*this);
-    SaveOwnFile();
+    m_bCleared = SaveOwnFile();
     m_pAllSubItemArray.reset();
     DestroySubFolders();
     LetGoOfItems();
-    m_bCleared = true;
 }

@@ -14,6 +14,7 @@ struct IStorage;
 namespace qfc {
 class FolderLoad;
 class FolderNumbers;
+struct FolderLife;
 class HeldGuids;
 }  // namespace qfc
 
@@ -248,6 +249,7 @@ protected:
     DBTools* m_pDBTools = nullptr;
 
 private:
+    friend class CQItem;  // Remembers its parent folder.
     friend class qfc::FolderLoad;
     friend class qfc::FolderNumbers;
     friend class qfc::HeldGuids;
@@ -259,14 +261,16 @@ private:
     void Append(ItemArray& items, CQItem& item);
     // Notes that the item's number is among those a folder has counted, and returns it.
     static DWORD CountNumberOf(CQItem& item);
-    void SaveOwnFile();
+    static std::shared_ptr<qfc::FolderLife> BeginLife(CQFolder& folder);
+    bool SaveOwnFile();
     void DestroySubFolders();
     void LetGoOfItems();
     void EraseStoredData();
     void EmptyOfItemsInDb();
     void EndSubFolderInDb(CQFolder* pTaken, int nRowId);
 
-    bool m_bCleared = false;                         // Clear has run: an empty tree may be what it left.
+    const std::shared_ptr<qfc::FolderLife> m_life = BeginLife(*this);  // What its items remember it by.
+    bool m_bCleared = false;                         // Emptied after its file was saved, and not filled since.
     std::unique_ptr<qfc::FolderNumbers> m_pNumbers;  // Made when first needed: which numbers are in use.
     std::unique_ptr<qfc::HeldGuids> m_pHeldGuids;    // Made when it pays: which GUIDs the items have.
 };

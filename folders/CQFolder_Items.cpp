@@ -22,11 +22,14 @@ int PositionOf(CQFolder::ItemArray* items, Matches&& matches) {
 }
 
 // An item that is ended afterwards leaves every place it has.
-void TakeOut(CQFolder::ItemArray& items, int position, int bDelete) {
+void TakeOut(CQFolder& folder, int position, int bDelete) {
+    CQFolder::ItemArray& items = *folder.GetItemArray();
+    CQItem* item = items.GetAt(position);
     if (bDelete != 0) {
-        qfc::DropOccurrences(items, items.GetAt(position));
+        qfc::DropOccurrences(items, item);
     } else {
         items.RemoveAt(position);
+        qfc::PassOnIfHeldElsewhere(*item, folder);
     }
 }
 
@@ -53,7 +56,7 @@ int CQFolder::AddItem(CQItem* pItem, int bSetParent) {
     if (pItem->m_bAttached == 0) {
         m_dwAdopt |= pItem->m_dwItemType;
         if (bSetParent != 0) {
-            pItem->m_pParentFolder = this;
+            pItem->SetParentFolder(this);
             pItem->m_bAttached = 1;
             if (pItem->m_bCounted && pItem->m_dwNumber != number) qfc::FolderNumbers::NoteItemNumberChanged();
             pItem->m_dwNumber = number;
@@ -65,6 +68,7 @@ int CQFolder::AddItem(CQItem* pItem, int bSetParent) {
 
 void CQFolder::Append(ItemArray& items, CQItem& item) {
     items.Add(&item);
+    m_bCleared = false;
     qfc::FolderNumbers::NoteAppended(*this, items, item);
     qfc::HeldGuids::NoteAppended(*this, items, item);
 }
@@ -78,7 +82,7 @@ int CQFolder::RemoveItem(const GUID& guid, int bDelete) {
     });
     if (position < 0) return 0;
     CQItem* item = items->GetAt(position);
-    TakeOut(*items, position, bDelete);
+    TakeOut(*this, position, bDelete);
     return bDelete != 0 ? DeleteItemEx(item, m_pStorage) : 1;
 }
 
@@ -86,7 +90,7 @@ int CQFolder::RemoveItem(const GUID& guid, int bDelete) {
 int CQFolder::RemoveAndRenumber(int nPosition, int bDelete) {
     ItemArray* items = GetItemArray();
     CQItem* item = items->GetAt(nPosition);
-    TakeOut(*items, nPosition, bDelete);
+    TakeOut(*this, nPosition, bDelete);
     if (bDelete == 0) return 1;
     const int deleted = DeleteItemEx(item, m_pStorage);
     ReOrderItemsDb(nPosition, items->GetSize());

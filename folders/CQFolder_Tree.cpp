@@ -95,6 +95,7 @@ int CQFolder::AddFolder(CQFolder* pChild, int bAssignStorage, int bAtTail) {
         place = bAtTail != 0 ? list->AddTail(pChild) : list->AddHead(pChild);
         pChild->m_pParent = this;
         pChild->m_pDBTools = m_pDBTools;
+        m_bCleared = false;
         if (bAssignStorage != 0) qfc::FolderNumbers::AssignStorageNumber(*pChild, changes);
     } catch (const std::bad_alloc&) {
         if (place != nullptr) list->RemoveAt(place);
@@ -125,6 +126,7 @@ int CQFolder::Insert(CQFolder* pReference, CQFolder* pChild, int bAfter) {
         return 0;
     }
     pChild->m_pParent = this;
+    m_bCleared = false;
     return 1;
 }
 

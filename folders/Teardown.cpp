@@ -34,13 +34,15 @@ CQFolder* FirstHolder(const CQGallery& gallery, const GUID& guid, IsAlive&& isAl
     return nullptr;
 }
 
+bool Has(CQFolder& folder, const CObject& object) {
+    const CObArray* objects = folder.GetItemArray();
+    return objects != nullptr && std::find(objects->begin(), objects->end(), &object) != objects->end();
+}
+
 // The first folder of the tree that is accepted and has this very object in its array, or null.
 template <class IsAccepted>
-CQFolder* FirstFolderWith(const CObject* object, CQFolder& top, IsAccepted&& isAccepted) {
-    const auto has = [&](CQFolder& candidate) {
-        const CObArray* objects = isAccepted(candidate) ? candidate.GetItemArray() : nullptr;
-        return objects != nullptr && std::find(objects->begin(), objects->end(), object) != objects->end();
-    };
+CQFolder* FirstFolderWith(const CObject& object, CQFolder& top, IsAccepted&& isAccepted) {
+    const auto has = [&](CQFolder& candidate) { return isAccepted(candidate) && Has(candidate, object); };
     for (CQFolder* candidate : SubtreeOf(top)) {
         if (has(*candidate)) return candidate;
     }
@@ -48,7 +50,7 @@ CQFolder* FirstFolderWith(const CObject* object, CQFolder& top, IsAccepted&& isA
 }
 
 CQFolder* OtherFolderWith(CQGallery& gallery, const CQItem& item, const CQFolder& folder) {
-    return FirstFolderWith(&item, gallery, [&](const CQFolder& candidate) { return &candidate != &folder; });
+    return FirstFolderWith(item, gallery, [&](const CQFolder& candidate) { return &candidate != &folder; });
 }
 
 }  // namespace
@@ -120,7 +122,7 @@ CQFolder* Teardown::SurvivorWith(const CObject* object) {
 
 CQFolder* Teardown::SearchSurvivorsFor(const CObject* object) {
     const auto survives = [this](const CQFolder& folder) { return Survivors().contains(&folder); };
-    return FirstFolderWith(object, TopmostOf(m_cleared), survives);
+    return FirstFolderWith(*object, TopmostOf(m_cleared), survives);
 }
 
 void Teardown::NoteWhatSurvivorsHold() {
@@ -159,6 +161,14 @@ void DropOccurrences(CObArray& array, const CObject* object) {
     for (int position = array.GetSize() - 1; position >= 0; --position) {
         if (array.GetAt(position) == object) array.RemoveAt(position);
     }
+}
+
+void PassOnIfHeldElsewhere(CQItem& item, CQFolder& former) {
+    CQGallery* gallery = GalleryOf(former);
+    if (gallery == nullptr || item.GetParentFolder() != &former) return;
+    const auto holds = [&](CQFolder* holder) { return gallery->IsSubFolderValid(holder) != 0 && Has(*holder, item); };
+    if (Has(former, item)) return;
+    if (CQFolder* other = FirstHolder(*gallery, GuidOfItem(item), holds)) item.SetParentFolder(other);
 }
 
 void PassOnParenthood(CQGallery& gallery, const GUID& guid, const CQFolder& former) {

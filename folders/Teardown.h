@@ -73,6 +73,10 @@ bool LeaveGallery(CQGallery* gallery, CQItem& item, CQFolder& folder);
 // Takes every occurrence of an object out of an array. The object may be dead.
 void DropOccurrences(CObArray& array, const CObject* object);
 
+// Called when a folder has let go of an item that stays alive and in the gallery's index: if other folders have it, the
+// first of those becomes its parent in place of this folder.
+void PassOnIfHeldElsewhere(CQItem& item, CQFolder& former);
+
 // Called when the gallery has taken an item out of the folder: if it lives on in others, the first of those becomes its
 // parent in place of this folder.
 void PassOnParenthood(CQGallery& gallery, const GUID& guid, const CQFolder& former);

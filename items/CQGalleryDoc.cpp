@@ -22,9 +22,7 @@ CQGalleryDoc::CQGalleryDoc() : m_galleryList(kListBlockSize) { qfc::RecordGaller
 CQGalleryDoc::~CQGalleryDoc() {
     qfc::ForgetGalleryDocument(this);
     m_pCurrentGallery = nullptr;
-    while (!m_galleryList.IsEmpty()) {
-        delete m_galleryList.RemoveHead();
-    }
+    while (!m_galleryList.IsEmpty()) CloseGallery(m_galleryList.GetHead());
 }
 
 int CQGalleryDoc::AddGallery(CQGallery* pGallery) {

@@ -1,5 +1,7 @@
 #include "items/CQItem.h"
 
+#include "folders/CQFolder.h"
+#include "folders/FolderLife.h"
 #include "folders/HeldGuids.h"
 #include "platform/os/GuidSource.h"
 
@@ -33,6 +35,12 @@ CQItem::CQItem() : m_guid(FreshGuid()) {}
 CQItem::CQItem(const CString& strName) : m_strItemName(strName), m_guid(FreshGuid()) {}
 
 CQItem::~CQItem() = default;
+
+CQFolder* CQItem::GetParentFolder() const {
+    return m_parentFolder != nullptr ? m_parentFolder->folder.load() : nullptr;
+}
+
+void CQItem::SetParentFolder(CQFolder* pFolder) { m_parentFolder = pFolder != nullptr ? pFolder->m_life : nullptr; }
 
 int CQItem::fnSetDbTools(DBTools* pTools) {
     m_pDBTools = pTools;

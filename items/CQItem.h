@@ -10,6 +10,7 @@
 #include <atomic>
 #include <cstddef>
 #include <list>
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -19,6 +20,7 @@ class DBTools;
 
 namespace qfc {
 class HeldGuids;
+struct FolderLife;
 struct ItemRow;
 void FillFromRow(CQItem& item, ItemRow row);
 }  // namespace qfc
@@ -45,8 +47,9 @@ public:
     int GetDBID() const { return m_nDBId; }
     void SetDBID(int nId) { m_nDBId = nId; }  // Otherwise filled by the row alone.
 
-    CQFolder* GetParentFolder() const { return m_pParentFolder; }
-    void SetParentFolder(CQFolder* pFolder) { m_pParentFolder = pFolder; }
+    // Null also once that folder was destroyed.
+    CQFolder* GetParentFolder() const;
+    void SetParentFolder(CQFolder* pFolder);
 
     DWORD& GetAttrib() { return m_dwAttrib; }
     DWORD GetAttrib() const { return m_dwAttrib; }
@@ -196,7 +199,7 @@ private:
     int m_nDBId = 0;
     int m_bAttached = 0;      // Set by the folder that took the item; neither copied nor stored.
     bool m_bCounted = false;  // Its number is among those a folder has counted; see folders/FolderNumbers.h.
-    CQFolder* m_pParentFolder = nullptr;
+    std::shared_ptr<const qfc::FolderLife> m_parentFolder;
     DWORD m_dwAttrib = 0;
     ULONGLONG m_ullTimeStamp = 0;
     qfc::PlainBlock m_blackBox;

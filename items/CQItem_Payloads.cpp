@@ -143,8 +143,9 @@ int CQItem::TryLoadFilm() {
 }
 
 int CQItem::IsExistInGalleryItemMap() const {
-    if (m_pParentFolder == nullptr) return 0;
-    const auto* pGallery = DYNAMIC_DOWNCAST(CQGallery, m_pParentFolder->GetRoot());
+    const CQFolder* const pParent = GetParentFolder();
+    if (pParent == nullptr) return 0;
+    const auto* pGallery = DYNAMIC_DOWNCAST(CQGallery, pParent->GetRoot());
     CQItem* pCanonical = nullptr;
     return pGallery != nullptr ? pGallery->IsItemHasParentByGuid(m_guid, pCanonical) : 0;
 }
@@ -163,7 +164,8 @@ std::span<const std::byte> CQItem::PayloadInMemory(int nKind) const {
 }
 
 int CQItem::LoadFromGalleryFile(int nKind) {
-    auto* const pFile = m_pParentFolder != nullptr ? qfc::GalleryFileOf(*m_pParentFolder) : nullptr;
+    const CQFolder* const pParent = GetParentFolder();
+    auto* const pFile = pParent != nullptr ? qfc::GalleryFileOf(*pParent) : nullptr;
     if (pFile == nullptr) return 0;
     return nKind == qfc::kFilm ? pFile->LoadFilm(*this) : pFile->LoadBlackBox(*this);
 }

@@ -250,6 +250,57 @@ TEST(FileRoots, FolderFilledAgainAfterClearing_IsSavedAgain) {
     EXPECT_EQ(file.calls, (Texts{"save r", "flush B", "save r"}));
 }
 
+TEST(FileRoots, FolderEmptiedAfterItWasFilledAgain_IsSavedEmpty) {
+    RecordedFile file;
+    {
+        CQFolder root("r", 0, 0, 0);
+        FolderInside::FilePath(root) = "lib.gal";
+        root.Clear();
+        AddSub(root, "B");
+        root.RemoveSubFolder();
+        file.calls.clear();
+    }
+    EXPECT_EQ(file.calls, Texts{"save r"});
+}
+
+TEST(FileRoots, FolderThatHadAnItemAfterItWasCleared_IsSavedEmpty) {
+    RecordedFile file;
+    {
+        CQFolder root("r", 0, 0, 0);
+        FolderInside::FilePath(root) = "lib.gal";
+        root.Clear();
+        AddNew(root, 1);
+        root.RemoveAllItems(1);
+        file.calls.clear();
+    }
+    EXPECT_EQ(file.calls, Texts{"save r"});
+}
+
+TEST(FileRoots, CopiedOrAssignedFolderThatBecomesARoot_IsSavedAlsoWhenEmpty) {
+    const CQFolder source("r", 0, 0, 0);
+    RecordedFile file;
+    {
+        CQFolder copied(source);
+        FolderInside::FilePath(copied) = "lib.gal";
+        CQFolder assigned;
+        assigned = source;
+        FolderInside::FilePath(assigned) = "other.gal";
+    }
+    EXPECT_EQ(file.calls, (Texts{"save r", "save r"}));
+}
+
+TEST(FileRoots, ClearingThatCouldNotSave_DoesNotSaveTheEmptiedTreeInstead) {
+    RecordedFile file;
+    {
+        CQFolder root("r", 0, 0, 0);
+        FolderInside::FilePath(root) = "lib.gal";
+        file.result = 0;
+        root.Clear();
+        file.calls.clear();
+    }
+    EXPECT_EQ(file.calls, Texts{});
+}
+
 // --- Memory that runs out ------------------------------------------------------------------------------------------
 
 // Has no memory for its list.

@@ -130,6 +130,18 @@ TEST(CQGalleryDoc, EndingDocument_DestroysItsGalleries) {
     EXPECT_EQ(nDestroyed, 2);
 }
 
+TEST(CQGalleryDoc, EndingDocument_DestroysAGalleryThatWasAddedTwiceOnce) {
+    int nDestroyed = 0;
+    {
+        CQGalleryDoc document;
+        auto* const pGallery = new CountedGallery(nDestroyed);
+        document.AddGallery(pGallery);
+        document.AddGallery(new CountedGallery(nDestroyed));
+        document.AddGallery(pGallery);
+    }
+    EXPECT_EQ(nDestroyed, 2);
+}
+
 TEST(CQGalleryDoc, GeneratedPath_IsAFreshEmptyFile) {
     CQGalleryDoc document;
     const CString strFirst = document.GeneratePath();

@@ -1,0 +1,110 @@
+#include "tests/folders/FolderBuilders.h"
+#include "tests/items/ItemLibrary.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+
+// The parent of an item never outlives its folder: whatever way the folder ends, and whatever way it let the item go
+// before. The address sanitizer sees what the assertions cannot.
+namespace qfc::test {
+namespace {
+
+class ParentFolders : public testing::Test {
+protected:
+    void EndFolderA() {
+        a->DetachParent(0);
+        delete a;
+    }
+    // All of them ask the parent.
+    static void ExpectNothingToLoad(CQItem& item) {
+        EXPECT_EQ(item.GetParentFolder(), nullptr);
+        EXPECT_EQ(item.IsExistInGalleryItemMap(), 0);
+        EXPECT_EQ(item.TryLoadBB(), 0);
+        EXPECT_EQ(item.GetBlackBox(), nullptr);
+        item.GetAttrib() |= 1;
+        EXPECT_EQ(item.TryLoadFilm(), 0);
+        EXPECT_EQ(item.GetFilmFrame(0), nullptr);
+    }
+
+    CurrentLibrary library;
+    StoredTree tree{library.Tools()};
+    CQFolder* a = tree.pA;
+    CQFolder* b = tree.pB;
+};
+
+TEST_F(ParentFolders, ItemTakenOutWithoutDeleting_HasNoParentOnceItsFolderIsDestroyed) {
+    ASSERT_EQ(a->AddItemDb(new CQItem("x"), 1), 1);
+    CQItem* item = a->GetItemArray()->GetAt(0);
+    const GUID guid = std::as_const(*item).GetUniqueID();
+    ASSERT_EQ(a->RemoveItem(guid, 0), 1);
+    EXPECT_EQ(item->GetParentFolder(), a);  // As long as it lives: nobody else has the item.
+    EndFolderA();
+    CQItem* known = nullptr;
+    ASSERT_EQ(tree.Gallery().IsItemHasParentByGuid(guid, known), 1);
+    ASSERT_EQ(known, item);
+    ExpectNothingToLoad(*item);
+}
+
+TEST_F(ParentFolders, ItemTakenOutByHand_HasNoParentOnceItsFolderIsDestroyed) {
+    const std::unique_ptr<CQItem> item(AddNew(*a, 1));
+    a->GetItemArray()->RemoveAll();
+    EndFolderA();
+    ExpectNothingToLoad(*item);
+}
+
+TEST_F(ParentFolders, ItemOfNoArray_HasNoParentOnceTheFolderItWasGivenIsDestroyed) {
+    CQItem item;
+    {
+        CQFolder folder;
+        item.SetParentFolder(&folder);
+        EXPECT_EQ(item.GetParentFolder(), &folder);
+    }
+    ExpectNothingToLoad(item);
+    // Also when another folder comes to stand at the same address.
+    alignas(CQFolder) std::byte place[sizeof(CQFolder)];
+    auto* folder = new (place) CQFolder;
+    item.SetParentFolder(folder);
+    folder->~CQFolder();
+    folder = new (place) CQFolder;
+    EXPECT_EQ(item.GetParentFolder(), nullptr);
+    folder->~CQFolder();
+}
+
+TEST_F(ParentFolders, ItemsOfAnotherLibrary_AreLeftWithoutParentWhenTheirFolderIsCleared) {
+    const std::unique_ptr<CQItem> item(AddNew(*a, 1));
+    SetCurrentDBTools(nullptr);
+    EndFolderA();
+    SetCurrentDBTools(library.Tools());
+    ExpectNothingToLoad(*item);
+}
+
+TEST_F(ParentFolders, ItemTakenOutWithoutDeletingThatAnotherFolderHas_GetsThatOneAsItsParent) {
+    for (const int way : {0, 1, 2}) {
+        CQItem* item = NewFilledItem(static_cast<unsigned>(way) + 1);
+        item->SetDBID(way + 1);
+        ASSERT_EQ(b->AddItemDb(item, 1), 1);
+        ASSERT_EQ(a->AddItemDb(item, 1), 1);
+        ASSERT_EQ(item->GetParentFolder(), a);
+        if (way == 0) {
+            ASSERT_EQ(a->RemoveItem(GuidOf(1), 0), 1);
+        } else if (way == 1) {
+            ASSERT_EQ(a->RemoveItem(2, 0), 1);
+        } else {
+            ASSERT_EQ(a->RemoveItem2(item->GetNumber(), 0), 1);
+        }
+        EXPECT_EQ(item->GetParentFolder(), b) << way;
+    }
+    EndFolderA();
+    EXPECT_EQ(b->GetItemArray()->GetAt(0)->TryLoadBB(), 1);
+}
+
+TEST_F(ParentFolders, FolderThatTookAnItemAsItsOwn_IsStillItsParentWhileItLives) {
+    CQItem item;
+    item.SetParentFolder(a);
+    EXPECT_EQ(item.GetParentFolder(), a);
+    item.SetParentFolder(nullptr);
+    EXPECT_EQ(item.GetParentFolder(), nullptr);
+}
+
+}  // namespace
+}  // namespace qfc::test
