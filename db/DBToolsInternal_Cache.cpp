@@ -3,7 +3,6 @@
 #include "db/Sql.h"
 #include "db/Statements.h"
 
-#include <array>
 #include <utility>
 
 // Payload rows.
@@ -12,8 +11,6 @@ namespace sql = qfc::sql;
 namespace column = qfc::column;
 
 namespace {
-
-constexpr std::array kWriteOrder{qfc::kBlackBox, qfc::kFilm, qfc::kBitmapCache};
 
 bool IsKnownKind(int nKind) { return nKind >= qfc::kBitmapCache && nKind <= qfc::kFilm; }
 
@@ -72,7 +69,7 @@ bool DBToolsInternal::WriteAllCacheData(const GUID& item, std::span<const qfc::P
     for (const qfc::PayloadWrite& payload : payloads) {
         if (!IsKnownKind(payload.kind)) return false;
     }
-    for (const int nKind : kWriteOrder) {
+    for (const int nKind : qfc::kPayloadWriteOrder) {
         for (const qfc::PayloadWrite& payload : payloads) {
             if (payload.kind == nKind && !WriteCacheData(item, payload)) return false;
         }

@@ -1,11 +1,11 @@
+#include "db/Cells.h"
 #include "db/Columns.h"
 #include "db/DBToolsInternal.h"
 #include "db/Sql.h"
 #include "db/Statements.h"
 #include "db/TreeRows.h"
-#include "platform/text/CodePages.h"
+#include "platform/framework/GuidHash.h"
 
-#include <cstring>
 #include <unordered_set>
 
 // A whole folder tree in a few scans. It must read exactly what the single queries would; where rows are so odd that
@@ -17,43 +17,22 @@ namespace sqlite = qfc::sqlite;
 
 namespace {
 
-struct GuidHash {
-    std::size_t operator()(const GUID& guid) const {
-        std::uint64_t halves[2];
-        std::memcpy(halves, &guid, sizeof(halves));
-        return static_cast<std::size_t>(halves[0] ^ (halves[1] * 0x9E3779B97F4A7C15u));
-    }
-};
-using GuidSet = std::unordered_set<GUID, GuidHash>;
+using GuidSet = std::unordered_set<GUID, qfc::GuidHash>;
 
-// One column of a query, found once. A column that is missing reads as its default in every row.
+// One column of a query, found once.
 class Column {
 public:
-    Column(const CppSQLite3Query& query, const char* name) : m_query(query) {
-        try {
-            m_index = query.fieldIndex(name);
-        } catch (const CppSQLite3Exception&) {
-            m_index = -1;
-        }
-    }
+    Column(const CppSQLite3Query& query, const char* name) : m_query(query), m_index(qfc::cell::IndexOf(query, name)) {}
 
-    int Int(int nDefault) const { return m_index < 0 ? nDefault : m_query.getIntField(m_index, nDefault); }
-    CString Text() const { return m_index < 0 ? CString() : CString(m_query.getStringField(m_index, "")); }
-    CString NameText() const {
-        const char* stored = m_index < 0 ? nullptr : m_query.getStringField(m_index, nullptr);
-        return stored != nullptr ? CDBStringHelper::UTF_82ASCII(stored) : CString();
-    }
-    std::optional<GUID> Guid() const {
-        if (m_index < 0) return std::nullopt;
-        int length = 0;
-        const unsigned char* bytes = m_query.getBlobField(m_index, length);
-        return qfc::GuidFromBytes(bytes, length > 0 ? static_cast<std::size_t>(length) : 0);
-    }
+    int Int(int missing) const { return qfc::cell::Int(m_query, m_index, missing); }
+    CString Text() const { return qfc::cell::Text(m_query, m_index, CString()); }
+    CString NameText() const { return qfc::cell::NameText(m_query, m_index, CString()); }
+    std::optional<GUID> Guid() const { return qfc::cell::Guid(m_query, m_index); }
     bool IsBlob() const { return m_index >= 0 && m_query.fieldType(m_index) == sqlite::kTypeBlob; }
 
 private:
     const CppSQLite3Query& m_query;
-    int m_index = -1;
+    int m_index;
 };
 
 void ReadFolders(CppSQLite3Query& query, std::vector<qfc::TreeRows::Folder>& folders) {

@@ -16,6 +16,9 @@ inline constexpr int kBitmapCache = 0;
 inline constexpr int kBlackBox = 1;
 inline constexpr int kFilm = 2;
 
+// The order in which an item's payloads are written.
+inline constexpr int kPayloadWriteOrder[] = {kBlackBox, kFilm, kBitmapCache};
+
 // What one row can hold raw at most, by SQLite's own limit: nothing larger is written or believed.
 inline constexpr int kLargestPayload = 1'000'000'000;
 

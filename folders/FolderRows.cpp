@@ -4,10 +4,10 @@
 #include "db/CppSQLite3.h"
 #include "db/DBTools.h"
 #include "db/TreeRows.h"
-#include "folders/GuidHash.h"
 #include "items/CQItem.h"
 #include "items/ItemRows.h"
 #include "items/RowReader.h"
+#include "platform/framework/GuidHash.h"
 
 #include <algorithm>
 #include <unordered_map>

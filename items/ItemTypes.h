@@ -22,9 +22,6 @@ inline constexpr DWORD kSpeed = 0x4000000;
 // Attribute bit 0: the item has a film. Without it no film is loaded or handed out.
 inline constexpr DWORD kAttribHasFilm = 1;
 
-// The cache kinds are qfc::kBitmapCache, qfc::kBlackBox and qfc::kFilm. An item's payloads are written in this order.
-inline constexpr int kPayloadWriteOrder[] = {kBlackBox, kFilm, kBitmapCache};
-
 // Mask bits of CQItem::Copy.
 namespace copy_mask {
 inline constexpr DWORD kFields = 1;

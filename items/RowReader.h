@@ -1,12 +1,12 @@
 #pragma once
 
+#include "db/Cells.h"
 #include "db/CppSQLite3Exception.h"
 #include "db/CppSQLite3Query.h"
 #include "db/DbRecords.h"
 #include "db/RowNumber.h"
 #include "platform/framework/CString.h"
 #include "platform/framework/Guid.h"
-#include "platform/text/CodePages.h"
 
 #include <optional>
 #include <span>
@@ -30,7 +30,7 @@ public:
     }
 
     int Int(const char* pszColumn, int nDefault) const {
-        return Guarded(nDefault, [&] { return m_query.getIntField(pszColumn, nDefault); });
+        return Guarded(nDefault, [&] { return cell::Int(m_query, IndexOf(pszColumn), nDefault); });
     }
 
     // kNoFolder for a number that is none of a row, one beyond 32 bits included.
@@ -40,22 +40,17 @@ public:
 
     // The bytes as stored.
     CString Text(const char* pszColumn, const CString& strDefault) const {
-        return Guarded(strDefault, [&] { return CString(m_query.getStringField(pszColumn, strDefault)); });
+        return Guarded(strDefault, [&] { return cell::Text(m_query, IndexOf(pszColumn), strDefault); });
     }
 
     // Stored UTF-8, in the ANSI code page; the default is not converted.
     CString NameText(const char* pszColumn, const CString& strDefault) const {
-        return Guarded(strDefault, [&] {
-            const char* pszStored = m_query.getStringField(pszColumn, nullptr);
-            return pszStored != nullptr ? CDBStringHelper::UTF_82ASCII(pszStored) : strDefault;
-        });
+        return Guarded(strDefault, [&] { return cell::NameText(m_query, IndexOf(pszColumn), strDefault); });
     }
 
-    // Empty unless the cell holds 16 bytes. Columns of GUIDs are untyped, and only the length is tested: a text of 16
-    // bytes is taken as well.
+    // Empty unless the cell holds 16 bytes.
     std::optional<GUID> Guid(const char* pszColumn) const {
-        const auto bytes = Blob(pszColumn);
-        return GuidFromBytes(bytes.data(), bytes.size());
+        return Guarded(std::optional<GUID>(), [&] { return cell::Guid(m_query, IndexOf(pszColumn)); });
     }
 
     // Valid until the next row.
@@ -69,6 +64,8 @@ public:
     }
 
 private:
+    int IndexOf(const char* pszColumn) const { return cell::IndexOf(m_query, pszColumn); }
+
     template <class Value, class Read>
     static Value Guarded(Value fallback, Read&& read) {
         try {

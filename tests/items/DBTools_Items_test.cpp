@@ -2,6 +2,7 @@
 #include "items/CQItem.h"
 #include "items/ItemRows.h"
 #include "items/ItemTypes.h"
+#include "platform/compress/Compression.h"
 #include "tests/items/ItemLibrary.h"
 #include "tests/support/SqlTrace.h"
 
@@ -175,6 +176,71 @@ TEST_F(DBTools_UnloadedItems, AddedToASecondFolder_IsOneTransactionAndFetchesNot
     EXPECT_EQ(trace.CountStartingWith("REPLACE into CACHE_DATA_TABLE"), 0);
     EXPECT_EQ(trace.CountStartingWith("Select * from CACHE_DATA_TABLE"), 0);
     for (const int nKind : {0, 1, 2}) EXPECT_TRUE(pItem->PayloadInMemory(nKind).empty());
+}
+
+// Compresses nothing, but looks whether a transaction has begun.
+class CompressorThatLooks {
+public:
+    explicit CompressorThatLooks(const SqlTrace& trace)
+        : m_before(qfc::SetCompressionBinding({&Compress, nullptr, nullptr})) {
+        s_pTrace = &trace;
+        s_nCalls = s_nCallsInside = 0;
+    }
+    ~CompressorThatLooks() { qfc::SetCompressionBinding(m_before); }
+
+    static inline int s_nCalls = 0;
+    static inline int s_nCallsInside = 0;
+
+private:
+    static int Compress(unsigned, const void*, unsigned*, void*) {
+        ++s_nCalls;
+        s_nCallsInside += s_pTrace->CountStartingWith("BEGIN") - s_pTrace->CountStartingWith("END");
+        return qfc::kCompressionMissing;
+    }
+
+    static inline const SqlTrace* s_pTrace = nullptr;
+    qfc::CompressionBinding m_before;
+};
+
+TEST_F(DBTools_Items, PayloadsAreCompressedBeforeTheTransactionBegins) {
+    m_library.Close();
+    qfc::SetCurrentDBTools(nullptr);
+    const SqlTrace trace;
+    m_library.Open();
+    qfc::SetCurrentDBTools(m_library.Tools());
+    StoredTree tree(m_library.Tools());
+    const std::unique_ptr<CQItem> pItem(NewFilledItem(1));
+    const CompressorThatLooks compressor(trace);
+    ASSERT_TRUE(m_library.Tools()->AddItemDb(pItem.get(), tree.pA, 0));
+    EXPECT_EQ(compressor.s_nCalls, 3);
+    ASSERT_TRUE(m_library.Tools()->UpdateItemDB(pItem.get()));
+    EXPECT_EQ(compressor.s_nCalls, 6);
+    ASSERT_TRUE(m_library.Tools()->UpdateCacheData(pItem.get(), qfc::kFilm));
+    EXPECT_EQ(compressor.s_nCalls, 7);
+    EXPECT_EQ(compressor.s_nCallsInside, 0);
+    EXPECT_EQ(trace.CountStartingWith("REPLACE into CACHE_DATA_TABLE"), 7);
+}
+
+// Both databases are traced: the loads are over before the other one's transaction begins.
+TEST_F(DBTools_UnloadedItems, WrittenToAnotherLibrary_AreFetchedBeforeItsTransactionBegins) {
+    m_library.Close();
+    qfc::SetCurrentDBTools(nullptr);
+    SqlTrace trace;
+    m_library.Open();
+    qfc::SetCurrentDBTools(m_library.Tools());
+    LibraryFile other("other.db");
+    LoadedTree tree(m_library.Tools());
+    CQItem* const pItem = tree.Item(1);
+    trace.Clear();
+    ASSERT_TRUE(other.Tools()->UpdateItemDB(pItem));
+    std::string order;
+    for (const std::string& sql : trace.Statements()) {
+        if (sql.starts_with("BEGIN")) order += 'b';
+        if (sql.starts_with("END")) order += 'e';
+        if (sql.starts_with("Select * from CACHE_DATA_TABLE")) order += 'l';
+        if (sql.starts_with("REPLACE into CACHE_DATA_TABLE")) order += 'w';
+    }
+    EXPECT_EQ(order, "blebleblebwwwe");
 }
 
 TEST_F(DBTools_UnloadedItems, AddedToASecondFolder_KeepsItsPayloads) {
