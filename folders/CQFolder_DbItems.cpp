@@ -22,9 +22,13 @@ bool Holds(const CQFolder::ItemArray* items, const CQItem* item) {
     return items != nullptr && std::find(items->begin(), items->end(), item) != items->end();
 }
 
-// The payloads that are only in the item's own library are fetched, so that a full copy of it has them.
+// The payloads that are only in the item's own library or gallery file are fetched, so that a full copy of it has them.
 void FetchPayloads(CQItem& item) {
-    if (item.fnGetDbTools() == nullptr) return;
+    if (item.fnGetDbTools() == nullptr) {
+        item.TryLoadBB();
+        item.TryLoadFilm();
+        return;
+    }
     for (const int kind : {qfc::kBlackBox, qfc::kBitmapCache, qfc::kFilm}) {
         if (item.PayloadInMemory(kind).empty()) item.LoadCacheDataFromDb(static_cast<DWORD>(kind));
     }

@@ -49,7 +49,10 @@ FolderLoad::~FolderLoad() = default;
 
 int FolderLoad::Run() {
     if (m_start.GetDBTools() == nullptr || !HasRow(m_start)) return 0;
-    m_rows = RowsOfTree(*m_start.GetDBTools(), m_start.GetDBId());
+    // Sub-folders that are here already need not be those that the database has below the start.
+    const bool bare = m_start.GetFirstSubFolder() == nullptr;
+    DBTools& tools = *m_start.GetDBTools();
+    m_rows = bare ? RowsOfTree(tools, m_start.GetDBId()) : RowByRow(tools);
     return LoadBelow(m_start, m_startDepth);
 }
 

@@ -46,8 +46,7 @@ int Found(CQItem* item, CQItem*& pFound) {
     return 1;
 }
 
-void LoadPayloads(CQItem& item) {
-    item.TryLoadBB();
+void LoadFilmOf(CQItem& item) {
     if ((item.GetAttrib() & qfc::kAttribHasFilm) != 0) item.TryLoadFilm();
 }
 
@@ -108,13 +107,15 @@ CQItem* CQFolder::GetItemByItemId(int nId) {
         item.TryLoadBB();
         return item.GetDBID() == nId;
     });
-    if (found != nullptr) LoadPayloads(*found);
+    if (found != nullptr) LoadFilmOf(*found);
     return found;
 }
 
 CQItem* CQFolder::GetItemByItemNumber(DWORD dwNumber) {
     CQItem* found = FirstItem(GetItemArray(), [&](const CQItem& item) { return item.GetNumber() == dwNumber; });
-    if (found != nullptr) LoadPayloads(*found);
+    if (found == nullptr) return nullptr;
+    found->TryLoadBB();
+    LoadFilmOf(*found);
     return found;
 }
 

@@ -209,6 +209,7 @@ int CQFolder::CopyRecursive(CQFolder* pSource, int bKeepGuid) {
     std::vector<CQFolder*> branch{this};
     for (const Step& step : steps) {
         branch.resize(step.depth);
+        // Kept: the copy has the row number of its source, so it IS that row until the host stores it elsewhere.
         auto copy = std::make_unique<CQFolder>(*step.source);
         if (branch.back()->AddFolder(copy.get(), 1, 1) == 0) return 0;
         branch.push_back(copy.release());

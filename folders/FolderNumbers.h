@@ -22,8 +22,9 @@ private:
 
 // Which stream numbers the items of one folder use, and which storage numbers the folders of one gallery file. Both
 // answers are those of searching everything anew; they are kept as long as nothing that they rest on has changed:
-// the item array (its modification count), the number of any counted item, any list or number of any tree.
-// Belongs to the thread of the folder.
+// the item array (its modification count), the number of any counted item, any list or number of any tree. Not noticed:
+// a file path that is set in a numbered tree, and a sub-folder replaced through a reference into the list. Belongs to
+// the thread of the folder.
 class FolderNumbers {
 public:
     static const NumberRuns& StreamNumbersOf(CQFolder& folder, CQFolder::ItemArray& items);

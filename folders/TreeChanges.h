@@ -11,7 +11,7 @@ bool IsTreeModified();
 void SetTreeModified(bool bModified);
 
 // Counts every change that could alter which storage numbers a tree uses: the sub-folder lists count into it
-// themselves, folders when their number or their file changes. What was derived from trees is good as long as the
+// themselves, folders when their number changes. What was derived from trees is good as long as the
 // count stands still.
 std::atomic<std::uint64_t>& TreeChanges();
 

@@ -33,6 +33,7 @@ std::optional<std::int64_t> RequiredDibSize(const BITMAPINFOHEADER& header) {
     constexpr std::int64_t kHeaderBytes = 40;
     constexpr std::int64_t kHeaderAndPaletteBytes = 1064;
     if (header.biWidth < 0) return std::nullopt;
+    // Kept: bits that do not fill a byte are left out, so a bitmap may be taken that is shorter than its drawn rows.
     const std::int64_t nRowBytes = (std::int64_t{header.biBitCount} * header.biWidth / 8 + 3) / 4 * 4;
     const std::int64_t nRows = std::abs(std::int64_t{header.biHeight});
     constexpr std::int64_t kNoBuffer = std::int64_t{1} << 32;  // More than any size can announce.

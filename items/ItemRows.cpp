@@ -66,10 +66,15 @@ void FillFromRow(CQItem& item, ItemRow row) {
     item.m_dwAttrib = static_cast<DWORD>(row.attributes);
     // Kept: the timestamp passes through 32 signed bits.
     item.m_ullTimeStamp = static_cast<ULONGLONG>(std::int64_t{row.timestamp});
-    // Once the film is in memory, its bytes tell its size, whatever the row says.
-    item.m_dwFilmSize = item.m_film ? static_cast<DWORD>(item.m_film.size()) : static_cast<DWORD>(row.filmSize);
-    item.m_dwFrameSize = static_cast<DWORD>(row.frameSize);
     item.m_bDeletable = row.deletable;
+    const auto dwFilmSize = static_cast<DWORD>(row.filmSize);
+    const auto dwFrameSize = static_cast<DWORD>(row.frameSize);
+    const bool bOtherFilm = item.m_film && (item.m_film.size() != dwFilmSize || item.m_dwFrameSize != dwFrameSize);
+    // A film that was given to the item and not stored keeps its sizes; any other goes when the row tells of another.
+    if (bOtherFilm && item.m_bModified != 0) return;
+    if (bOtherFilm) item.m_film.reset();
+    item.m_dwFilmSize = dwFilmSize;
+    item.m_dwFrameSize = dwFrameSize;
 }
 
 PayloadWrite PayloadOf(CQItem& item, int nKind, const DBTools& target) {
