@@ -42,6 +42,17 @@ TEST_F(EntriesAutoLoaded, ItemsAndFilesOfOneFolder_AreRowsOfTheirOwn) {
     EXPECT_EQ(Manager::fnIsItemInAutoLoadedTable(m_item, 7), 1);
 }
 
+// Rows of items have an empty path.
+TEST_F(EntriesAutoLoaded, AnEmptyPath_IsFoundWhereItemsWereLoaded_AndNoneIsTheSame) {
+    for (const char* path : {"", static_cast<const char*>(nullptr)}) {
+        EXPECT_EQ(Manager::fnIsItemInAutoLoadedByPathTable(path, 7), 0);
+    }
+    ASSERT_EQ(Manager::fnAddItemIntoAutoLodedTable(m_item, 7), 1);
+    for (const char* path : {"", static_cast<const char*>(nullptr)}) {
+        EXPECT_EQ(Manager::fnIsItemInAutoLoadedByPathTable(path, 7), 1);
+    }
+}
+
 TEST_F(EntriesAutoLoaded, NumbersArePassedThroughAsGiven) {
     for (const int folder : {0, -1, -2147483647 - 1, 2147483647}) {
         EXPECT_EQ(Manager::fnAddItemIntoAutoLodedTable(m_item, folder), 1);
