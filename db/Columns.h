@@ -65,4 +65,10 @@ inline constexpr char kTagGuid[] = "TAG_GUID";
 inline constexpr char kItemGuid[] = "ITEM_GUID";
 inline constexpr char kTagsGuid[] = "TAGS_GUID";
 
+// FLT_FILE_TABLE, FLT_TABLE and TRANSITION_TABLE; they have FILE_NAME and ITEM_ID, too.
+inline constexpr char kFilterCount[] = "FILTER_COUNT";
+inline constexpr char kFilterDescriptor[] = "DSORVFT_DATA";
+inline constexpr char kFilterTable[] = "DSVFTABLE_DATA";
+inline constexpr char kTransitionDescriptor[] = "DSORVFX_DATA";
+
 }  // namespace qfc::column

@@ -28,6 +28,8 @@ public:
 
     ~DBTools() override;
     bool InsertGallery(int nGalleryId, int nRootFolder) override;
+    bool LoadFilterFiles(std::vector<DS_Filter_File_Record>& files) override;
+    bool LoadTransitions(std::vector<DS_Transition_Record>& transitions) override;
     int GetGalleryIdByFolder(int nGalleryId) override;
     bool QueryFolder(int nFolder, CppSQLite3Query& query) override;
     bool QueryChildFolders(int nParent, CppSQLite3Query& query) override;
@@ -89,6 +91,20 @@ public:
     // A shortcut: QueryCacheDataByType without the bytes, in the same order, and without rows whose id is no GUID.
     // False when shortcuts are off: ask for the rows then. On false the list is as it was.
     bool QueryCacheSizes(int nKind, std::vector<qfc::PayloadSize>& sizes);
+
+    // Effects. Writes the file's row and those of the filters given; others of the file stay. A filter that stood under
+    // another file moves to this one: its key is its item.
+    bool SaveFilterFile(const DS_Filter_File_Record& file);
+    // The file's row and those of its filters.
+    bool DeleteFilterFile(const CString& fileName);
+    bool SaveTransition(const DS_Transition_Record& transition);
+    // Every transition of the file.
+    bool DeleteTransitionFile(const CString& fileName);
+    // Empties the store and takes row and payloads of every item in it; placements in folders stay.
+    bool ClearFiltersAndTransitions();
+    // The same for many in one transaction: all of it or nothing. Only the file names count. True for nothing to do.
+    bool DeleteFilterFiles(std::span<const DS_Filter_File_Record> files);
+    bool DeleteTransitionFiles(std::span<const DS_Transition_Record> transitions);
 
     // Tags. Appends every stored category with its tags; rows without a usable GUID, and tags without a category, are
     // left out. On false nothing was appended.

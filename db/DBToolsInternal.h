@@ -13,6 +13,8 @@
 
 struct CLibTag;
 struct CTagCategory;
+struct DS_Filter_File_Record;
+struct DS_Transition_Record;
 
 namespace qfc {
 struct TreeRows;
@@ -31,6 +33,9 @@ public:
     // The order of the virtual operations is part of the interface.
     virtual ~DBToolsInternal();
     virtual bool InsertGallery(int nGalleryId, int nRootFolder);
+    // What is filled in stays when the query fails on the way; what was in the list before never does.
+    virtual bool LoadFilterFiles(std::vector<DS_Filter_File_Record>& files);
+    virtual bool LoadTransitions(std::vector<DS_Transition_Record>& transitions);
     // The row number of the gallery's root folder; -1 when there is none or the query fails.
     virtual int GetGalleryIdByFolder(int nGalleryId);
     virtual bool QueryFolder(int nFolder, CppSQLite3Query& query);
@@ -74,6 +79,11 @@ protected:
     bool QueryGalleries(std::vector<qfc::StoredGallery>& galleries);
     bool QueryTree(int nRoot, qfc::TreeRows& rows);
     bool QueryCacheSizes(int nKind, std::vector<qfc::PayloadSize>& sizes);
+    bool WriteFilterFile(const DS_Filter_File_Record& file);
+    bool DeleteFilterFileRows(const CString& fileName);
+    bool WriteTransition(const DS_Transition_Record& transition);
+    bool DeleteTransitionRows(const CString& fileName);
+    bool ClearEffects();
     bool ReadTags(std::vector<CTagCategory>& categories);
     bool WriteCategory(const CTagCategory& category);
     bool WriteCategoryWithTags(const CTagCategory& category);
@@ -91,6 +101,7 @@ protected:
 private:
     bool WriteAllCacheData(const GUID& item, std::span<const qfc::PayloadWrite> payloads);
     bool GatherTrees(std::span<const int> galleryIds, std::vector<int>& folders);
+    bool ReadEffectItems(std::vector<GUID>& items);
     bool ReadChildren(int nParent, std::vector<int>& children);
 
     // The one statement pattern; defined in db/Statements.h.

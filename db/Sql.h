@@ -118,6 +118,33 @@ inline constexpr char kQueryAutoLoadedItem[] =
 inline constexpr char kQueryAutoLoadedFile[] =
     "Select * from ITEM_AUTO_LOADED_TABLE where FOLDER_ID = ? AND FILE_PATH = ?";
 
+// --- Effects ---
+// file name, filter count
+inline constexpr char kWriteFilterFile[] =
+    "INSERT OR REPLACE INTO FLT_FILE_TABLE (FILE_NAME, FILTER_COUNT) values (?, ?)";
+// descriptor (8 bytes), table (456 bytes), file name, item GUID
+inline constexpr char kWriteFilter[] =
+    "INSERT OR REPLACE INTO FLT_TABLE (DSORVFT_DATA, DSVFTABLE_DATA, FILE_NAME, ITEM_ID) values (?, ?, ?, ?)";
+// file name, descriptor, item GUID
+inline constexpr char kWriteTransition[] =
+    "INSERT OR REPLACE INTO TRANSITION_TABLE (FILE_NAME, DSORVFX_DATA, ITEM_ID) values (?, ?, ?)";
+// nothing
+inline constexpr char kQueryFilterFiles[] = "Select * from FLT_FILE_TABLE";
+// file name
+inline constexpr char kQueryFiltersOfFile[] = "Select * from FLT_TABLE where FILE_NAME = ?";
+// nothing
+inline constexpr char kQueryFilters[] = "Select * from FLT_TABLE";
+inline constexpr char kQueryTransitions[] = "Select * from TRANSITION_TABLE";
+// file name
+inline constexpr char kDeleteFilterFile[] = "Delete from FLT_FILE_TABLE where FILE_NAME = ?";
+inline constexpr char kDeleteFiltersOfFile[] = "Delete from FLT_TABLE where FILE_NAME = ?";
+inline constexpr char kDeleteTransitionsOfFile[] = "Delete from TRANSITION_TABLE where FILE_NAME = ?";
+// nothing
+inline constexpr char kClearTransitions[] = "DELETE FROM TRANSITION_TABLE";
+// Kept: these two end in a semicolon, unlike the one above.
+inline constexpr char kClearFilters[] = "DELETE FROM FLT_TABLE;";
+inline constexpr char kClearFilterFiles[] = "DELETE FROM FLT_FILE_TABLE;";
+
 // --- Shortcuts: narrower statements with the effect of a given one; DBToolsInternal::SetShortcuts ---
 // nothing; one row when some payload row has a kind other than 0, 1 and 2. The column is untyped: NULL, fractions,
 // texts and blobs count, and sort so that each of these looks is one step in the key.

@@ -1,3 +1,4 @@
+#include "db/EffectRecords.h"
 #include "tags/TagRecords.h"
 #include "tests/db/DbTestSupport.h"
 #include "tests/support/MemoryFaults.h"
@@ -39,6 +40,25 @@ CTagCategory MakeCategory(const char* name) {
     return category;
 }
 
+// A file of two filters, of the items that are held.
+DS_Filter_File_Record MakeFilterFile(const char* name, BYTE fill) {
+    DS_Filter_File_Record file;
+    file.strFileName = name;
+    file.nFilterCount = 2;
+    for (const GUID& guid : {kHeldOnce, kHeldTwice}) {
+        file.filters.push_back({std::vector<BYTE>(8, fill), std::vector<BYTE>(456, fill), guid});
+    }
+    return file;
+}
+
+DS_Transition_Record MakeTransition(int number, BYTE fill) {
+    DS_Transition_Record transition;
+    transition.strFileName = "mix.so";
+    transition.descriptor.assign(3000, fill);
+    transition.guidItem = MakeGuid(number);
+    return transition;
+}
+
 // What the operations are given, made once, so that a lack of memory strikes inside them only.
 struct Given {
     Bytes large = Noise(40000);
@@ -51,6 +71,10 @@ struct Given {
     CString name = "new";
     std::vector<CTagCategory> categories{MakeCategory("new")};
     std::list<CTagCategory> categoryList{MakeCategory("new")};
+    DS_Filter_File_Record filterFile = MakeFilterFile("new.so", 2);
+    DS_Transition_Record transition = MakeTransition(50, 2);
+    CString filterName = "old.so";
+    CString transitionName = "mix.so";
     std::vector<GUID> items{MakeGuid(1), MakeGuid(2), MakeGuid(3)};
 };
 
@@ -102,6 +126,11 @@ const Operation kOperations[] = {
     {"InsertTags2Items", [](DBTools& tools) { return tools.InsertTags2Items(TheGiven().items, kTags); }},
     {"DeleteTagsFromItems", [](DBTools& tools) { return tools.DeleteTagsFromItems(TheGiven().items, kTags); }},
     {"MergeTags", [](DBTools& tools) { return tools.MergeTags(kTags, kTags[2]); }},
+    {"SaveFilterFile", [](DBTools& tools) { return tools.SaveFilterFile(TheGiven().filterFile); }},
+    {"DeleteFilterFile", [](DBTools& tools) { return tools.DeleteFilterFile(TheGiven().filterName); }},
+    {"SaveTransition", [](DBTools& tools) { return tools.SaveTransition(TheGiven().transition); }},
+    {"DeleteTransitionFile", [](DBTools& tools) { return tools.DeleteTransitionFile(TheGiven().transitionName); }},
+    {"ClearFiltersAndTransitions", [](DBTools& tools) { return tools.ClearFiltersAndTransitions(); }},
     {"Clear", [](DBTools& tools) { return tools.ClearDatabase(); }},
     {"AddFolderOrder", [](DBTools& tools) { return tools.AddFolderOrderIndexColumn() != 0; },
      "ALTER TABLE FOLDER_TABLE DROP COLUMN ORDER_INDEX"},
@@ -121,6 +150,8 @@ protected:
         ASSERT_TRUE(m_tools->SaveCategoriesAndTags({MakeCategory("old")}));
         ASSERT_TRUE(m_tools->InsertTags2Items({&kHeldOnce, 1}, {kTags, 2}));
         ASSERT_TRUE(m_tools->InsertTag2Item(kHeldTwice, kTags[0]));
+        ASSERT_TRUE(m_tools->SaveFilterFile(MakeFilterFile("old.so", 1)));
+        ASSERT_TRUE(m_tools->SaveTransition(MakeTransition(2, 1)));
         m_tools.reset();
         Exec(GetParam().prepare);
         m_before = DumpOf(m_path);

@@ -1,3 +1,4 @@
+#include "db/EffectRecords.h"
 #include "db/TreeRows.h"
 #include "tags/TagRecords.h"
 #include "tests/db/DbTestSupport.h"
@@ -81,6 +82,20 @@ const Reading kReadings[] = {
          seen += std::to_string(rows.placements.size()) + ";" + std::to_string(rows.tags.size());
          return read;
      }},
+    {"FilterFiles",
+     [](DBTools& tools, std::string& seen) {
+         std::vector<DS_Filter_File_Record> files;
+         const bool read = tools.LoadFilterFiles(files);
+         for (const auto& file : files) seen += file.strFileName.GetString() + std::to_string(file.filters.size());
+         return read;
+     }},
+    {"Transitions",
+     [](DBTools& tools, std::string& seen) {
+         std::vector<DS_Transition_Record> transitions;
+         const bool read = tools.LoadTransitions(transitions);
+         for (const auto& transition : transitions) seen += std::to_string(transition.descriptor.size()) + ";";
+         return read;
+     }},
     {"Tags",
      [](DBTools& tools, std::string& seen) {
          std::vector<CTagCategory> categories;
@@ -99,6 +114,14 @@ protected:
         ASSERT_TRUE(AddItem(2, folder, 1, Noise(5000)));
         ASSERT_TRUE(m_tools->SaveCategoriesAndTags({MakeCategory()}));
         ASSERT_TRUE(m_tools->InsertTag2Item(kHeldOnce, kTag));
+        DS_Filter_File_Record file{"fx.so", 1, {{{1}, {2}, kHeldOnce}}, 1};
+        ASSERT_TRUE(m_tools->SaveFilterFile(file));
+        file.strFileName = "other.so";
+        file.filters[0].guidItem = kTag;
+        ASSERT_TRUE(m_tools->SaveFilterFile(file));
+        for (const GUID& guid : {kHeldOnce, kTag}) {
+            ASSERT_TRUE(m_tools->SaveTransition({"mix.so", std::vector<BYTE>(9000, 3), guid, 1}));
+        }
         ASSERT_TRUE(GetParam().run(*m_tools, m_whole));
         ASSERT_FALSE(m_whole.empty());
     }

@@ -17,7 +17,8 @@ int SlotOf(Member member) {
 template <typename Tools>
 std::vector<int> Slots() {
     return {
-        SlotOf(&Tools::InsertGallery),        SlotOf(&Tools::GetGalleryIdByFolder),
+        SlotOf(&Tools::InsertGallery),        SlotOf(&Tools::LoadFilterFiles),
+        SlotOf(&Tools::LoadTransitions),      SlotOf(&Tools::GetGalleryIdByFolder),
         SlotOf(&Tools::QueryFolder),          SlotOf(&Tools::QueryChildFolders),
         SlotOf(&Tools::QueryFolderItems),     SlotOf(&Tools::QueryItem),
         SlotOf(&Tools::QueryItemTags),        SlotOf(&Tools::QueryItemByName),
@@ -34,7 +35,7 @@ std::vector<int> Slots() {
 // The destructor comes first and takes two entries; then every operation follows the one before.
 std::vector<int> Consecutive() {
     std::vector<int> slots;
-    for (int slot = 2; slot < 23; ++slot) slots.push_back(slot);
+    for (int slot = 2; slot < 25; ++slot) slots.push_back(slot);
     return slots;
 }
 
@@ -43,7 +44,7 @@ TEST(DBToolsSlots, InternalOperationsStandInTheirOrder) { EXPECT_EQ(Slots<DBTool
 TEST(DBToolsSlots, GuardedOperationsTakeTheSlotsOfThoseTheyGuard) { EXPECT_EQ(Slots<DBTools>(), Consecutive()); }
 
 TEST(DBToolsSlots, InsertOrUpdateFolderIsTheLastAndOnDBToolsOnly) {
-    EXPECT_EQ(SlotOf(&DBTools::InsertOrUpdateFolder), 23);
+    EXPECT_EQ(SlotOf(&DBTools::InsertOrUpdateFolder), 25);
 }
 
 }  // namespace
