@@ -269,8 +269,8 @@ TEST_F(DBToolsEffects, ALoadSendsOneQueryForTheFilesAndOneForEach) {
 // --- Failures -----------------------------------------------------------------------------------------------------
 
 TEST_F(DBToolsEffects, ALoadThatFailsOnItsWayLeavesWhatWasAppended) {
-    for (const char* name : {"a.so", "b.so", "c.so"}) ASSERT_TRUE(m_tools->SaveFilterFile(MakeFile(name, {})));
     ASSERT_TRUE(m_tools->SaveFilterFile(MakeFile("a.so", {1})));
+    for (const char* name : {"b.so", "c.so"}) ASSERT_TRUE(m_tools->SaveFilterFile(MakeFile(name, {})));
     Exec("drop table FLT_TABLE");
     Filters files{MakeFile("stale", {9})};
     EXPECT_FALSE(m_tools->LoadFilterFiles(files));
@@ -402,8 +402,8 @@ TEST_F(DBToolsEffects, ClearingEmptiesTheTablesAndTakesTheItems) {
     ASSERT_TRUE(m_tools->SaveTransition(MakeTransition("b.so", 3)));
     EXPECT_TRUE(m_tools->ClearFiltersAndTransitions());
     for (const char* table : {"FLT_FILE_TABLE", "FLT_TABLE", "TRANSITION_TABLE"}) EXPECT_EQ(Count(table), "0");
-    EXPECT_EQ(Cell("select group_concat(hex(ITEM_ID)) from ITEM_TABLE"),
-              Cell("select quote(hex(" + Literal(MakeGuid(4)) + "))"));
+    EXPECT_EQ(Count("ITEM_TABLE"), "1");
+    EXPECT_EQ(Cell("select ITEM_ID from ITEM_TABLE"), Literal(MakeGuid(4)));
     EXPECT_EQ(Count("CACHE_DATA_TABLE"), "1");
     EXPECT_EQ(Count("RELATION_TABLE"), "4");  // Placements are not touched.
 }
