@@ -2,11 +2,14 @@
 
 // Everything a host needs of the library.
 
+#include "api/EffectApi.h"
+#include "api/EffectBlocks.h"
 #include "api/FolderNameApi.h"
 #include "api/GalleryApi.h"
 #include "api/names/StringTables.h"
 #include "db/CppSQLite3.h"
 #include "db/DBTools.h"
+#include "db/EffectRecords.h"
 #include "db/LibraryCheck.h"
 #include "db/LibrarySnapshot.h"
 #include "folders/CQFolder.h"

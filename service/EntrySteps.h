@@ -66,6 +66,24 @@ public:
         return Manager().fnAddLibraryOperationAsync(pOperation, nPriority);
     }
 
+    // 1 once queued. With the service's database among the arguments it is refused once a stop has begun: what was
+    // queued before is executed, or dropped, while that is open.
+    template <typename Operation, typename... Args>
+    static int RunAsyncOn(DatabaseUse& database, int nPriority, Args&&... args) {
+        const auto pOperation = std::make_shared<Operation>(std::forward<Args>(args)...);
+        return QueueAsyncOn(database, pOperation, nPriority) ? 1 : 0;
+    }
+
+    // Queues behind the ordinary asynchronous work, with callbacks, and waits all the same. 0 when it was refused, and
+    // when a stop dropped it.
+    template <typename Operation, typename... Args>
+    static int RunAsyncAndWait(DatabaseUse& database, Args&&... args) {
+        if (QFCLibraryManager::IsWorkerThread()) return 0;
+        const auto pOperation = std::make_shared<Operation>(std::forward<Args>(args)...);
+        if (!QueueAsyncOn(database, pOperation, 0)) return 0;
+        return pOperation->AwaitEnd() ? pOperation->Result() : 0;
+    }
+
     static QFCLibraryManager& Manager() { return QFCLibraryManager::GetInstance(); }
 
 private:
@@ -78,6 +96,15 @@ private:
     static bool QueueSyncWhileRunning(const std::shared_ptr<LibraryOperation>& pOperation) {
         const MutexLocker lock(Manager().m_hServiceMutex);
         return Manager().m_nRunning != 0 && QueueSync(pOperation);
+    }
+    static bool QueueAsyncOn(DatabaseUse& database, const std::shared_ptr<LibraryOperation>& pOperation,
+                             int nPriority) {
+        pOperation->SetAsync();
+        const MutexLocker lock(Manager().m_hServiceMutex);
+        const bool bQueued = (!database.IsOfService() || Manager().m_nRunning != 0) &&
+                             Manager().fnAddLibraryOperationAsync(pOperation, nPriority) != 0;
+        database.Release();
+        return bQueued;
     }
     static bool AwaitEvent(const LibraryOperation& operation) {
         return WaitForSingleObject(operation.Event(), INFINITE) == WAIT_OBJECT_0;

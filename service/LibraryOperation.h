@@ -3,6 +3,7 @@
 #include "platform/framework/Types.h"
 #include "service/QFCLibCallbackParam.h"
 
+#include <atomic>
 #include <cstdint>
 
 // One piece of work for the service's worker: it captures its arguments when it is made, is queued once and executed at
@@ -24,6 +25,11 @@ public:
 
     // Manual-reset; null when it could not be made. Never signalled for an operation that is dropped.
     HANDLE Event() const { return m_hEvent; }
+    // Once per operation: after it was executed, or when it is dropped instead.
+    void NoteExecuted() { End(kExecuted); }
+    void NoteDropped() { End(kDropped); }
+    // Waits until either was noted; true when it was executed.
+    bool AwaitEnd() const;
     std::int32_t Result() const { return m_nResult; }
     void SetResult(std::int32_t nResult) { m_nResult = nResult; }
     bool IsAsync() const { return m_nAsync != 0; }
@@ -35,7 +41,14 @@ protected:
     void SetGallery(ULONGLONG hGallery) { m_hGallery = hGallery; }
 
 private:
+    static constexpr int kQueued = 0;
+    static constexpr int kExecuted = 1;
+    static constexpr int kDropped = 2;
+
+    void End(int nHow);
+
     HANDLE m_hEvent;
+    std::atomic<int> m_nEnd = kQueued;  // Beside the event, which a dropped operation leaves alone.
     std::int32_t m_nResult = 0;
     std::int32_t m_nAsync = 0;
     ULONGLONG m_hGallery = 0;

@@ -48,10 +48,12 @@ void OperationQueues::Refill() {
 std::list<OperationQueues::Operation> OperationQueues::TakeAllSync() { return std::exchange(m_sync, {}); }
 
 void OperationQueues::Clear() {
-    m_dispatch.clear();
-    m_deferred.clear();
-    m_async.clear();
-    m_sync.clear();
+    for (Operations* const pOperations : {&m_dispatch, &m_deferred, &m_async, &m_sync}) {
+        for (const Operation& operation : *pOperations) {
+            if (operation != nullptr) operation->NoteDropped();
+        }
+        pOperations->clear();
+    }
 }
 
 }  // namespace qfc

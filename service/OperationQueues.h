@@ -21,8 +21,11 @@ public:
     // ordinary and one deferred, three times. Empty when nothing is queued.
     Operation Take();
 
+    // Ordinary asynchronous operations that are not chosen yet.
+    std::size_t CountAsync() const { return m_async.size(); }
     bool IsSyncEmpty() const { return m_sync.empty(); }
-    // Drops everything: chosen, deferred, ordinary, synchronous. Nothing of it is executed or signalled.
+    // Drops everything: chosen, deferred, ordinary, synchronous. Nothing of it is executed or signalled, each
+    // is marked as dropped.
     void Clear();
     // Takes all synchronous operations out, in order of arrival.
     std::list<Operation> TakeAllSync();

@@ -23,6 +23,8 @@ class CQFolder;
 class CQItem;
 class DBTools;
 class LibraryOperation;
+struct DS_Filter_File_Record;
+struct DS_Transition_Record;
 
 namespace qfc {
 class EntrySteps;
@@ -114,6 +116,26 @@ public:
     static int fnUpdateLibItemThumbnail(CQItem* pItem);
     // Replaces the contents of the vector. Kept: 1 also when the query failed or ended early.
     static int fnQueryLibItemThumbnailInfo(std::vector<_DS_LibItemTunmbnailInfo_>& thumbnails);
+
+    // --- Filters and transitions -------------------------------------------------------------------------------------
+    // Adds the item as fnAddItemAsync does, and stores its record in the service database: the callback says that the
+    // record is stored. 0, nothing queued, once a stop has begun. The option value is carried along, not stored. Of the
+    // entries of a record one may name no item: it is the added one's.
+    static int fnAddItemAsync_Filter(const DS_Filter_File_Record& file, unsigned int nOption, ULONGLONG hGallery,
+                                     std::vector<CString> folderPaths, CQItem* pItem, int nPriority);
+    // Puts the items of the folders in the order of their names as well; that order is not stored.
+    static int fnAddItemAsync_Transition(const DS_Transition_Record& transition, ULONGLONG hGallery,
+                                         std::vector<CString> folderPaths, CQItem* pItem, int nPriority);
+    // Copies everything from pItem into the gallery's item of that GUID, stores it and the record. These two run behind
+    // the asynchronous work of priority 0, raise callbacks, and wait for their result: 0 when a stop drops them, too.
+    static int fnUpdateFilterOptionAsync(ULONGLONG hGallery, CQItem* pItem, const GUID& guidItem,
+                                         const DS_Filter_File_Record& file, unsigned int nOption);
+    static int fnUpdateTransitionAsync(ULONGLONG hGallery, CQItem* pItem, const GUID& guidItem,
+                                       const DS_Transition_Record& transition);
+    // Deletes the files of the records from the store, all or none; then the items of the records that are in the
+    // library from every folder of the gallery, and each folder that is empty with all below it and not predefined.
+    static int fnDeleteFilter(const std::vector<DS_Filter_File_Record> files, ULONGLONG hGallery);
+    static int fnDeleteTransition(const std::vector<DS_Transition_Record> transitions, ULONGLONG hGallery);
 
     // --- Tags ------------------------------------------------------------------------------------------------------
     // Each is 0, and nothing is queued, while the service is stopped. What the operations cannot do leaves database,

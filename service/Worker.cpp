@@ -55,6 +55,7 @@ void QFCLibraryManager::RunOperation(LibraryOperation& operation) {
     operation.SetResult(0);
     Contained([&] { operation.SetResult(operation.execute()); });
     SetEvent(operation.Event());
+    operation.NoteExecuted();
     if (!operation.IsAsync() || operation.Result() == 0) return;
     Contained([&] {
         QFCLibCallbackParam param;

@@ -18,6 +18,11 @@ public:
     // Adds the item's GUID and the row number of the folder at the first path, if there is one.
     void FillCallbackParam(QFCLibCallbackParam& param) override;
 
+protected:
+    const std::vector<CString>& FolderPaths() const { return m_folderPaths; }
+    // Null when none was given.
+    const CQItem* Item() const { return m_pItem; }
+
 private:
     std::vector<CString> m_folderPaths;
     CQItem* m_pItem;

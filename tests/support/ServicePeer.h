@@ -22,6 +22,11 @@ public:
     }
     static SharedOperation Take() { return Manager().fnGetLibraryOperation(); }
     static int IsSyncEmpty() { return Manager().fnIsLibraryOperationListEmpty(); }
+    // Ordinary asynchronous operations that are not chosen yet.
+    static std::size_t AsyncWaiting() {
+        const MutexLocker lock(Manager().m_hServiceMutex);
+        return Manager().m_queues.CountAsync();
+    }
     static bool AwaitNextSync() { return Manager().AwaitNextSyncOperation(); }
     static int Clear() { return Manager().fnClearLibraryOperation(); }
     static void DropQueuedWork() { Manager().DropQueuedWork(); }
