@@ -8,7 +8,8 @@ INTERFACE = re.compile(
       C(Q|Obj|Obj?List|ObArray|String|Runtime|CmdTarget|Document|View|DumpContext|Archive|DBStringHelper)\w*
     | C\w*Exception | CLibTagsMgr | CppSQLite3\w* | DBTools(Internal)? | QFCLibraryManager | MutexLocker
     | g_GetTagTranslateName
-    | fn(Check|Snapshot)Library | CreateGalleryDoc | GetGalleryDoc | RegisterGlobalProc
+    | fn(Check|Snapshot)Library | Get(Filter|Transition)Record | SaveFilterRecord | DeleteFilter
+    | ClearTransitionAndFilter | CreateGalleryDoc | GetGalleryDoc | RegisterGlobalProc
     | GenerateFolder(Path2|Name|DisplayPath|(Name|Path)FromDispalyPath|PathFromName) | GetFolderDisplay(Name|Path)
     | AfxThrow\w+
     | (CloseHandle|CoCreateGuid|CopyFileA|CreateEventA|CreateMutexA|DeleteFileA|GetAppDataFolder|GetLastError
@@ -25,7 +26,9 @@ PREFIX = re.compile(r"^(non-virtual thunk to |virtual thunk to |vtable for |type
 QFC = {
     "AllocGlobalBlock", "AllocPlainBlock", "FreeGlobalBlock", "FreePlainBlock", "GuidFromText", "GuidToText",
     "LibraryFindingName", "NativePath", "RuntimeClassRegistration", "SetAnsiCodePage", "SetDataFolder",
-    "SetHostFolder", "SetModuleStrings", "ReadDibHeader",
+    "SetHostFolder", "SetModuleStrings", "ReadDibHeader", "DefaultOf", "NumberOf",
+    "ReadFilterDescriptor", "ReadFilterTable", "ReadTransitionDescriptor",
+    "WriteFilterDescriptor", "WriteFilterTable", "WriteTransitionDescriptor",
 }
 # What a host cannot do without: each of these names has to be there.
 REQUIRED = """
@@ -36,7 +39,8 @@ REQUIRED = """
         fnCloseSessionGallery QFCLibraryManager ~QFCLibraryManager operator= fnCreateDefaultTag fnLoadLibTag
         fnUpdateTagCategory fnDeleteTagCategory fnUpdateTag fnDeleteTag fnInsertLibTag2Item fnDeleteLibTagFromItem
         fnMergeFaceTag fnAddItemIntoAutoLodedTable fnIsItemInAutoLoadedTable fnAddItemIntoAutoLodedByPathTable
-        fnIsItemInAutoLoadedByPathTable
+        fnIsItemInAutoLoadedByPathTable fnAddItemAsync_Filter fnAddItemAsync_Transition fnUpdateFilterOptionAsync
+        fnUpdateTransitionAsync fnDeleteFilter fnDeleteTransition
     CLibTagsMgr:: GetLibTagMgr GetTagsData IsEmpty GetAllTagList GetCurGalleryAllTag GetTagByName IsTagExisted
         SetTagsToDefault GeneratePresetTagData GenerateCategoryTemplate
     MutexLocker:: MutexLocker ~MutexLocker operator=
@@ -49,7 +53,8 @@ REQUIRED = """
     CQGalleryDoc:: CQGalleryDoc ~CQGalleryDoc AddGallery CloseGallery
     DBTools:: DBTools ~DBTools ExportDatabase ClearDatabase InsertOrUpdateFolder QueryGalleries LoadTags
         SaveCategoriesAndTags UpdateCategory UpdateTag DeleteCategory DeleteTag InsertTag2Item DeleteTagFromItem
-        MergeTag QueryTagItems
+        MergeTag QueryTagItems LoadFilterFiles LoadTransitions SaveFilterFile DeleteFilterFile SaveTransition
+        DeleteTransitionFile ClearFiltersAndTransitions
     CLibTagsMgr:: GetLibTagMgr GetTagsData IsEmpty GetAllTagList GetCurGalleryAllTag GetCurGalleryDateTag
         GetCurGallerySelectedTag GetCurrentGalFaceCategory GetTagByName IsTagCategoryExisted IsTagExisted AddTag
         UpdateCategory UpdateTag DeleteCategory DeleteTag SetTagsToDefault GenerateCategoryTemplate
@@ -58,7 +63,8 @@ REQUIRED = """
     CppSQLite3Query:: CppSQLite3Query nextRow getIntField getBlobField finalize
     CppSQLite3Statement:: bind execDML execQuery finalize
     :: g_GetTagTranslateName CreateGalleryDoc GetGalleryDoc RegisterGlobalProc GenerateFolderPath2 GenerateFolderName
-        GenerateFolderDisplayPath
+        GenerateFolderDisplayPath GetFilterRecord GetTransitionRecord SaveFilterRecord DeleteFilter
+        ClearTransitionAndFilter
         GenerateFolderNameFromDispalyPath GenerateFolderPathFromDispalyPath GenerateFolderPathFromName
         GetFolderDisplayName GetFolderDisplayPath GetPrivateProfileStringA GetPrivateProfileSectionA
         GetPrivateProfileSectionNamesA WritePrivateProfileStringA fnCheckLibrary fnSnapshotLibrary
@@ -66,6 +72,8 @@ REQUIRED = """
         CreateMutexA CreateEventA SetEvent ResetEvent ReleaseMutex WaitForSingleObject CloseHandle Sleep CoCreateGuid
         GlobalAlloc GlobalLock GlobalUnlock GlobalFree GlobalHandle GlobalSize
     qfc:: SetDataFolder SetHostFolder SetModuleStrings AllocGlobalBlock FreeGlobalBlock AllocPlainBlock FreePlainBlock
+        ReadFilterDescriptor ReadFilterTable ReadTransitionDescriptor WriteFilterDescriptor WriteFilterTable
+        WriteTransitionDescriptor DefaultOf NumberOf
 """
 
 
