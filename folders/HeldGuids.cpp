@@ -94,6 +94,12 @@ bool HeldGuids::Knows(const GUID& guid) const {
                        [&](const CQItem* item) { return item->GetUniqueID() == guid; });
 }
 
+void HeldGuids::NoteReordered(CQFolder& folder, const CQFolder::ItemArray& items, unsigned long long nBefore) noexcept {
+    HeldGuids* held = folder.m_pHeldGuids.get();
+    if (held == nullptr || held->m_items != &items || held->m_itemsModification != nBefore) return;
+    held->m_itemsModification = items.ModificationCount();
+}
+
 void HeldGuids::NoteAppended(CQFolder& folder, const CQFolder::ItemArray& items, CQItem& item) noexcept {
     HeldGuids* held = folder.m_pHeldGuids.get();
     const bool wasCurrent = held != nullptr && held->m_items == &items && held->m_guidChanges == g_guidChanges &&

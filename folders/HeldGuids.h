@@ -21,6 +21,8 @@ public:
     static bool HasBeforeAdd(CQFolder& folder, const GUID& guid);
     // Called when an item was appended to the array.
     static void NoteAppended(CQFolder& folder, const CQFolder::ItemArray& items, CQItem& item) noexcept;
+    // Called when the array, which had that modification count before, was put into another order and holds the same.
+    static void NoteReordered(CQFolder& folder, const CQFolder::ItemArray& items, unsigned long long nBefore) noexcept;
     // Called when the GUID of a watched item changes or is handed out for writing. Any thread.
     static void NoteGuidChanged();
 

@@ -1,6 +1,7 @@
 #include "service/operations/AddItem_Transition.h"
 
 #include "db/DBTools.h"
+#include "folders/HeldGuids.h"
 #include "items/CQItem.h"
 #include "items/Handles.h"
 #include "items/ItemGuid.h"
@@ -15,12 +16,15 @@ const char* NameOf(const CQItem* pItem) { return pItem != nullptr ? pItem->GetIt
 
 bool ComesBefore(const CQItem* pLeft, const CQItem* pRight) { return std::strcmp(NameOf(pLeft), NameOf(pRight)) < 0; }
 
-void SortByName(CQFolder::ItemArray& items) {
+void SortByName(CQFolder& folder, CQFolder::ItemArray& items) {
+    const unsigned long long nBefore = items.ModificationCount();
     std::vector<CQItem*> sorted(items.begin(), items.end());
     qfc::ExchangeSortAfterAdding(std::span(sorted), ComesBefore);
     for (int position = 0; position < items.GetSize(); ++position) {
-        items.SetAt(position, sorted[static_cast<std::size_t>(position)]);
+        CQItem* const pItem = sorted[static_cast<std::size_t>(position)];
+        if (items.GetAt(position) != pItem) items.SetAt(position, pItem);
     }
+    qfc::HeldGuids::NoteReordered(folder, items, nBefore);
 }
 
 }  // namespace
@@ -46,7 +50,7 @@ bool LibraryOperation_AddItem_Transition::SortFolders(CQGallery& gallery) const 
         if (pFolder == nullptr) continue;
         CQFolder::ItemArray* const pItems = pFolder->GetItemArray();
         if (pItems == nullptr) return false;
-        SortByName(*pItems);
+        SortByName(*pFolder, *pItems);
     }
     return true;
 }

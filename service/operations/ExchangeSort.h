@@ -33,9 +33,10 @@ void ExchangeSortAfterAdding(std::span<Element> elements, Before before) {
     const auto place = std::upper_bound(elements.begin(), last, *last, before);
     std::rotate(place, last, elements.end());
     for (auto run = place == elements.end() ? place : place + 1; run != elements.end();) {
-        const auto end = std::upper_bound(run, elements.end(), *run, before);
-        std::rotate(run, run + 1, end);
-        run = end;
+        const auto next =
+            std::find_if(run + 1, elements.end(), [&](const Element& element) { return before(*run, element); });
+        std::rotate(run, run + 1, next);
+        run = next;
     }
 }
 

@@ -109,6 +109,26 @@ TEST_F(FullFolder, ChangesOfTheExposedArrayAreSeen) {
     EXPECT_TRUE(Looks(m_folder, GuidOf(1001)));
 }
 
+TEST_F(FullFolder, ItemsThatOnlyChangePlaces_StayKnownWhenThatIsNoted) {
+    CQFolder::ItemArray& items = *m_folder.GetItemArray();
+    const auto swapEnds = [&] {
+        CQItem* const first = items.GetAt(0);
+        items.SetAt(0, items.GetAt(items.GetUpperBound()));
+        items.SetAt(items.GetUpperBound(), first);
+    };
+    const unsigned long long before = items.ModificationCount();
+    swapEnds();
+    HeldGuids::NoteReordered(m_folder, items, before);
+    EXPECT_EQ(VisitsOf(GuidOf(kManyItems)), 0u);
+    EXPECT_TRUE(Looks(m_folder, GuidOf(7)));
+
+    items.SetAt(0, nullptr);  // Not noted by anybody.
+    const unsigned long long later = items.ModificationCount();
+    swapEnds();
+    HeldGuids::NoteReordered(m_folder, items, later);
+    EXPECT_GT(VisitsOf(GuidOf(kManyItems)), 0u);
+}
+
 TEST_F(FullFolder, AWrittenPlaceOfTheArrayThatWasKept_IsSeen) {
     CObject*& kept = m_folder.GetItemArray()->CObArray::ElementAt(5);
     for (int i = 0; i < kOftenEnough; ++i) EXPECT_FALSE(Looks(m_folder, GuidOf(1000)));

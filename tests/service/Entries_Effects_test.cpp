@@ -1,3 +1,4 @@
+#include "folders/HeldGuids.h"
 #include "items/Handles.h"
 #include "service/operations/AddItem_Filter.h"
 #include "service/operations/AddItem_Transition.h"
@@ -223,6 +224,23 @@ TEST_F(EntriesEffects, AddTransition_SortsAFolderThatIsInAnotherOrderWhole) {
     for (const char* name : {"c", "a", "d", "b"}) AddItem(name);
     AddTransition("aa");
     EXPECT_EQ(NamesIn(*m_pClips), "a aa b c d ");
+}
+
+// What the folder knows of its items outlives the sorting: no add looks at all items before it for its GUID.
+TEST_F(EntriesEffects, AddTransition_ManyToOneFolder_DoNotCompareEachWithAllBefore) {
+    constexpr int kMany = 600;
+    const auto add = [&](int number) {
+        CQItem* const pItem = NewItem(("t" + std::to_string(number * 7919 % 997)).c_str(), kTransitionType);
+        ASSERT_EQ(Manager::fnAddItemAsync_Transition(MakeTransitionRecord("many.so"), m_hMedia, {"Clips"}, pItem, 0),
+                  1);
+    };
+    for (int number = 0; number < 300; ++number) add(number);
+    Settle();
+    const std::uint64_t before = qfc::HeldGuids::VisitsSoFar();
+    for (int number = 300; number < kMany; ++number) add(number);
+    Settle();
+    ASSERT_EQ(m_pClips->GetItemsCount(), kMany);
+    EXPECT_LT(qfc::HeldGuids::VisitsSoFar() - before, 300u * 100u);
 }
 
 TEST_F(EntriesEffects, AddFilter_LeavesTheOrderOfTheItems) {

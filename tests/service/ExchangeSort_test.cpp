@@ -81,8 +81,8 @@ TEST(ExchangeSort, AddingToASortedArray_ComparesALinearNumberOfTimes) {
         ++comparisons;
         return Before(left, right);
     });
-    // A look at each, and a search in each of the 3,334 runs behind the place.
-    EXPECT_LT(comparisons, 10000u + 3334u * 16u);
+    // One to see the order, one to find the runs behind the place, and a search for the place.
+    EXPECT_LT(comparisons, 2u * 10000u + 32u);
     EXPECT_TRUE(std::is_sorted(elements.begin(), elements.end(), Before));
 }
 
