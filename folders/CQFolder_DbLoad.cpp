@@ -131,7 +131,6 @@ int CQFolder::LoadFolderFromDb() {
 
 int CQFolder::LoadSubFoldersFromDb() { return qfc::FolderLoad(*this).Run(); }
 
-// Kept: 0 in every case.
 int CQFolder::LoadSubItemsFromDb() {
     if (m_pDBTools != nullptr) qfc::FolderLoad::TakeItems(*this, *qfc::RowByRow(*m_pDBTools));
     return 0;
