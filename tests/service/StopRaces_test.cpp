@@ -131,7 +131,7 @@ TEST_F(StopRaces, AStopOfARunningService_IsNotRefusedForACallThatIsRefusedItself
     std::thread clearing([&] {
         while (!done) Manager::fnClearDBContent();
     });
-    for (int cycle = 0; cycle < 200; ++cycle) {
+    for (int cycle = 0; cycle < 25; ++cycle) {
         std::this_thread::yield();
         ASSERT_EQ(Manager::fnStopService(), 1) << cycle;
         while (Manager::fnStartService() == 0) std::this_thread::yield();  // The clear really clears now.
@@ -149,7 +149,7 @@ TEST_F(StopRaces, AStopOfAServiceThatHasJustStarted_IsNotRefused) {
             while (!done) Manager::fnStartService();
         });
     }
-    for (int cycle = 0; cycle < 50; ++cycle) {
+    for (int cycle = 0; cycle < 20; ++cycle) {
         while (!IsRunning()) std::this_thread::yield();
         ASSERT_EQ(Manager::fnStopService(), 1) << cycle;
     }
