@@ -42,13 +42,6 @@ std::mutex& TranslationMutex() {
     return mutex;
 }
 
-// Empty when it does not fit a path buffer.
-CString BesideHost(const char* name) {
-    const std::string folder = HostFolder();
-    const std::string path = folder + "orvel.dat\\" + name;
-    return folder.empty() || path.size() >= MAX_PATH ? CString() : CString(path);
-}
-
 bool ReadSwitch(const char* section, const char* key) {
     char folder[MAX_PATH];
     if (GetAppDataFolder(folder, sizeof(folder), 0, 0) == 0) return false;
@@ -76,12 +69,12 @@ int WriteOnce(const std::string& section, const std::string& name) {
 }  // namespace
 
 const CString& TranslationFilePath() {
-    static const CString path = BesideHost("qvTWTranslateData.dat");
+    static const CString path(HostDataFile("orvel.dat", "qvTWTranslateData.dat"));
     return path;
 }
 
 const CString& ArFilterFilePath() {
-    static const CString path = BesideHost("ARFilter.ini");
+    static const CString path(HostDataFile("orvel.dat", "ARFilter.ini"));
     return path;
 }
 
