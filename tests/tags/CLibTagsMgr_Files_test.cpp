@@ -245,6 +245,15 @@ TEST_F(PresetTags, NamesOfSectionsAreCutAt10238Bytes) {
     EXPECT_EQ(TextOf(m_pStore->GetPresetTagData().back()), "|||");
 }
 
+TEST_F(PresetTags, SectionOfManyLinesIsReadToItsFourthEntry) {
+    std::string text = "[s]\nItemName=a\nFilePath=b\nGalleryID=3\nTagList=String@c\n";
+    for (int i = 0; i < 100000; ++i) text += "TagList=String@more" + std::to_string(i) + "\n";
+    WritePresets(text);
+    m_pStore->GeneratePresetTagData();
+    ASSERT_EQ(m_pStore->GetPresetTagData().size(), 1U);
+    EXPECT_EQ(TextOf(m_pStore->GetPresetTagData().front()), "a|b|3|<String@c>");
+}
+
 TEST_F(PresetTags, SectionThatStandsTwiceIsReadTwiceAsTheFirst) {
     WritePresets("[s]\nItemName=a\n[s]\nItemName=b\n");
     m_pStore->GeneratePresetTagData();
