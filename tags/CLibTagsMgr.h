@@ -67,6 +67,7 @@ public:
     // Kept: without the mutex, unlike the other updates.
     void SetTagsToDefault(std::map<DWORD, std::vector<CTagCategory>>& data);
 
+    // What these read of files they take whole or, when memory runs out (std::bad_alloc), not at all.
     // Reads the category names of "Default_Libtag.ini", which lies with the host's data: replaces the entries of the
     // galleries 1 to 16.
     // Kept: 7 has no gallery and gets none.
