@@ -18,7 +18,9 @@ inline constexpr char kPredefinedFolderSection[] = "Predefined_Folder";
 const CString& TranslationFilePath();
 const CString& ArFilterFilePath();
 
-// The switches of the application ini, "Cinelume.ini" in the data folder; both off unless they are 1 there.
+// The switches of the application ini, "Cinelume.ini" in the data folder; both off unless they are 1 there. The first
+// question, which the first display name asks, makes the data folder when it is missing and decides for ever, even when
+// the host chooses another data folder later. What runs out of memory throws and decides nothing.
 bool IsTranslationOn();
 // Names are collected in the translation file instead of being looked up. Means nothing while translation is off.
 bool IsTranslationCollected();
@@ -40,7 +42,7 @@ private:
 // The text in the section of the folder's number (`bFolder`) or of the item type, in UTF-8; empty when there is none,
 // no translation file, or the type is not a translated one.
 CString LookUpTranslation(DWORD dwIdOrType, const CString& key, bool bFolder);
-// The same in a section named by the caller.
+// The same in a section named by the caller. Nothing is found for a key without characters.
 CString LookUpTranslation(const char* section, const CString& key);
 
 // Writes the name, which stands for its own translation, into its section: 1, or 0 when it could not be written or
