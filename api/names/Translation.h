@@ -1,5 +1,6 @@
 #pragma once
 
+#include "api/names/TranslationFile.h"
 #include "platform/framework/CString.h"
 #include "platform/framework/Types.h"
 
@@ -14,8 +15,7 @@ namespace qfc {
 inline constexpr char kTagSection[] = "TW_TAG_TRANSLATE";
 inline constexpr char kPredefinedFolderSection[] = "Predefined_Folder";
 
-// In the ANSI code page, with the backslash before the file name. Empty when the host's folder is too long for a path.
-const CString& TranslationFilePath();
+// As TranslationFilePath.
 const CString& ArFilterFilePath();
 
 // The switches of the application ini, "Cinelume.ini" in the data folder; both off unless they are 1 there. The first
