@@ -27,7 +27,7 @@ struct KindName {
     const char* name;
 };
 
-constexpr std::array<KindName, 14> kKindNames{{
+constexpr std::array<KindName, 17> kKindNames{{
     {LibraryFindingKind::kNeedsRecovery, "needs-recovery"},
     {LibraryFindingKind::kDamagedFile, "damaged-file"},
     {LibraryFindingKind::kNoLibrary, "no-library"},
@@ -41,6 +41,9 @@ constexpr std::array<KindName, 14> kKindNames{{
     {LibraryFindingKind::kGalleryIdTwice, "gallery-id-twice"},
     {LibraryFindingKind::kBadGuid, "bad-guid"},
     {LibraryFindingKind::kBadRowNumber, "bad-row-number"},
+    {LibraryFindingKind::kLinkWithoutTag, "link-without-tag"},
+    {LibraryFindingKind::kLinkWithoutItem, "link-without-item"},
+    {LibraryFindingKind::kTagWithoutCategory, "tag-without-category"},
     {LibraryFindingKind::kWriteAheadLog, "write-ahead-log"},
 }};
 
@@ -134,6 +137,7 @@ private:
         Apply(check::kGalleryIdTwice);
         for (const check::GuidColumn& guids : check::kGuidColumns) CheckGuids(guids);
         for (const check::Rule& rule : check::kRowNumberRules) Apply(rule);
+        for (const check::Rule& rule : check::kTagRules) Apply(rule);
     }
 
     // Inside a handler. Only what lies in the file itself is damage; anything else ends the examination.

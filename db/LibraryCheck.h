@@ -21,6 +21,9 @@ enum class LibraryFindingKind {
     kGalleryIdTwice,
     kBadGuid,
     kBadRowNumber,
+    kLinkWithoutTag,
+    kLinkWithoutItem,
+    kTagWithoutCategory,
     kWriteAheadLog,
 };
 
