@@ -25,7 +25,8 @@ namespace {
 CString NameInGallery(const CPresetItemTag& preset, const CQFolder& gallery) {
     if (gallery.GetFolderID() != qfc::kGalleryArStickers) return preset.m_strItemName;
     const CString strDisplayName(qfc::ReadProfileText(qfc::AnsiToUtf8(preset.m_strItemName.GetString()), "displayname",
-                                                      "", qfc::ArFilterFilePath().GetString()));
+                                                      "", qfc::ArFilterFilePath().GetString(),
+                                                      qfc::ProfileTexts::Utf8));
     return strDisplayName.IsEmpty() ? preset.m_strItemName : CDBStringHelper::UTF_82ASCII(strDisplayName);
 }
 

@@ -234,6 +234,14 @@ TEST_F(PresetTags, NamesOfStickers_AreUtf8InTheirFile) {
     EXPECT_EQ(TagsGiven("\xD6l", "umlaut.ar", hStickers), "2 ");
 }
 
+// In the code page the last byte of the name would take the bracket, or the line's end, for its second one.
+TEST_F(PresetTags, TheFileOfStickers_IsNotReadInTheCodePage) {
+    ASSERT_TRUE(qfc::SetAnsiCodePage("CP932"));
+    WriteData("ARFilter.ini", "[\xE3\x83\x9D]\ndisplayname=\xE3\x83\x9D\xE3\x83\x9D\n");  // Katakana PO
+    Preset(Section("\x83\x7C", "po.ar", "String@Beach"));
+    EXPECT_EQ(TagsGiven("\x83\x7C\x83\x7C", "po.ar", MakeGallery(kArStickers)), "1 ");
+}
+
 // --- Two-byte characters --------------------------------------------------------------------------------------------
 
 TEST_F(PresetTags, TrailBytesThatLookLikeSeparators_AreNone) {
