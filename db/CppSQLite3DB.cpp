@@ -60,6 +60,18 @@ std::optional<std::u16string> WidePath(const char* szFile) {
     return wide;
 }
 
+// Whether SQLite's file system can name the file and the journal beside it. It counts bytes of UTF-8, not units, and it
+// counts them with the folders before a relative path, and links resolved.
+bool FitsTheFileSystem(const std::string& strNative) {
+    constexpr std::size_t kJournalSuffix = std::string_view("-journal").size();
+    sqlite3_vfs* pVfs = sqlite3_vfs_find(nullptr);
+    if (pVfs == nullptr) return false;
+    std::string strFull(static_cast<std::size_t>(pVfs->mxPathname) + 1, '\0');
+    const int nResult = pVfs->xFullPathname(pVfs, strNative.c_str(), static_cast<int>(strFull.size()), strFull.data());
+    const std::size_t nLength = std::string_view(strFull.c_str()).size();
+    return (nResult & 0xFF) == SQLITE_OK && nLength + kJournalSuffix < strFull.size();
+}
+
 struct CloseHandle {
     void operator()(sqlite3* pDB) const { sqlite3_close(pDB); }
 };
@@ -105,7 +117,9 @@ void CppSQLite3DB::open(const char* szFile) {
     FinishOpen(sqlite3_open16(FileName(*wide).c_str(), &m_pDB));
 }
 
-bool CppSQLite3DB::takesPath(const char* szFile) { return WidePath(szFile).has_value(); }
+bool CppSQLite3DB::takesPath(const char* szFile) {
+    return WidePath(szFile).has_value() && FitsTheFileSystem(FileName(qfc::NativePath(szFile)));
+}
 
 void CppSQLite3DB::openReadOnly(const char* szFile) {
     close();
