@@ -162,6 +162,30 @@ TEST_F(LibraryCheckTest, GuidsOfAWrongLengthOrType) {
          {Kind::kBadGuid, "TAG_ITEM_RELATION_TABLE"}});
 }
 
+TEST_F(LibraryCheckTest, LinkWithoutTag) {
+    ExpectFindings("INSERT INTO TAG_ITEM_RELATION_TABLE SELECT ITEM_ID, zeroblob(16) FROM ITEM_TABLE LIMIT 1",
+                   {{Kind::kLinkWithoutTag, qfc::GuidToText(GUID_NULL)}});
+}
+
+TEST_F(LibraryCheckTest, LinkWithoutItem) {
+    ExpectFindings(
+        "INSERT INTO LIB_TAG_CATEGORY_TABLE(CATEGORY_GUID) VALUES(x'00112233445566778899AABBCCDDEEFF');"
+        "INSERT INTO LIB_TAG_TABLE(TAG_GUID, CATEGORY_GUID) VALUES(zeroblob(16), x'00112233445566778899AABBCCDDEEFF');"
+        "INSERT INTO TAG_ITEM_RELATION_TABLE VALUES(x'FFEEDDCCBBAA99887766554433221100', zeroblob(16))",
+        {{Kind::kLinkWithoutItem, "CCDDEEFF-AABB-8899-7766-554433221100"}});
+}
+
+TEST_F(LibraryCheckTest, TagWithoutCategory) {
+    ExpectFindings("INSERT INTO LIB_TAG_TABLE(TAG_GUID, CATEGORY_GUID) VALUES(zeroblob(16), zeroblob(16))",
+                   {{Kind::kTagWithoutCategory, qfc::GuidToText(GUID_NULL)}});
+}
+
+TEST_F(LibraryCheckTest, TagTablesWithoutTheirColumnsAreDamage) {
+    ExpectFindings(
+        "CREATE TABLE OTHER AS SELECT 1 AS N; DROP TABLE LIB_TAG_TABLE; ALTER TABLE OTHER RENAME TO LIB_TAG_TABLE",
+        {{Kind::kDamagedFile, "LIB_TAG_TABLE"}});
+}
+
 TEST_F(LibraryCheckTest, ItemWithoutAGuid) {
     ExpectFindings("INSERT INTO ITEM_TABLE(ITEM_NAME, ITEM_ID) VALUES('nobody', NULL)",
                    {{Kind::kItemWithoutFolder, "NULL"}, {Kind::kBadGuid, "ITEM_TABLE"}});
