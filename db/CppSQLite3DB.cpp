@@ -14,6 +14,7 @@
 #include <utility>
 
 static_assert(qfc::sqlite::kError == SQLITE_ERROR && qfc::sqlite::kCorrupt == SQLITE_CORRUPT);
+static_assert(qfc::sqlite::kIoError == SQLITE_IOERR);
 static_assert(qfc::sqlite::kOk == SQLITE_OK && qfc::sqlite::kNoMem == SQLITE_NOMEM);
 static_assert(qfc::sqlite::kReadOnly == SQLITE_READONLY && qfc::sqlite::kCantOpen == SQLITE_CANTOPEN);
 static_assert(qfc::sqlite::kSchema == SQLITE_SCHEMA && qfc::sqlite::kMisuse == SQLITE_MISUSE);

@@ -91,19 +91,22 @@ inline constexpr std::array<Rule, 3> kTagRules{{
     {LibraryFindingKind::kLinkWithoutTag,
      {"TAG_ITEM_RELATION_TABLE", "LIB_TAG_TABLE"},
      "select TAG_ITEM_RELATION_TABLE.TAGS_GUID, TAG_ITEM_RELATION_TABLE.ITEM_GUID from TAG_ITEM_RELATION_TABLE"
-     " where length(TAG_ITEM_RELATION_TABLE.TAGS_GUID) = 16 and TAG_ITEM_RELATION_TABLE.TAGS_GUID not in"
+     " where typeof(TAG_ITEM_RELATION_TABLE.TAGS_GUID) = 'blob' and length(TAG_ITEM_RELATION_TABLE.TAGS_GUID) = 16"
+     " and TAG_ITEM_RELATION_TABLE.TAGS_GUID not in"
      " (select LIB_TAG_TABLE.TAG_GUID from LIB_TAG_TABLE where LIB_TAG_TABLE.TAG_GUID is not null)",
      "The item {1} carries the tag {0}, which has no row."},
     {LibraryFindingKind::kLinkWithoutItem,
      {"TAG_ITEM_RELATION_TABLE", "ITEM_TABLE"},
      "select TAG_ITEM_RELATION_TABLE.ITEM_GUID, TAG_ITEM_RELATION_TABLE.TAGS_GUID from TAG_ITEM_RELATION_TABLE"
-     " where length(TAG_ITEM_RELATION_TABLE.ITEM_GUID) = 16 and TAG_ITEM_RELATION_TABLE.ITEM_GUID not in"
+     " where typeof(TAG_ITEM_RELATION_TABLE.ITEM_GUID) = 'blob' and length(TAG_ITEM_RELATION_TABLE.ITEM_GUID) = 16"
+     " and TAG_ITEM_RELATION_TABLE.ITEM_GUID not in"
      " (select ITEM_TABLE.ITEM_ID from ITEM_TABLE where ITEM_TABLE.ITEM_ID is not null)",
      "The tag {1} is on the item {0}, which has no row."},
     {LibraryFindingKind::kTagWithoutCategory,
      {"LIB_TAG_TABLE", "LIB_TAG_CATEGORY_TABLE"},
      "select LIB_TAG_TABLE.TAG_GUID, LIB_TAG_TABLE.TAG_NAME from LIB_TAG_TABLE"
-     " where length(LIB_TAG_TABLE.CATEGORY_GUID) = 16 and LIB_TAG_TABLE.CATEGORY_GUID not in"
+     " where typeof(LIB_TAG_TABLE.CATEGORY_GUID) = 'blob' and length(LIB_TAG_TABLE.CATEGORY_GUID) = 16"
+     " and LIB_TAG_TABLE.CATEGORY_GUID not in"
      " (select LIB_TAG_CATEGORY_TABLE.CATEGORY_GUID from LIB_TAG_CATEGORY_TABLE"
      " where LIB_TAG_CATEGORY_TABLE.CATEGORY_GUID is not null)",
      "The tag {0} (\"{1}\") has no category; nobody sees it."},
