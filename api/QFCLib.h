@@ -7,6 +7,7 @@
 #include "api/FolderNameApi.h"
 #include "api/GalleryApi.h"
 #include "api/names/StringTables.h"
+#include "api/names/TranslationFile.h"
 #include "db/CppSQLite3.h"
 #include "db/DBTools.h"
 #include "db/EffectRecords.h"

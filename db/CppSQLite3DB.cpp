@@ -14,6 +14,7 @@
 #include <utility>
 
 static_assert(qfc::sqlite::kError == SQLITE_ERROR && qfc::sqlite::kCorrupt == SQLITE_CORRUPT);
+static_assert(qfc::sqlite::kIoError == SQLITE_IOERR);
 static_assert(qfc::sqlite::kOk == SQLITE_OK && qfc::sqlite::kNoMem == SQLITE_NOMEM);
 static_assert(qfc::sqlite::kReadOnly == SQLITE_READONLY && qfc::sqlite::kCantOpen == SQLITE_CANTOPEN);
 static_assert(qfc::sqlite::kSchema == SQLITE_SCHEMA && qfc::sqlite::kMisuse == SQLITE_MISUSE);
@@ -58,6 +59,18 @@ std::optional<std::u16string> WidePath(const char* szFile) {
     auto wide = Utf16Name(qfc::NativePath(szFile));
     if (wide && (wide->empty() || wide->size() >= kPathUnits)) wide.reset();
     return wide;
+}
+
+// Whether SQLite's file system can name the file and the journal beside it. It counts bytes of UTF-8, not units, and it
+// counts them with the folders before a relative path, and links resolved.
+bool FitsTheFileSystem(const std::string& strNative) {
+    constexpr std::size_t kJournalSuffix = std::string_view("-journal").size();
+    sqlite3_vfs* pVfs = sqlite3_vfs_find(nullptr);
+    if (pVfs == nullptr) return false;
+    std::string strFull(static_cast<std::size_t>(pVfs->mxPathname) + 1, '\0');
+    const int nResult = pVfs->xFullPathname(pVfs, strNative.c_str(), static_cast<int>(strFull.size()), strFull.data());
+    const std::size_t nLength = std::string_view(strFull.c_str()).size();
+    return (nResult & 0xFF) == SQLITE_OK && nLength + kJournalSuffix < strFull.size();
 }
 
 struct CloseHandle {
@@ -105,7 +118,9 @@ void CppSQLite3DB::open(const char* szFile) {
     FinishOpen(sqlite3_open16(FileName(*wide).c_str(), &m_pDB));
 }
 
-bool CppSQLite3DB::takesPath(const char* szFile) { return WidePath(szFile).has_value(); }
+bool CppSQLite3DB::takesPath(const char* szFile) {
+    return WidePath(szFile).has_value() && FitsTheFileSystem(FileName(qfc::NativePath(szFile)));
+}
 
 void CppSQLite3DB::openReadOnly(const char* szFile) {
     close();

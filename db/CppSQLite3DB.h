@@ -19,9 +19,10 @@ public:
 
     // Opens or creates. The path is in the ANSI code page; both separators work. A new file keeps its texts as UTF-16,
     // because it is opened by its wide path. A path of more than 260 units, or one whose bytes form no text, fails with
-    // code 14. After a failure the connection is closed.
+    // code 14, and so does, wherever a database is named, one of more bytes than SQLite's file system takes: 504 in
+    // UTF-8, made absolute and with links resolved. After a failure the connection is closed.
     void open(const char* szFile);
-    // Whether open would take the path, as far as the path alone decides.
+    // Whether open would take the path, as far as the path and the folders on it decide.
     static bool takesPath(const char* szFile);
     // Opens an existing file and never writes to it, not even to recover it.
     void openReadOnly(const char* szFile);

@@ -4,6 +4,7 @@
 #include "db/Statements.h"
 #include "platform/os/Files.h"
 
+#include <algorithm>
 #include <new>
 
 DBToolsInternal::DBToolsInternal(const CString& path, bool& ok) {
@@ -25,7 +26,8 @@ bool DBToolsInternal::ExportDatabase(const CString& targetPath) {
 }
 
 bool DBToolsInternal::ClearDatabase() {
-    return Attempt([&] { qfc::schema::Clear(Connection()); });
+    return std::all_of(qfc::schema::kClear.begin(), qfc::schema::kClear.end(),
+                       [&](const char* drop) { return Run(drop); });
 }
 
 int DBToolsInternal::AddFolderOrderIndexColumn() {

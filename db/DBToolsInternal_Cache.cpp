@@ -1,3 +1,4 @@
+#include "db/Cells.h"
 #include "db/Columns.h"
 #include "db/DBToolsInternal.h"
 #include "db/Sql.h"
@@ -37,9 +38,7 @@ bool DBToolsInternal::QueryCacheSizes(int nKind, std::vector<qfc::PayloadSize>& 
         std::vector<qfc::PayloadSize> found;
         CppSQLite3Query query = qfc::statement::Compile(Connection(), sql::kQueryCacheSizes, nKind).execQuery();
         for (; !query.eof(); query.nextRow()) {
-            int nLength = 0;
-            const unsigned char* pId = query.getBlobField(column::kItemId, nLength);
-            const auto guid = qfc::GuidFromBytes(pId, static_cast<std::size_t>(nLength));
+            const auto guid = qfc::cell::Guid(query, query.fieldIndex(column::kItemId));
             if (guid) found.push_back({*guid, query.getIntField(column::kCompressedSize)});
         }
         sizes = std::move(found);

@@ -1,3 +1,4 @@
+#include "db/Cells.h"
 #include "db/Columns.h"
 #include "db/DBToolsInternal.h"
 #include "db/Sql.h"
@@ -16,14 +17,13 @@ namespace column = qfc::column;
 
 namespace {
 
+// A column that is missing is an error here, not a default.
 std::optional<GUID> ReadGuid(const CppSQLite3Query& query, const char* column) {
-    int length = 0;
-    const unsigned char* bytes = query.getBlobField(column, length);
-    return qfc::GuidFromBytes(bytes, length > 0 ? static_cast<std::size_t>(length) : 0);
+    return qfc::cell::Guid(query, query.fieldIndex(column));
 }
 
 CString ReadName(const CppSQLite3Query& query, const char* column) {
-    return CDBStringHelper::UTF_82ASCII(query.getStringField(column));
+    return qfc::cell::NameText(query, query.fieldIndex(column), "");
 }
 
 // The stored size of the picture is never believed: the bytes that are there tell it.

@@ -27,7 +27,7 @@ struct KindName {
     const char* name;
 };
 
-constexpr std::array<KindName, 14> kKindNames{{
+constexpr std::array<KindName, 17> kKindNames{{
     {LibraryFindingKind::kNeedsRecovery, "needs-recovery"},
     {LibraryFindingKind::kDamagedFile, "damaged-file"},
     {LibraryFindingKind::kNoLibrary, "no-library"},
@@ -41,6 +41,9 @@ constexpr std::array<KindName, 14> kKindNames{{
     {LibraryFindingKind::kGalleryIdTwice, "gallery-id-twice"},
     {LibraryFindingKind::kBadGuid, "bad-guid"},
     {LibraryFindingKind::kBadRowNumber, "bad-row-number"},
+    {LibraryFindingKind::kLinkWithoutTag, "link-without-tag"},
+    {LibraryFindingKind::kLinkWithoutItem, "link-without-item"},
+    {LibraryFindingKind::kTagWithoutCategory, "tag-without-category"},
     {LibraryFindingKind::kWriteAheadLog, "write-ahead-log"},
 }};
 
@@ -63,14 +66,19 @@ bool IsReadable(const StoredPayload& row) {
 
 bool IsDamage(int code) { return code == sqlite::kCorrupt || code == sqlite::kNotADatabase || code == sqlite::kError; }
 
-// SQLite's check says of a page that it could not read, with the code, in the same way as of one that is damaged.
+// SQLite's check says of a page that it could not read, with the code, in the same way as of one that is damaged. One
+// answer has many lines.
 void ThrowIfUnread(std::string_view answer) {
     constexpr std::string_view kCode = "error code=";
-    const auto found = answer.find(kCode);
-    if (found == std::string_view::npos) return;
-    // The low byte is the plain code; the text ends with a NUL.
-    const int code = std::atoi(answer.data() + found + kCode.size()) & 0xFF;
-    if (!IsDamage(code)) throw CppSQLite3Exception(code, answer.data());
+    for (auto found = answer.find(kCode); found != std::string_view::npos; found = answer.find(kCode, found + 1)) {
+        // The low byte is the plain code; the text ends with a NUL.
+        const int code = std::atoi(answer.data() + found + kCode.size()) & 0xFF;
+        if (!IsDamage(code)) throw CppSQLite3Exception(code, answer.data());
+    }
+    // The pages of a chain are named without a code. That they lie in the file was looked at before.
+    if (answer.find("failed to get page") != std::string_view::npos) {
+        throw CppSQLite3Exception(sqlite::kIoError, answer.data());
+    }
 }
 
 // One run over one library. Everything is read through a read-only connection.
@@ -134,6 +142,7 @@ private:
         Apply(check::kGalleryIdTwice);
         for (const check::GuidColumn& guids : check::kGuidColumns) CheckGuids(guids);
         for (const check::Rule& rule : check::kRowNumberRules) Apply(rule);
+        for (const check::Rule& rule : check::kTagRules) Apply(rule);
     }
 
     // Inside a handler. Only what lies in the file itself is damage; anything else ends the examination.

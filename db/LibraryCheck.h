@@ -21,6 +21,9 @@ enum class LibraryFindingKind {
     kGalleryIdTwice,
     kBadGuid,
     kBadRowNumber,
+    kLinkWithoutTag,
+    kLinkWithoutItem,
+    kTagWithoutCategory,
     kWriteAheadLog,
 };
 
@@ -39,7 +42,8 @@ struct LibraryFinding {
 // the tables say about each other. Nothing is appended for a sound library; findings come grouped in the order of their
 // kinds; a table that cannot be read to its end is named once, where that is met first. Two findings come alone: that a
 // crash left the file unfinished (the next start of the library recovers it), and that another tool made it write ahead
-// to a log (to look at such a file would leave the log's files beside it). 1: examined. 0, and nothing appended: no
-// file at the path (ANSI code page), no database, busy with a writer for longer than a reader waits, not readable, or
-// no memory. Any thread.
+// to a log (to look at such a file would leave the log's files beside it). Links without item and tags without category
+// are no damage: removing a tagged item, clearing a library and deleting a category leave them. 1: examined. 0, and
+// nothing appended: no file at the path (ANSI code page), no database, busy with a writer for longer than a reader
+// waits, not readable, or no memory. Any thread.
 QFCLIB_API int fnCheckLibrary(const char* path, std::vector<qfc::LibraryFinding>& findings);

@@ -85,6 +85,33 @@ inline constexpr std::array<Rule, 5> kRowNumberRules{{
      "The item {0} is placed in what is no folder number: {1}."},
 }};
 
+// What a tag that was deleted on the way, or an item that went with its tags, leaves behind. Rows without a usable GUID
+// are reported as such, and not here again.
+inline constexpr std::array<Rule, 3> kTagRules{{
+    {LibraryFindingKind::kLinkWithoutTag,
+     {"TAG_ITEM_RELATION_TABLE", "LIB_TAG_TABLE"},
+     "select TAG_ITEM_RELATION_TABLE.TAGS_GUID, TAG_ITEM_RELATION_TABLE.ITEM_GUID from TAG_ITEM_RELATION_TABLE"
+     " where typeof(TAG_ITEM_RELATION_TABLE.TAGS_GUID) = 'blob' and length(TAG_ITEM_RELATION_TABLE.TAGS_GUID) = 16"
+     " and TAG_ITEM_RELATION_TABLE.TAGS_GUID not in"
+     " (select LIB_TAG_TABLE.TAG_GUID from LIB_TAG_TABLE where LIB_TAG_TABLE.TAG_GUID is not null)",
+     "The item {1} carries the tag {0}, which has no row."},
+    {LibraryFindingKind::kLinkWithoutItem,
+     {"TAG_ITEM_RELATION_TABLE", "ITEM_TABLE"},
+     "select TAG_ITEM_RELATION_TABLE.ITEM_GUID, TAG_ITEM_RELATION_TABLE.TAGS_GUID from TAG_ITEM_RELATION_TABLE"
+     " where typeof(TAG_ITEM_RELATION_TABLE.ITEM_GUID) = 'blob' and length(TAG_ITEM_RELATION_TABLE.ITEM_GUID) = 16"
+     " and TAG_ITEM_RELATION_TABLE.ITEM_GUID not in"
+     " (select ITEM_TABLE.ITEM_ID from ITEM_TABLE where ITEM_TABLE.ITEM_ID is not null)",
+     "The tag {1} is on the item {0}, which has no row."},
+    {LibraryFindingKind::kTagWithoutCategory,
+     {"LIB_TAG_TABLE", "LIB_TAG_CATEGORY_TABLE"},
+     "select LIB_TAG_TABLE.TAG_GUID, LIB_TAG_TABLE.TAG_NAME from LIB_TAG_TABLE"
+     " where typeof(LIB_TAG_TABLE.CATEGORY_GUID) = 'blob' and length(LIB_TAG_TABLE.CATEGORY_GUID) = 16"
+     " and LIB_TAG_TABLE.CATEGORY_GUID not in"
+     " (select LIB_TAG_CATEGORY_TABLE.CATEGORY_GUID from LIB_TAG_CATEGORY_TABLE"
+     " where LIB_TAG_CATEGORY_TABLE.CATEGORY_GUID is not null)",
+     "The tag {0} (\"{1}\") has no category; nobody sees it."},
+}};
+
 // Columns that hold GUIDs are untyped. Each text selects the row's number and the value that is no GUID.
 struct GuidColumn {
     const char* table;
@@ -124,11 +151,14 @@ struct TableScan {
     const char* sql;
 };
 
-inline constexpr std::array<TableScan, 4> kTableScans{{
+inline constexpr std::array<TableScan, 7> kTableScans{{
     {"FOLDER_TABLE", "select ID, PARENT_ID, FOLDER_NAME from FOLDER_TABLE"},
     {"ITEM_TABLE", "select ITEM_ID, ITEM_NAME from ITEM_TABLE"},
     {"CACHE_DATA_TABLE", "select ITEM_ID, CACHE_DATA_TYPE from CACHE_DATA_TABLE"},
     {"RELATION_TABLE", "select ITEM_ID, PARENT_ID from RELATION_TABLE"},
+    {"TAG_ITEM_RELATION_TABLE", "select ITEM_GUID, TAGS_GUID from TAG_ITEM_RELATION_TABLE"},
+    {"LIB_TAG_TABLE", "select TAG_GUID, CATEGORY_GUID, TAG_NAME from LIB_TAG_TABLE"},
+    {"LIB_TAG_CATEGORY_TABLE", "select CATEGORY_GUID from LIB_TAG_CATEGORY_TABLE"},
 }};
 
 inline constexpr char kTableNames[] = "select name from sqlite_master where type = 'table'";

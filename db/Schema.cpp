@@ -34,10 +34,6 @@ void Ensure(CppSQLite3DB& db) {
     for (const Table& table : kTables) EnsureTable(db, table);
 }
 
-void Clear(CppSQLite3DB& db) {
-    for (const char* drop : kClear) db.compileStatement(drop).execDML();
-}
-
 void AddFolderOrderIndex(CppSQLite3DB& db) {
     CppSQLite3Query column = db.execQuery(kQueryOrderIndex);
     if (!column.eof()) return;

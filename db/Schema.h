@@ -50,7 +50,7 @@ inline constexpr std::array<Table, 13> kTables{{
      "CREATE TABLE TAG_ITEM_RELATION_TABLE( ITEM_GUID BLOB, TAGS_GUID BLOB, PRIMARY KEY(ITEM_GUID, TAGS_GUID));"},
 }};
 
-// One statement each, in this order.
+// What drops a library's tables, in this order; Ensure makes them again on the next connection.
 // Kept: the three tag tables are not among them, so that a user's tags survive a clear.
 inline constexpr std::array<const char*, 10> kClear{
     "DROP TABLE IF EXISTS CACHE_DATA_TABLE;", "DROP TABLE IF EXISTS DEL_TABLE;",
@@ -62,9 +62,6 @@ inline constexpr std::array<const char*, 10> kClear{
 
 // Makes the tables that are missing. A table that exists is never altered, whatever its columns.
 void Ensure(CppSQLite3DB& db);
-
-// Drops the tables of kClear; Ensure makes them again on the next connection.
-void Clear(CppSQLite3DB& db);
 
 // Gives the folder table of a file from before folders had an order its column, with default -1; once it is there
 // nothing is done.

@@ -8,6 +8,7 @@ inline constexpr int kOk = 0;
 inline constexpr int kError = 1;
 inline constexpr int kNoMem = 7;
 inline constexpr int kReadOnly = 8;
+inline constexpr int kIoError = 10;
 inline constexpr int kCorrupt = 11;
 inline constexpr int kCantOpen = 14;
 inline constexpr int kSchema = 17;

@@ -27,8 +27,9 @@ CQFolder::CQFolder(const CQFolder& source) : CObject(), CQFolderCtrl() { *this =
 
 // taken                                           left as they are
 // parent, row number, DBTools                     file path, storage number, both counters
-// name, adopt, trusty, extra, expand status       subject, description, translated name
+// name, adopt, trusty, extra, expand status       subject, description
 // storages, writable; CQFolderCtrl's part         string id, index
+// What was found for the old name is forgotten.
 CQFolder& CQFolder::operator=(const CQFolder& source) {
     if (this == &source) return *this;
     if (source.IsSubfolderOf(this)) {
@@ -41,6 +42,7 @@ CQFolder& CQFolder::operator=(const CQFolder& source) {
     m_bCleared = false;  // It is another folder now.
     m_pParent = source.m_pParent;
     m_strFolderName = source.m_strFolderName;
+    m_strTranslateName.Empty();
     m_dwAdopt = source.m_dwAdopt;
     m_dwTrusty = source.m_dwTrusty;
     m_dwExtra = source.m_dwExtra;

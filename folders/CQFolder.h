@@ -190,6 +190,7 @@ public:
     int Sorting(int* pKeys, int nKeyCount, int nFirst, int nLast);
 
     // --- Database; each call of the DBTools is a transaction of its own ---------------------------------------------
+    // Once for a tree: what is there already is loaded beside it a second time.
     int LoadTreeFromDb();
     int LoadFolderFromDb();
     int LoadSubFoldersFromDb();

@@ -62,6 +62,7 @@ bool FolderLoad::TakeRow(CQFolder& folder, FolderRows& rows) {
     if (!row) return false;
     folder.m_strVersion = row->version;
     folder.m_dwFolderID = static_cast<DWORD>(row->predefinedId);
+    if (folder.m_strFolderName != row->name) folder.m_strTranslateName.Empty();
     folder.m_strFolderName = row->name;
     folder.m_dwAdopt = static_cast<DWORD>(row->adoptType);
     folder.m_dwTrusty = static_cast<DWORD>(row->trustyType);
@@ -131,7 +132,6 @@ int CQFolder::LoadFolderFromDb() {
 
 int CQFolder::LoadSubFoldersFromDb() { return qfc::FolderLoad(*this).Run(); }
 
-// Kept: 0 in every case.
 int CQFolder::LoadSubItemsFromDb() {
     if (m_pDBTools != nullptr) qfc::FolderLoad::TakeItems(*this, *qfc::RowByRow(*m_pDBTools));
     return 0;

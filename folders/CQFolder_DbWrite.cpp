@@ -107,7 +107,7 @@ int CQFolder::DeleteFolderFromDb() {
 int CQFolder::DeleteFolderFromDb(int nRowId) {
     FolderList* list = GetFolderList();
     if (list == nullptr || list->IsEmpty()) return 0;
-    // Kept: without a match the last sub-folder is taken, and the row of the asked number deleted all the same.
+    // Without a match the last one is taken, and the row of the asked number deleted all the same.
     CQFolder* taken = list->GetTail();
     for (CQFolder* child : *list) {
         if (child != nullptr && child->m_nDBId == nRowId) {

@@ -23,6 +23,7 @@ CString CQFolder::GetNameFormImportFolder(CString strList) {
     return last;
 }
 
+// Kept: found once it stays, also under a name that was given through GetFolderName().
 CString& CQFolder::GetTranslateFolderName() {
     if (!m_strTranslateName.IsEmpty() || !qfc::IsTranslationOn()) return m_strTranslateName;
     if (qfc::IsTranslationCollected()) {

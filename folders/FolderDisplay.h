@@ -21,8 +21,9 @@ CString DisplayPathBelow(CQFolder* parent, const CString& name, HINSTANCE module
 // The encoded name of a new folder shown as `name` in `parent`; empty for a null parent.
 CString EncodedNameBelow(CQFolder* parent, const CString& name);
 
-// The stored path of a shown one in the open gallery shown as `galleryName`. From the first part on that no folder is
-// shown as, and without such a gallery, the names are encoded ones.
+// The stored path of a shown one in an open gallery shown as `galleryName`. Of folders that are shown alike the first
+// one counts that leads farthest. From the first part on that no folder is shown as, and without such a gallery, the
+// names are encoded ones. Empty parts count where folders are shown so, nowhere else.
 CString StoredPathOf(const CString& galleryName, const CString& displayPath);
 
 }  // namespace qfc

@@ -143,7 +143,8 @@ public:
     // gallery's id, under which CLibTagsMgr files categories and tags.
     static int fnCreateDefaultTag();  // The store then holds the default tags alone; stored ones stay stored.
     static int fnLoadLibTag();        // Appends to the store: once a process.
-    static int fnUpdateTagCategory(DWORD dwKey, const std::vector<CTagCategory> categories);  // With the tags in them.
+    // With the tags in them. Zero as a tag's category means the one that it is in.
+    static int fnUpdateTagCategory(DWORD dwKey, const std::vector<CTagCategory> categories);
     static int fnDeleteTagCategory(DWORD dwKey, const std::vector<CTagCategory> categories);  // Their tags stay stored.
     static int fnUpdateTag(DWORD dwKey, const std::list<CLibTag> tags);
     // Deleted and merged tags leave database and store; items in memory keep them until RemoveLibTag.

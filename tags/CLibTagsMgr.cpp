@@ -78,6 +78,16 @@ int CLibTagsMgr::GetCurrentGalFaceCategory(const DWORD& dwGallery, CTagCategory&
     return 1;
 }
 
+int CLibTagsMgr::GetTagByGuid(const GUID& guid, CLibTag& tag) const {
+    for (const auto& [dwGallery, categories] : m_galleries) {
+        const CLibTag* pFound = FindTag(dwGallery, [&](const CLibTag& each) { return each.m_guid == guid; });
+        if (pFound == nullptr) continue;
+        tag = *pFound;
+        return 1;
+    }
+    return 0;
+}
+
 int CLibTagsMgr::GetTagByName(DWORD dwGallery, const CString& strName, CLibTag& tag) const {
     const CLibTag* pFound =
         FindTag(dwGallery, [&](const CLibTag& each) { return each.m_strName.CompareNoCase(strName) == 0; });

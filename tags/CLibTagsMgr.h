@@ -11,8 +11,9 @@
 #include <vector>
 
 namespace qfc {
+class TagFilesRollback;
 class TagStorePeer;  // The private side, for tests.
-}
+}  // namespace qfc
 
 // The one store of all tag categories and tags of all galleries in memory, and of what the files of default and preset
 // tags say. It never touches the database: whoever changes tags writes them first, through the service's operations.
@@ -29,8 +30,9 @@ public:
     CLibTagsMgr(const CLibTagsMgr&) = delete;
     CLibTagsMgr& operator=(const CLibTagsMgr&) = delete;
 
-    // Reads. All hand out copies, which share the pictures; lists are appended to, and the numbers count what was
-    // appended. An unknown gallery gets an empty entry by being asked for here, and by nothing else.
+    // Reads. What is asked of tags and categories is handed out in copies, which share the pictures; lists are appended
+    // to, and the numbers count what was appended. An unknown gallery gets an empty entry by being asked for here, and
+    // by nothing else.
     std::vector<CTagCategory> GetTagsData(const DWORD& dwGallery);
     // Whether no gallery has an entry, an empty one included.
     bool IsEmpty() const;
@@ -43,14 +45,17 @@ public:
     int GetCurrentGalFaceCategory(const DWORD& dwGallery, CTagCategory& category) const;
     // In whatever case the name is written.
     int GetTagByName(DWORD dwGallery, const CString& strName, CLibTag& tag) const;
+    // The first tag of that GUID, in whatever gallery.
+    int GetTagByGuid(const GUID& guid, CLibTag& tag) const;
     bool IsTagCategoryExisted(const DWORD& dwGallery, const GUID& category) const;
     bool IsTagExisted(const DWORD& dwGallery, const GUID& tag) const;
-    // Valid until presets are read again.
+    // The store's own, valid until the files are read again.
     const std::list<CPresetItemTag>& GetPresetTagData() const { return m_presets; }
     const CategoryTemplate& GetCategoryTemplate() const { return m_categoryTemplate; }
 
     // Updates. Those with a result always answer 1.
-    // Appends each category to its own gallery, whether or not it is there already.
+    // Appends each category to its own gallery, whether or not it is there already. All of them or, when memory runs
+    // out (std::bad_alloc), none.
     void AddTag(const std::vector<CTagCategory>& categories);
     // Replaces the categories of the same GUID whole, their tags included; appends those that are new.
     int UpdateCategory(DWORD dwGallery, const std::vector<CTagCategory>& categories);
@@ -62,6 +67,7 @@ public:
     // Kept: without the mutex, unlike the other updates.
     void SetTagsToDefault(std::map<DWORD, std::vector<CTagCategory>>& data);
 
+    // What these read of files they take whole or, when memory runs out (std::bad_alloc), not at all.
     // Reads the category names of "Default_Libtag.ini", which lies with the host's data: replaces the entries of the
     // galleries 1 to 16.
     // Kept: 7 has no gallery and gets none.
@@ -79,6 +85,7 @@ public:
     static CString GetInifileSectionByLibID(int nGalleryId);
 
 private:
+    friend class qfc::TagFilesRollback;
     friend class qfc::TagStorePeer;
     using Galleries = std::map<DWORD, std::vector<CTagCategory>>;
 

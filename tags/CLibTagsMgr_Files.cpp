@@ -1,12 +1,15 @@
 #include "platform/os/IniFile.h"
+#include "platform/os/LastError.h"
 #include "platform/text/AnsiText.h"
 #include "tags/CLibTagsMgr.h"
 #include "tags/PredefinedGalleries.h"
 #include "tags/TagFiles.h"
+#include "tags/TagFilesRollback.h"
 #include "tags/TagWords.h"
 
 #include <algorithm>
 #include <array>
+#include <new>
 #include <string_view>
 
 // What the store reads of the files of default and preset tags. The sizes of the buffers are part of what is read: a
@@ -30,10 +33,20 @@ std::vector<std::string_view> EntriesOf(const char* pszBuffer, int nLength) {
     return entries;
 }
 
+// To the profile functions what does not fit into memory is not there; here it would pass for fewer tags.
+template <typename Read>
+int ReadOrThrow(const Read& read) {
+    SetLastError(0);
+    const auto nLength = static_cast<int>(read());
+    if (GetLastError() == ERROR_NOT_ENOUGH_MEMORY) throw std::bad_alloc();
+    return nLength;
+}
+
 int ReadSection(const char* pszSection, SectionBuffer& buffer, const CString& strFile) {
     buffer.fill('\0');
-    return static_cast<int>(
-        GetPrivateProfileSectionA(pszSection, buffer.data(), static_cast<DWORD>(buffer.size()), strFile));
+    return ReadOrThrow([&] {
+        return GetPrivateProfileSectionA(pszSection, buffer.data(), static_cast<DWORD>(buffer.size()), strFile);
+    });
 }
 
 // The value of an entry is what stands behind its last '='; an entry without one is all value.
@@ -54,6 +67,7 @@ std::list<CString> ReadTagList(std::string_view text) {
 CString CLibTagsMgr::GetInifileSectionByLibID(int nGalleryId) { return qfc::DefaultTagSection(nGalleryId); }
 
 void CLibTagsMgr::GenerateCategoryTemplate() {
+    qfc::TagFilesRollback read(*this);
     const CString strFile = qfc::DefaultTagFilePath();
     for (const qfc::PredefinedGallery& gallery : qfc::kPredefinedGalleries) {
         if (gallery.id == qfc::kGalleryWithoutName) continue;
@@ -64,6 +78,7 @@ void CLibTagsMgr::GenerateCategoryTemplate() {
         GetIniFileSectionContent(buffer.data(), nLength, keys);
         m_categoryTemplate[static_cast<DWORD>(gallery.id)] = {strSection.GetString(), std::move(keys)};
     }
+    read.Keep();
 }
 
 void CLibTagsMgr::GetIniFileSectionContent(const char* pszBuffer, int nLength, std::vector<std::string>& keys) {
@@ -78,14 +93,17 @@ void CLibTagsMgr::GetIniFileSectionContent(const char* pszBuffer, int nLength, s
 
 void CLibTagsMgr::GetPresetTagInifileSections(std::vector<std::string>& sections) {
     SectionNamesBuffer buffer{};
-    const DWORD dwLength =
-        GetPrivateProfileSectionNamesA(buffer.data(), static_cast<DWORD>(buffer.size()), qfc::PresetTagFilePath());
-    for (const std::string_view name : EntriesOf(buffer.data(), static_cast<int>(dwLength))) {
+    const int nLength = ReadOrThrow([&] {
+        return GetPrivateProfileSectionNamesA(buffer.data(), static_cast<DWORD>(buffer.size()),
+                                              qfc::PresetTagFilePath());
+    });
+    for (const std::string_view name : EntriesOf(buffer.data(), nLength)) {
         sections.emplace_back(name);
     }
 }
 
 void CLibTagsMgr::GeneratePresetTagData() {
+    qfc::TagFilesRollback read(*this);
     std::vector<std::string> sections;
     GetPresetTagInifileSections(sections);
     const CString strFile = qfc::PresetTagFilePath();
@@ -94,6 +112,7 @@ void CLibTagsMgr::GeneratePresetTagData() {
         const int nLength = ReadSection(section.c_str(), buffer, strFile);
         GetPresetTagIniFileContent(buffer.data(), nLength);
     }
+    read.Keep();
 }
 
 void CLibTagsMgr::GetPresetTagIniFileContent(const char* pszBuffer, int nLength) {

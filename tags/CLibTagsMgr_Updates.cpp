@@ -1,10 +1,14 @@
 #include "tags/CLibTagsMgr.h"
 
 #include <algorithm>
+#include <iterator>
+#include <type_traits>
 
 // The updates of the store.
 
 namespace {
+
+static_assert(std::is_nothrow_move_constructible_v<CTagCategory>);
 
 // Overwrites every record of the same GUID; whether there was one.
 template <typename Records, typename Record>
@@ -22,9 +26,17 @@ bool Replace(Records& records, const Record& record) {
 
 void CLibTagsMgr::AddTag(const std::vector<CTagCategory>& categories) {
     const std::lock_guard lock(m_mutex);
+    Galleries added;
     for (const CTagCategory& category : categories) {
-        m_galleries[static_cast<DWORD>(category.m_nGallery)].push_back(category);
+        added[static_cast<DWORD>(category.m_nGallery)].push_back(category);
     }
+    for (const auto& [dwGallery, appended] : added) {
+        const auto gallery = m_galleries.find(dwGallery);
+        if (gallery != m_galleries.end()) gallery->second.reserve(gallery->second.size() + appended.size());
+    }
+    // From here on nothing needs memory.
+    m_galleries.merge(added);
+    for (auto& [dwGallery, appended] : added) std::ranges::move(appended, std::back_inserter(m_galleries[dwGallery]));
 }
 
 int CLibTagsMgr::UpdateCategory(DWORD dwGallery, const std::vector<CTagCategory>& categories) {

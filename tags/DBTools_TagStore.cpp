@@ -3,10 +3,16 @@
 #include "db/DBTools.h"
 #include "tags/CLibTagsMgr.h"
 
+#include <new>
+
 bool DBTools::LoadTags(CLibTagsMgr& manager) {
     std::vector<CTagCategory> categories;
     if (!LoadTags(categories)) return false;
-    // Behind the guard: the store's mutex is never taken inside it.
-    if (!categories.empty()) manager.AddTag(categories);
-    return true;
+    try {
+        // Behind the guard: the store's mutex is never taken inside it.
+        if (!categories.empty()) manager.AddTag(categories);
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false;  // The store took none.
+    }
 }

@@ -7,6 +7,8 @@
 
 // The galleries every library may have: their ids, the names that select them, and the sections of the default tags
 // that belong to them. Constants; any thread.
+namespace qfc {
+
 enum PredefinedId : int {
     kGalleryMedia = 1,
     kGallerySounds = 2,
@@ -24,8 +26,6 @@ enum PredefinedId : int {
     kGallerySpeed = 15,
     kGalleryArStickers = 16,
 };
-
-namespace qfc {
 
 struct PredefinedGallery {
     int id;
@@ -70,3 +70,5 @@ inline const char* DefaultTagSection(int galleryId) {
 }
 
 }  // namespace qfc
+
+using qfc::PredefinedId;

@@ -1,25 +1,14 @@
 #include "tags/TagFiles.h"
 
 #include "api/names/PathRules.h"
-#include "platform/framework/Types.h"
 #include "platform/os/IniFile.h"
 #include "platform/os/Places.h"
-
-#include <string>
 
 namespace qfc {
 namespace {
 
 constexpr char kDefaultTags[] = "Default_Libtag.ini";
 constexpr char kPresetTags[] = "PresetItemTag.ini";
-
-CString InDataFolder(const char* name) {
-    static const std::string folder = HostFolder();
-    if (folder.size() >= MAX_PATH) return {};
-    CString path;
-    path.Format("%sOrvel.dat\\%s", folder.c_str(), name);
-    return path;
-}
 
 CString InCurrentFolder(const char* name) {
     CString path;
@@ -37,18 +26,16 @@ CString JoinedTags(const std::list<CString>& tags) {
 }
 
 CString PresetSection(const PresetItemRecord& record) {
-    CString fileName = FileNameTail(record.filePath);
-    if (fileName.GetLength() > 0 && fileName[0] == kPathSeparator) fileName = fileName.Mid(1);
     CString section;
-    section.Format("%s@%s", fileName.GetString(), record.itemName.GetString());
+    section.Format("%s@%s", FileNameOf(record.filePath).GetString(), record.itemName.GetString());
     return section;
 }
 
 }  // namespace
 
-CString DefaultTagFilePath() { return InDataFolder(kDefaultTags); }
+CString DefaultTagFilePath() { return CString(HostDataFile("Orvel.dat", kDefaultTags)); }
 
-CString PresetTagFilePath() { return InDataFolder(kPresetTags); }
+CString PresetTagFilePath() { return CString(HostDataFile("Orvel.dat", kPresetTags)); }
 
 bool WriteDefaultTagFile(std::span<const CategoryRecord> records) {
     const CString file = InCurrentFolder(kDefaultTags);

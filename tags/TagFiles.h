@@ -9,8 +9,7 @@
 // the store is the store's own affair. Any thread.
 namespace qfc {
 
-// In the folder "Orvel.dat" beside the host program, which is looked for once per process. Empty when that folder's
-// path is too long.
+// In the folder "Orvel.dat" beside the host program, as HostDataFile says.
 CString DefaultTagFilePath();
 CString PresetTagFilePath();
 

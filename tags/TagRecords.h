@@ -33,7 +33,7 @@ inline constexpr int kFace = 3;
 
 struct CLibTag {
     GUID m_guid{};          // Of the tag.
-    GUID m_guidCategory{};  // Of the category it belongs to.
+    GUID m_guidCategory{};  // Of the category it is stored in, whatever list it stands in.
     int m_nType = qfc::tag_type::kString;
     CString m_strName;  // A date tag's is its range of dates.
     bool m_bChecked = false;

@@ -14,6 +14,8 @@ namespace {
 
 constexpr std::string_view kFieldMark = "||";
 constexpr std::string_view kKeyMark = "--";
+// A path repeats the names above in each name: a name of many short texts would otherwise fill all memory.
+constexpr std::size_t kLongestPath = 64 << 20;
 
 // As many bytes as the text says, but never more than `left`. What is no number, or below zero, is none.
 std::size_t ReadLength(std::string_view text, std::size_t left) {
@@ -55,6 +57,18 @@ bool TakeSegment(std::string_view& rest, std::vector<CString>& texts) {
     return true;
 }
 
+// Where each text's segment ends in the encoded name.
+std::vector<std::size_t> SegmentEnds(const std::vector<CString>& texts) {
+    std::vector<std::size_t> ends;
+    ends.reserve(texts.size());
+    std::size_t end = 0;
+    for (const CString& text : texts) {
+        end += kFieldMark.size() * 2 + std::to_string(text.GetLength()).size() + text.View().size();
+        ends.push_back(end);
+    }
+    return ends;
+}
+
 }  // namespace
 
 CString DisplayNameOf(const CString& name) {
@@ -84,13 +98,16 @@ CString PathOfEncodedName(const CString& name) {
     return name.IsEmpty() ? CString() : CString(kPathSeparator, 1) + name;
 }
 
-CString PathOfEncodedTexts(const std::vector<CString>& texts) {
-    CString path;
-    for (std::size_t count = 2; count <= texts.size(); ++count) {
-        path += kPathSeparator;
-        path += EncodeFolderName({texts.begin(), texts.begin() + static_cast<std::ptrdiff_t>(count)});
-    }
-    return path;
+CString PathOfEncodedTexts(const std::vector<CString>& texts, std::size_t first) {
+    const std::vector<std::size_t> ends = SegmentEnds(texts);
+    const std::string name = EncodeFolderName(texts).GetString();
+    std::size_t length = 0;
+    for (std::size_t i = first; i < ends.size() && length <= kLongestPath; ++i) length += 1 + ends[i];
+    std::string path;
+    if (length > kLongestPath) return CString(path.append(1, kPathSeparator).append(name));
+    path.reserve(length);
+    for (std::size_t i = first; i < ends.size(); ++i) path.append(1, kPathSeparator).append(name, 0, ends[i]);
+    return CString(path);
 }
 
 CString DisplayPathOf(const CString& nameOrPath) {

@@ -2,6 +2,7 @@
 
 #include "platform/framework/CString.h"
 
+#include <cstddef>
 #include <vector>
 
 // What the stored name of a folder says, and how stored and shown paths turn into each other: texts in, texts out, for
@@ -18,10 +19,10 @@ CString EncodeFolderName(const std::vector<CString>& texts);
 std::vector<CString> DecodeFolderName(const CString& name);
 
 // The stored path, below the gallery, of the folder that has the encoded name when those above it have encoded names
-// too. Another name is that of a folder in the gallery itself.
+// too. Another name, and one whose path would exceed 64 MB, is that of a folder in the gallery itself.
 CString PathOfEncodedName(const CString& name);
-// The same for the encoded name of these texts.
-CString PathOfEncodedTexts(const std::vector<CString>& texts);
+// The same for the encoded name of these texts, the gallery's first; from the text at `first` on.
+CString PathOfEncodedTexts(const std::vector<CString>& texts, std::size_t first = 1);
 
 // Of an encoded name the texts below the gallery's, of a stored path the display name of each part; joined by
 // backslashes.

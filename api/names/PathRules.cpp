@@ -29,6 +29,11 @@ CString FileNameTail(const CString& path) {
     return path;
 }
 
+CString FileNameOf(const CString& path) {
+    const CString tail = FileNameTail(path);
+    return tail.View().starts_with(kPathSeparator) ? tail.Mid(1) : tail;
+}
+
 CString AsFileNameTail(const CString& name) {
     const std::string_view text = name.View();
     if (!text.starts_with('/') || FindInAnsi(text, {&kPathSeparator, 1}) != std::string_view::npos) return name;

@@ -16,6 +16,9 @@ std::vector<CString> SplitFolderPath(const CString& path, bool bInOrder = true);
 // native form, with slashes and no backslash, is cut at its last slash.
 CString FileNameTail(const CString& path);
 
+// The same without the backslash: the file name alone.
+CString FileNameOf(const CString& path);
+
 // A file name as hosts hand it in, with its leading separator: a native one becomes a backslash.
 CString AsFileNameTail(const CString& name);
 

@@ -42,13 +42,6 @@ std::mutex& TranslationMutex() {
     return mutex;
 }
 
-// Empty when it does not fit a path buffer.
-CString BesideHost(const char* name) {
-    const std::string folder = HostFolder();
-    const std::string path = folder + "orvel.dat\\" + name;
-    return folder.empty() || path.size() >= MAX_PATH ? CString() : CString(path);
-}
-
 bool ReadSwitch(const char* section, const char* key) {
     char folder[MAX_PATH];
     if (GetAppDataFolder(folder, sizeof(folder), 0, 0) == 0) return false;
@@ -68,7 +61,7 @@ int WriteOnce(const std::string& section, const std::string& name) {
     const std::lock_guard lock(TranslationMutex());
     const std::pair entry(section, name);
     if (written.contains(entry)) return 1;
-    const int result = WritePrivateProfileStringA(section.c_str(), name.c_str(), name.c_str(), TranslationFilePath());
+    const int result = WriteProfileText(section, name, name, TranslationFilePath().GetString(), ProfileTexts::Utf8);
     if (result != 0) written.insert(entry);
     return result;
 }
@@ -76,12 +69,12 @@ int WriteOnce(const std::string& section, const std::string& name) {
 }  // namespace
 
 const CString& TranslationFilePath() {
-    static const CString path = BesideHost("qvTWTranslateData.dat");
+    static const CString path(HostDataFile("orvel.dat", "qvTWTranslateData.dat"));
     return path;
 }
 
 const CString& ArFilterFilePath() {
-    static const CString path = BesideHost("ARFilter.ini");
+    static const CString path(HostDataFile("orvel.dat", "ARFilter.ini"));
     return path;
 }
 
@@ -98,17 +91,20 @@ bool IsTranslationCollected() {
 }
 
 CString TranslationBuffer::Read(const CString& file, const char* section, const CString& key) {
-    const std::string utf8Key = AnsiToUtf8(key.GetString());
     const std::lock_guard lock(TranslationMutex());
     if (!file.IsEmpty()) {
-        GetPrivateProfileStringA(section, utf8Key.c_str(), "", m_text.data(), static_cast<DWORD>(m_text.size()), file);
+        const std::string text =
+            ReadProfileText(section, AnsiToUtf8(key.GetString()), "", file.GetString(), ProfileTexts::Utf8);
+        m_text[text.copy(m_text.data(), m_text.size() - 1)] = '\0';
     }
     return CString(m_text.data());
 }
 
 CString LookUpTranslation(const char* section, const CString& key) {
     static TranslationBuffer buffer;
-    return TranslationFilePath().IsEmpty() ? CString() : buffer.Read(TranslationFilePath(), section, key);
+    // A line that begins with '=' names nothing.
+    const bool bNameless = key.View().find_first_not_of(' ') == std::string_view::npos;
+    return bNameless || TranslationFilePath().IsEmpty() ? CString() : buffer.Read(TranslationFilePath(), section, key);
 }
 
 CString LookUpTranslation(DWORD dwIdOrType, const CString& key, bool bFolder) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "api/names/TranslationFile.h"
 #include "platform/framework/CString.h"
 #include "platform/framework/Types.h"
 
@@ -14,11 +15,12 @@ namespace qfc {
 inline constexpr char kTagSection[] = "TW_TAG_TRANSLATE";
 inline constexpr char kPredefinedFolderSection[] = "Predefined_Folder";
 
-// In the ANSI code page, with the backslash before the file name. Empty when the host's folder is too long for a path.
-const CString& TranslationFilePath();
+// As TranslationFilePath.
 const CString& ArFilterFilePath();
 
-// The switches of the application ini, "Cinelume.ini" in the data folder; both off unless they are 1 there.
+// The switches of the application ini, "Cinelume.ini" in the data folder; both off unless they are 1 there. The first
+// question, which the first display name asks, makes the data folder when it is missing and decides for ever, even when
+// the host chooses another data folder later. What runs out of memory throws and decides nothing.
 bool IsTranslationOn();
 // Names are collected in the translation file instead of being looked up. Means nothing while translation is off.
 bool IsTranslationCollected();
@@ -40,7 +42,7 @@ private:
 // The text in the section of the folder's number (`bFolder`) or of the item type, in UTF-8; empty when there is none,
 // no translation file, or the type is not a translated one.
 CString LookUpTranslation(DWORD dwIdOrType, const CString& key, bool bFolder);
-// The same in a section named by the caller.
+// The same in a section named by the caller. Nothing is found for a key without characters.
 CString LookUpTranslation(const char* section, const CString& key);
 
 // Writes the name, which stands for its own translation, into its section: 1, or 0 when it could not be written or

@@ -2,6 +2,7 @@
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/library/Session.h"
+#include "hosts/qfc/library/Translation.h"
 
 #include <exception>
 #include <iostream>
@@ -13,6 +14,7 @@ using namespace qfc::host;
 int RunCommand(const Invocation& invocation, const Console& console) {
     try {
         if (!invocation.global.dataDir.empty()) UseDataFolder(invocation.global.dataDir);
+        if (!invocation.global.translate.empty()) SwitchTranslation(invocation.global.translate == "on");
         return std::visit([&](const auto& options) { return Run(options, console); }, invocation.command);
     } catch (const Failure& failure) {
         console.Fail(failure.what());
@@ -31,7 +33,7 @@ int main(int argc, char** argv) {
         if (leave->exit == kDone) {
             std::cout << leave->text << std::flush;
         } else {
-            Console({.dataDir = {}, .json = leave->json, .quiet = false}).Fail(leave->text);
+            Console({.dataDir = {}, .json = leave->json, .quiet = false, .translate = {}}).Fail(leave->text);
         }
         return leave->exit;
     }

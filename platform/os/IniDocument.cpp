@@ -84,7 +84,8 @@ std::string FoldUtf8(std::string_view text) {
 
 }  // namespace
 
-IniDocument::IniDocument(std::string bytes) : m_utf16(bytes.starts_with(kUtf16Mark)), m_text(std::move(bytes)) {
+IniDocument::IniDocument(std::string bytes, ProfileTexts texts)
+    : m_texts(texts), m_utf16(bytes.starts_with(kUtf16Mark)), m_text(std::move(bytes)) {
     if (m_utf16) {
         if (m_text.size() % 2 != 0) m_oddByte = m_text.back();
         m_text = Utf8OfUnits(std::string_view(m_text).substr(kUtf16Mark.size()));
@@ -136,9 +137,13 @@ const IniDocument::Entry* IniDocument::FindEntry(const Section& section, std::st
     return found != section.firstByKey.end() ? &section.entries[found->second] : nullptr;
 }
 
-std::string IniDocument::Inward(std::string_view ansi) const { return m_utf16 ? AnsiToUtf8(ansi) : std::string(ansi); }
+std::string IniDocument::Inward(std::string_view asked) const {
+    return Converts() ? AnsiToUtf8(asked) : std::string(asked);
+}
 
-std::string IniDocument::Outward(std::string_view text) const { return m_utf16 ? Utf8ToAnsi(text) : std::string(text); }
+std::string IniDocument::Outward(std::string_view text) const {
+    return Converts() ? Utf8ToAnsi(text) : std::string(text);
+}
 
 std::string IniDocument::BytesOf(std::string_view text) const {
     return m_utf16 ? std::string(kUtf16Mark) + UnitsOfUtf8(text) + m_oddByte : std::string(text);
@@ -156,11 +161,11 @@ std::string IniDocument::Fold(std::string_view text) const {
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + ('a' - 'A'));
     }
     if (ascii) return folded;
-    return m_utf16 ? FoldUtf8(text) : FoldAnsiToLower(text);
+    return IsUtf8() ? FoldUtf8(text) : FoldAnsiToLower(text);
 }
 
 std::size_t IniDocument::FindBracket(std::string_view text) const {
-    return m_utf16 ? text.find(']') : FindInAnsi(text, "]");
+    return IsUtf8() ? text.find(']') : FindInAnsi(text, "]");
 }
 
 }  // namespace qfc

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/os/IniFile.h"
+
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -10,10 +12,10 @@ namespace qfc {
 
 // The text of a profile file and what stands where in it. Names and values are views into the text, trimmed, quotes
 // included. The text is what the file holds, or its UTF-8 form when the file is UTF-16. Never changes once made, so any
-// thread may read it.
+// thread may read it. `texts` says what the bytes of a file without mark are, and the texts of those who ask.
 class IniDocument {
 public:
-    explicit IniDocument(std::string bytes);
+    explicit IniDocument(std::string bytes, ProfileTexts texts = ProfileTexts::Ansi);
     IniDocument(const IniDocument&) = delete;
     IniDocument& operator=(const IniDocument&) = delete;
 
@@ -41,12 +43,12 @@ public:
     const std::string& Text() const { return m_text; }
     const std::vector<Line>& Lines() const { return m_lines; }
     const std::vector<Section>& Sections() const { return m_sections; }
-    // The first one of that name; null when there is none. Names are in the ANSI code page, in any case.
+    // The first one of that name; null when there is none. Names are in any case.
     const Section* FindSection(std::string_view name) const;
     const Entry* FindEntry(const Section& section, std::string_view key) const;
 
-    // Between the ANSI code page and this text.
-    std::string Inward(std::string_view ansi) const;
+    // Between the texts of those who ask and this text.
+    std::string Inward(std::string_view asked) const;
     std::string Outward(std::string_view text) const;
 
     // The bytes of a file like this one that has another text, and whether those of this one are `bytes`.
@@ -60,6 +62,10 @@ private:
     std::string Fold(std::string_view text) const;
     std::size_t FindBracket(std::string_view text) const;
 
+    bool IsUtf8() const { return m_utf16 || m_texts == ProfileTexts::Utf8; }
+    bool Converts() const { return m_utf16 && m_texts == ProfileTexts::Ansi; }
+
+    ProfileTexts m_texts;
     bool m_utf16;
     std::string m_oddByte;  // Behind the last whole unit of a UTF-16 file.
     std::string m_text;

@@ -48,18 +48,27 @@ std::string UpToNul(std::string text) {
 }
 
 // A bare name belongs to no folder of its own; settings of the user are in the data folder.
+// Empty, with the last error set, when that one's path is too long.
 std::string NativeProfilePath(std::string_view file) {
     std::string path(file);
-    const bool bare = path.find('/') == std::string::npos && FindInAnsi(path, "\\") == std::string::npos;
-    char folder[MAX_PATH];
-    if (bare && GetAppDataFolder(folder, sizeof(folder), 0, 0) != 0) path.insert(0, folder);
+    if (path.find('/') == std::string::npos && FindInAnsi(path, "\\") == std::string::npos) {
+        char folder[MAX_PATH];
+        if (GetAppDataFolder(folder, sizeof(folder), 0, 0) == 0) {
+            SetLastError(ERROR_PATH_NOT_FOUND);
+            return {};
+        }
+        path.insert(0, folder);
+    }
     return NativePath(path.c_str());
 }
 
-Document Open(const char* file) {
-    if (file != nullptr && *file != '\0') return OpenProfile(NativeProfilePath(file));
-    SetLastError(ERROR_FILE_NOT_FOUND);
-    return nullptr;
+Document Open(const char* file, ProfileTexts texts = ProfileTexts::Ansi) {
+    if (file == nullptr || *file == '\0') {
+        SetLastError(ERROR_FILE_NOT_FOUND);
+        return nullptr;
+    }
+    const std::string path = NativeProfilePath(file);
+    return !path.empty() ? OpenProfile(path, texts) : nullptr;
 }
 
 const IniDocument::Section* SectionOf(const Document& document, const char* name) {
@@ -67,8 +76,9 @@ const IniDocument::Section* SectionOf(const Document& document, const char* name
 }
 
 // The text of the value as it goes out; nothing when there is none.
-std::optional<std::string> ValueOf(const char* section, const char* key, const char* file) {
-    const Document document = Open(file);
+std::optional<std::string> ValueOf(const char* section, const char* key, const char* file,
+                                   ProfileTexts texts = ProfileTexts::Ansi) {
+    const Document document = Open(file, texts);
     const IniDocument::Section* found = SectionOf(document, section);
     const IniDocument::Entry* entry = found != nullptr ? document->FindEntry(*found, Parameter(key)) : nullptr;
     if (entry == nullptr) return std::nullopt;
@@ -152,24 +162,28 @@ DWORD CopyListOr(const std::optional<Texts>& list, std::string_view fallback, ch
     return list ? CopyList(*list, buffer, size) : CopyValue(fallback, buffer, size);
 }
 
-bool Write(const char* section, const char* key, const char* value, const std::string& path) {
-    const std::string_view inSection = Parameter(section);
-    if (value != nullptr && key != nullptr) {
-        return ChangeProfile(path,
-                             [&](const IniDocument& old) { return WithValue(old, inSection, Parameter(key), value); });
-    }
-    if (OpenProfile(path) == nullptr && GetLastError() == ERROR_FILE_NOT_FOUND) return true;
-    return ChangeProfile(path, [&](const IniDocument& old) {
-        return key != nullptr ? WithoutKey(old, inSection, Parameter(key)) : WithoutSection(old, inSection);
-    });
+int Write(const char* section, const char* key, const char* value, const char* file, ProfileTexts texts) {
+    const std::string path = NativeProfilePath(file);
+    if (path.empty()) return 0;
+    const auto changed = [&](const IniDocument& old) {
+        if (key == nullptr) return WithoutSection(old, Parameter(section));
+        if (value == nullptr) return WithoutKey(old, Parameter(section), Parameter(key));
+        return WithValue(old, Parameter(section), Parameter(key), value);
+    };
+    return ChangeProfile(path, texts, changed) ? 1 : 0;
 }
 
 }  // namespace
 
 std::string ReadProfileText(const std::string& section, const std::string& key, const std::string& fallback,
-                            const std::string& file) {
-    const auto value = ValueOf(section.c_str(), key.c_str(), file.c_str());
+                            const std::string& file, ProfileTexts texts) {
+    const auto value = ValueOf(section.c_str(), key.c_str(), file.c_str(), texts);
     return value ? *value : std::string(WithoutTrailingBlanks(fallback));
+}
+
+int WriteProfileText(const std::string& section, const std::string& key, const std::string& value,
+                     const std::string& file, ProfileTexts texts) {
+    return file.empty() ? 0 : Write(section.c_str(), key.c_str(), value.c_str(), file.c_str(), texts);
 }
 
 std::vector<std::string> ReadProfileSection(const std::string& section, const std::string& file) {
@@ -220,6 +234,7 @@ int WritePrivateProfileStringA(const char* section, const char* key, const char*
         SetLastError(ERROR_INVALID_PARAMETER);
         return 0;
     }
-    return qfc::WithoutThrowing(
-        "", nullptr, 0, [&] { return qfc::Write(section, key, value, qfc::NativeProfilePath(file)) ? 1u : 0u; });
+    return static_cast<int>(qfc::WithoutThrowing("", nullptr, 0, [&] {
+        return static_cast<DWORD>(qfc::Write(section, key, value, file, qfc::ProfileTexts::Ansi));
+    }));
 }

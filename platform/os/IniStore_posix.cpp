@@ -1,5 +1,6 @@
 #include "platform/os/Descriptor.h"
 #include "platform/os/ErrnoError.h"
+#include "platform/os/FileStamp.h"
 #include "platform/os/Files.h"
 #include "platform/os/IniDocument.h"
 #include "platform/os/IniStore.h"
@@ -9,13 +10,15 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
+#include <filesystem>
 #include <list>
 #include <mutex>
+#include <string_view>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -26,33 +29,17 @@ using Document = std::shared_ptr<const IniDocument>;
 
 constexpr std::size_t kMostKept = 16;
 constexpr std::time_t kCoarsestClockSeconds = 2;
-
-struct Stamp {
-    dev_t device;
-    ino_t inode;
-    off_t size;
-    std::array<std::time_t, 2> seconds;
-    std::array<long, 2> nanoseconds;
-    bool operator==(const Stamp&) const = default;
-};
-
-Stamp StampOf(const struct stat& status) {
-    return {status.st_dev,
-            status.st_ino,
-            status.st_size,
-            {status.st_mtim.tv_sec, status.st_ctim.tv_sec},
-            {status.st_mtim.tv_nsec, status.st_ctim.tv_nsec}};
-}
+constexpr int kMostLinks = 40;  // As many as the system follows.
 
 // A file that changed a moment ago may change again without another time to show for it.
-bool IsSettled(const Stamp& stamp) {
-    return std::time(nullptr) - std::max(stamp.seconds[0], stamp.seconds[1]) > kCoarsestClockSeconds;
+bool IsSettled(const FileStamp& stamp, std::time_t now) {
+    return now - std::max(stamp.seconds[0], stamp.seconds[1]) > kCoarsestClockSeconds;
 }
 
 struct Kept {
     std::string path;
     std::string codePage;
-    Stamp stamp;
+    FileStamp stamp;
     bool settled;  // When it was read.
     Document document;
 };
@@ -65,25 +52,26 @@ public:
         return files;
     }
 
-    std::optional<Kept> Find(const std::string& path) {
+    std::optional<Kept> Find(const std::string& path, std::string_view codePage) {
         const std::lock_guard lock(m_mutex);
-        const auto found = Position(path);
-        if (found == m_files.end() || found->codePage != AnsiCodePage()) return std::nullopt;
+        const auto found = Position(path, codePage);
+        if (found == m_files.end()) return std::nullopt;
         m_files.splice(m_files.begin(), m_files, found);
         return m_files.front();
     }
 
     void Keep(Kept kept) {
         const std::lock_guard lock(m_mutex);
-        const auto found = Position(kept.path);
+        const auto found = Position(kept.path, kept.codePage);
         if (found != m_files.end()) m_files.erase(found);
         m_files.push_front(std::move(kept));
         if (m_files.size() > kMostKept) m_files.pop_back();
     }
 
 private:
-    std::list<Kept>::iterator Position(const std::string& path) {
-        return std::find_if(m_files.begin(), m_files.end(), [&](const Kept& kept) { return kept.path == path; });
+    std::list<Kept>::iterator Position(const std::string& path, std::string_view codePage) {
+        return std::find_if(m_files.begin(), m_files.end(),
+                            [&](const Kept& kept) { return kept.path == path && kept.codePage == codePage; });
     }
 
     std::mutex m_mutex;
@@ -101,7 +89,7 @@ bool ReadAll(const Descriptor& file, std::string& bytes) {
 }
 
 // Neither a device nor a pipe is waited for.
-bool ReadRegularFile(const std::string& path, std::string& bytes, Stamp& stamp) {
+bool ReadRegularFile(const std::string& path, std::string& bytes, FileStamp& stamp) {
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat status;
     if (!file.IsOpen() || fstat(file.Get(), &status) != 0) return FailWithErrno();
@@ -113,67 +101,98 @@ bool ReadRegularFile(const std::string& path, std::string& bytes, Stamp& stamp) 
     return ReadAll(file, bytes) || FailWithErrno();
 }
 
-Document ReadProfile(const std::string& path, const std::optional<Kept>& kept) {
-    Kept fresh{path, AnsiCodePage(), {}, false, nullptr};
+// The code page that a document depends on; none when its texts are UTF-8.
+std::string CodePageOf(ProfileTexts texts) { return texts == ProfileTexts::Utf8 ? "" : AnsiCodePage(); }
+
+Document ReadProfile(const std::string& path, ProfileTexts texts, std::time_t now, const std::optional<Kept>& kept) {
+    Kept fresh{path, CodePageOf(texts), {}, false, nullptr};
     std::string bytes;
     if (!ReadRegularFile(path, bytes, fresh.stamp)) return nullptr;
-    fresh.settled = IsSettled(fresh.stamp);
+    fresh.settled = IsSettled(fresh.stamp, now);
     if (kept && kept->document->ComesFrom(bytes)) {
         fresh.document = kept->document;
     } else {
-        fresh.document = std::make_shared<const IniDocument>(std::move(bytes));
+        fresh.document = std::make_shared<const IniDocument>(std::move(bytes), texts);
     }
     KeptFiles::Instance().Keep(fresh);
     return fresh.document;
 }
 
-// The file itself, not a link to it: the new one has to come where the link points to.
+// The file itself, not a link to it: the new one has to come where the link points to, be it there or not.
 std::string WithoutLinks(const std::string& path) {
-    const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(path.c_str(), nullptr), &std::free);
-    return resolved != nullptr ? std::string(resolved.get()) : path;
+    std::error_code error;
+    std::filesystem::path target(path);
+    for (int links = 0; links < kMostLinks && std::filesystem::is_symlink(target, error); ++links) {
+        const std::filesystem::path next = std::filesystem::read_symlink(target, error);
+        if (error) break;
+        target = target.parent_path() / next;
+    }
+    return target.string();
 }
 
-// Held until it is closed. The file stays: whoever removed it would part those who wait from those who come.
+// Held until it is closed. The file stays: whoever removed it would part those who wait from those who come. Opened for
+// reading alone, so that all who may write beside it can hold it, whoever made it.
 Descriptor LockForWriting(const std::string& path) {
-    Descriptor lock(open((path + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+    Descriptor lock(open((path + ".lock").c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0666));
     while (lock.IsOpen() && flock(lock.Get(), LOCK_EX) != 0) {
         if (errno != EINTR) return Descriptor(-1);
     }
     return lock;
 }
 
+// Nobody writes a read-only file, not even those whom the system would let.
+bool MayWrite(const std::string& path, const struct stat& status) {
+    return (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) != 0 &&
+           faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
 // The bytes of a file that may be written over; none when there is no file.
 bool ReadForWriting(const std::string& path, std::string& bytes) {
     struct stat status;
     if (stat(path.c_str(), &status) != 0) return errno == ENOENT || FailWithErrno();
-    if ((status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0) {
+    if (!MayWrite(path, status)) {
         SetLastError(ERROR_ACCESS_DENIED);
         return false;
     }
-    Stamp stamp;
+    FileStamp stamp;
     return ReadRegularFile(path, bytes, stamp);
+}
+
+bool ChangesNothing(const std::string& path, ProfileTexts texts, const ProfileChange& change) {
+    const Document document = OpenProfile(path, texts);
+    if (document != nullptr) return !change(*document);
+    return GetLastError() == ERROR_FILE_NOT_FOUND && !change(IniDocument("", texts));
 }
 
 }  // namespace
 
-std::shared_ptr<const IniDocument> OpenProfile(const std::string& path) {
+FileStamp StampOf(const struct stat& status) {
+    return {status.st_dev,
+            status.st_ino,
+            status.st_size,
+            {status.st_mtim.tv_sec, status.st_ctim.tv_sec},
+            {status.st_mtim.tv_nsec, status.st_ctim.tv_nsec}};
+}
+
+std::shared_ptr<const IniDocument> OpenProfile(const std::string& path, ProfileTexts texts, std::time_t now) {
     struct stat status;
     if (stat(path.c_str(), &status) != 0) {
         FailWithErrno();
         return nullptr;
     }
-    const std::optional<Kept> kept = KeptFiles::Instance().Find(path);
+    const std::optional<Kept> kept = KeptFiles::Instance().Find(path, CodePageOf(texts));
     if (kept && kept->settled && kept->stamp == StampOf(status)) return kept->document;
-    return ReadProfile(path, kept);
+    return ReadProfile(path, texts, now, kept);
 }
 
-bool ChangeProfile(const std::string& path, const ProfileChange& change) {
+bool ChangeProfile(const std::string& path, ProfileTexts texts, const ProfileChange& change) {
+    if (ChangesNothing(path, texts, change)) return true;
     const std::string target = WithoutLinks(path);
     const Descriptor lock = LockForWriting(target);
     if (!lock.IsOpen()) return FailWithErrno();
     std::string bytes;
     if (!ReadForWriting(target, bytes)) return false;
-    const IniDocument document(std::move(bytes));
+    const IniDocument document(std::move(bytes), texts);
     const std::optional<std::string> text = change(document);
     return !text || WriteFileDurably(target, document.BytesOf(*text));
 }

@@ -18,6 +18,10 @@ namespace qfc {
 
 std::string HostFolder();
 
+// The path of a file in a folder beside the host, with a backslash before its name; there or not. Empty when it has
+// more than 259 bytes. The first call settles the host folder for all later ones.
+std::string HostDataFile(const char* folder, const char* name);
+
 // Each returns false, and changes nothing, once FreezePlaces has answered or for an empty path. A relative path counts
 // from the working folder of this moment.
 QFCLIB_API bool SetDataFolder(const char* path);

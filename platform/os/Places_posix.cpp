@@ -116,6 +116,12 @@ std::string HostFolder() {
     return Utf8ToAnsi(chosen.empty() ? ExecutableFolder() : AbsoluteFolder(chosen));
 }
 
+std::string HostDataFile(const char* folder, const char* name) {
+    static const std::string host = HostFolder();
+    const std::string path = host + folder + '\\' + name;
+    return path.size() < MAX_PATH ? path : std::string();
+}
+
 bool SetDataFolder(const char* path) { return SetFolder(&Places::dataFolder, path); }
 
 bool SetHostFolder(const char* path) { return SetFolder(&Places::hostFolder, path); }

@@ -7,8 +7,8 @@
 // backslash, a bar or a bracket. Any thread.
 namespace qfc {
 
-// Where `wanted`, an ASCII text, begins as characters of its own, at or behind `start`; npos when nowhere. `start` has
-// to be the beginning of a character.
+// Where `wanted`, a text of any characters, begins at the beginning of a character, at or behind `start`; npos when
+// nowhere. `start` has to be the beginning of a character, too.
 std::size_t FindInAnsi(std::string_view text, std::string_view wanted, std::size_t start = 0);
 
 // The same for the last place of one ASCII character.

@@ -7,7 +7,25 @@
 #include "service/operations/PresetTags.h"
 #include "tags/CLibTagsMgr.h"
 
+#include <algorithm>
 #include <utility>
+
+namespace {
+
+// Not another object of the same GUID.
+bool Holds(CQFolder& folder, const CQItem& item) {
+    if (folder.HasItem(qfc::GuidOfItem(item), 0) == 0) return false;
+    const auto* const pItems = folder.GetItemArray();
+    return pItems != nullptr && std::find(pItems->begin(), pItems->end(), &item) != pItems->end();
+}
+
+// The gallery's own object of a GUID is held by some folder.
+bool Holds(const CQGallery& gallery, const CQItem& item) {
+    CQItem* pKnown = nullptr;
+    return gallery.IsItemHasParentByGuid(qfc::GuidOfItem(item), pKnown) != 0 && pKnown == &item;
+}
+
+}  // namespace
 
 LibraryOperation_AddItem::LibraryOperation_AddItem(ULONGLONG hGallery, std::vector<CString>&& folderPaths,
                                                    CQItem* pItem)
@@ -22,11 +40,10 @@ int LibraryOperation_AddItem::execute() {
     for (const CString& strPath : m_folderPaths) {
         CQFolder* const pFolder = pGallery->GetFolderByPath(strPath);
         if (pFolder == nullptr) continue;
-        const bool bAdded = pFolder->AddItemDb(m_pItem, 1) != 0;
-        bHeld = bHeld || bAdded || pFolder->HasItem(qfc::GuidOfItem(*m_pItem), 0) != 0;
+        if (pFolder->AddItemDb(m_pItem, 1) != 0 || (!bHeld && Holds(*pFolder, *m_pItem))) bHeld = true;
     }
-    // The tags of an item that no folder took would belong to nothing.
-    if (bHeld) qfc::ApplyPresetTags(*CLibTagsMgr::GetLibTagMgr(), *pGallery, *m_pItem);
+    // The tags of an item that no folder took would belong to nothing, or to another library.
+    if (bHeld || Holds(*pGallery, *m_pItem)) qfc::ApplyPresetTags(*CLibTagsMgr::GetLibTagMgr(), *pGallery, *m_pItem);
     return 1;
 }
 

@@ -13,7 +13,8 @@ public:
     LibraryOperation_AddItem(ULONGLONG hGallery, std::vector<CString>&& folderPaths, CQItem* pItem);
 
     // 0 without gallery, paths or item; else 1, whatever the folders did: a path that names none is skipped and a
-    // refused add does not stop the others. An item that a folder then holds gets the tags of the presets that name it.
+    // refused add does not stop the others. When a folder of the gallery then holds this very object, it gets the tags
+    // of the presets that name it.
     int execute() override;
     // Adds the item's GUID and the row number of the folder at the first path, if there is one.
     void FillCallbackParam(QFCLibCallbackParam& param) override;

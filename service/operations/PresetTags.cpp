@@ -13,6 +13,7 @@
 #include "tags/PredefinedGalleries.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <optional>
 #include <string_view>
@@ -20,17 +21,12 @@
 
 namespace {
 
-// Without a separator before it, unlike the tail.
-CString FileNameOf(const CString& strPath) {
-    const CString strTail = qfc::FileNameTail(strPath);
-    return strTail.Find(qfc::kPathSeparator) == 0 ? strTail.Mid(1) : strTail;
-}
-
-// Stickers are presented under names of their own.
+// Stickers are presented under names of their own. Their file is UTF-8, names of sections too.
 CString NameInGallery(const CPresetItemTag& preset, const CQFolder& gallery) {
-    if (gallery.GetFolderID() != kGalleryArStickers) return preset.m_strItemName;
-    const CString strDisplayName(
-        qfc::ReadProfileText(preset.m_strItemName.GetString(), "displayname", "", qfc::ArFilterFilePath().GetString()));
+    if (gallery.GetFolderID() != qfc::kGalleryArStickers) return preset.m_strItemName;
+    const CString strDisplayName(qfc::ReadProfileText(qfc::AnsiToUtf8(preset.m_strItemName.GetString()), "displayname",
+                                                      "", qfc::ArFilterFilePath().GetString(),
+                                                      qfc::ProfileTexts::Utf8));
     return strDisplayName.IsEmpty() ? preset.m_strItemName : CDBStringHelper::UTF_82ASCII(strDisplayName);
 }
 
@@ -54,8 +50,14 @@ std::optional<GUID> FindTag(const CLibTagsMgr& store, DWORD dwGallery, const CSt
     return tag.m_guid;
 }
 
+// A number that does not fit is the nearest one that does: cut, it would name another gallery.
+DWORD GalleryOf(const CPresetItemTag& preset) {
+    const long nGallery = std::strtol(preset.m_strGalleryId, nullptr, 10);
+    return static_cast<DWORD>(std::clamp<long>(nGallery, INT32_MIN, INT32_MAX));
+}
+
 void CollectTags(const CLibTagsMgr& store, const CPresetItemTag& preset, const CQItem& item, std::vector<GUID>& tags) {
-    const auto dwGallery = static_cast<DWORD>(std::strtol(preset.m_strGalleryId, nullptr, 10));
+    const DWORD dwGallery = GalleryOf(preset);
     for (const CString& strSpecifier : preset.m_tagList) {
         const auto tag = FindTag(store, dwGallery, TagNameOf(strSpecifier));
         if (!tag || item.IsTagExist(*tag) != 0 || std::ranges::find(tags, *tag) != tags.end()) continue;
@@ -70,7 +72,7 @@ namespace qfc {
 void ApplyPresetTags(const CLibTagsMgr& store, const CQFolder& gallery, CQItem& item) {
     DBTools* const pDBTools = item.fnGetDbTools();
     if (store.GetPresetTagData().empty() || pDBTools == nullptr) return;
-    const CString strFileName = FileNameOf(item.GetFileName());
+    const CString strFileName = qfc::FileNameOf(item.GetFileName());
     std::vector<GUID> tags;
     for (const CPresetItemTag& preset : store.GetPresetTagData()) {
         if (!Contains(preset.m_strFilePath, strFileName)) continue;

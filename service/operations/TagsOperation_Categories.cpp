@@ -7,7 +7,14 @@
 CLibTagsOperation_UpdateCategory::CLibTagsOperation_UpdateCategory(DBTools* pDBTools,
                                                                    const std::vector<CTagCategory>& categories,
                                                                    DWORD dwKey)
-    : CLibTagsOperation(pDBTools), m_categories(categories), m_dwKey(dwKey) {}
+    : CLibTagsOperation(pDBTools), m_categories(categories), m_dwKey(dwKey) {
+    // Stored without a category, a tag that is seen today would be gone with the next start.
+    for (CTagCategory& category : m_categories) {
+        for (CLibTag& tag : category.m_tags) {
+            if (tag.m_guidCategory == GUID_NULL) tag.m_guidCategory = category.m_guid;
+        }
+    }
+}
 
 int CLibTagsOperation_UpdateCategory::execute() {
     if (!IsReady() || m_categories.empty() || !Database()->UpdateCategories(m_categories)) return 0;

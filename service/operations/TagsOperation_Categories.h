@@ -6,7 +6,8 @@
 
 #include <vector>
 
-// Stores categories with the tags in them, new ones and known ones, and files them under the key.
+// Stores categories with the tags in them, new ones and known ones, and files them under the key. A tag that names no
+// category belongs to the one that it is in; any other is stored where it says.
 class CLibTagsOperation_UpdateCategory : public CLibTagsOperation {
 public:
     CLibTagsOperation_UpdateCategory(DBTools* pDBTools, const std::vector<CTagCategory>& categories, DWORD dwKey);

@@ -5,11 +5,13 @@
 #include "tags/CLibTagsMgr.h"
 #include "tags/DefaultTags.h"
 #include "tags/TagFiles.h"
+#include "tags/TagFilesRollback.h"
 
 #include <list>
 
 int CLibTagsOperation_CreateDefaultTags::execute() {
     if (!IsReady()) return 0;
+    qfc::TagFilesRollback read(*Store());
     if (PathFileExistsA(qfc::DefaultTagFilePath())) {
         Store()->GenerateCategoryTemplate();
         Store()->GeneratePresetTagData();
@@ -19,6 +21,7 @@ int CLibTagsOperation_CreateDefaultTags::execute() {
     for (const auto& [dwGallery, built] : defaults) categories.insert(categories.end(), built.begin(), built.end());
     // Without categories nothing is to be stored, and the store is not to be emptied.
     if (categories.empty() || !Database()->SaveCategoriesAndTags(categories)) return 0;
+    read.Keep();
     Store()->SetTagsToDefault(defaults);
     return 1;
 }

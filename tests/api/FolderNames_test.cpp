@@ -1,5 +1,6 @@
 #include "api/names/FolderNames.h"
 
+#include "api/names/PathRules.h"
 #include "platform/text/AnsiCodec.h"
 #include "platform/text/CodePages.h"
 
@@ -113,6 +114,23 @@ TEST_F(FolderNames, PathOfAnotherName_IsInTheGallery) {
     EXPECT_STREQ(PathOfEncodedName("Plain"), "\\Plain");
     EXPECT_STREQ(PathOfEncodedName("key--Shown"), "\\key--Shown");
     EXPECT_STREQ(PathOfEncodedName("||-4||x"), "\\||-4||x");
+}
+
+TEST_F(FolderNames, PathOfAnEncodedName_ThatWouldFillAllMemory_IsInTheGallery) {
+    std::string name = "||1||M";
+    for (int i = 0; i < 200000; ++i) name += "||0||";
+    EXPECT_EQ(PathOfEncodedName(name.c_str()).View(), "\\" + name);
+}
+
+TEST_F(FolderNames, PathOfAnEncodedName_OfAThousandLevelsIsOne) {
+    std::vector<CString> texts{"Media"};
+    for (int i = 0; i < 1000; ++i) texts.push_back(std::to_string(i).c_str());
+    const CString path = qfc::PathOfEncodedTexts(texts);
+    const std::vector<CString> names = qfc::SplitFolderPath(path);
+    ASSERT_EQ(names.size(), 1000u);
+    EXPECT_STREQ(names[1], "||5||Media||1||0||1||1");
+    EXPECT_EQ(names.back(), EncodeFolderName(texts));
+    EXPECT_EQ(qfc::PathOfEncodedTexts(texts, 1000).View(), "\\" + std::string(names.back().GetString()));
 }
 
 TEST_F(FolderNames, DisplayPath_LeavesTheGalleryOutAndBeginsWithoutBackslash) {

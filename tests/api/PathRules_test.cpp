@@ -41,6 +41,15 @@ TEST(PathRules, FileNameTail_StartsWithABackslash) {
     for (const auto& row : rows) EXPECT_STREQ(qfc::FileNameTail(row.path), row.tail) << row.path;
 }
 
+TEST(PathRules, FileNameOf_HasNoSeparatorBeforeIt) {
+    EXPECT_STREQ(qfc::FileNameOf("C:\\media\\clip.avi"), "clip.avi");
+    EXPECT_STREQ(qfc::FileNameOf("/home/me/clip.avi"), "clip.avi");
+    EXPECT_STREQ(qfc::FileNameOf("clip.avi"), "clip.avi");
+    EXPECT_STREQ(qfc::FileNameOf("C:\\odd/clip.avi"), "odd/clip.avi");
+    EXPECT_STREQ(qfc::FileNameOf("C:\\media\\"), "");
+    EXPECT_STREQ(qfc::FileNameOf(""), "");
+}
+
 TEST(PathRules, NativeFileName_BecomesOneWithABackslash) {
     EXPECT_STREQ(qfc::AsFileNameTail("/clip.avi"), "\\clip.avi");
     EXPECT_STREQ(qfc::AsFileNameTail("\\clip.avi"), "\\clip.avi");

@@ -1,5 +1,7 @@
 #include "api/names/StringTables.h"
 
+#include "platform/text/CodePages.h"
+
 #include <gtest/gtest.h>
 #include <string>
 
@@ -36,6 +38,17 @@ TEST(StringTables, NullModuleIsRefused_NullTextIsNone) {
     EXPECT_FALSE(qfc::SetModuleStrings(nullptr, strings, 1));
     EXPECT_TRUE(qfc::SetModuleStrings(kModule, strings, 1));
     EXPECT_STREQ(qfc::ModuleText(kModule, 1), "");
+}
+
+TEST(StringTables, TextsAreCutBetweenCharactersOfTheCodePage) {
+    ASSERT_TRUE(qfc::SetAnsiCodePage("CP932"));
+    const std::string odd = "x" + std::string(258, 'y') + "\x83\x83z";
+    const std::string even = std::string(258, 'y') + "\x83\x83z";
+    const qfc::ModuleString strings[] = {{1, odd.c_str()}, {2, even.c_str()}};
+    qfc::SetModuleStrings(kModule, strings, 2);
+    EXPECT_EQ(qfc::ModuleText(kModule, 1).View(), odd.substr(0, 259));
+    EXPECT_EQ(qfc::ModuleText(kModule, 2).View(), even.substr(0, 260));
+    qfc::SetAnsiCodePage("UTF-8");
 }
 
 TEST(StringTables, TextsAreCutAt260BytesWithoutCuttingACharacter) {

@@ -115,6 +115,35 @@ TEST_F(TranslationLookUp, GivesUtf8_KeysAreInTheCodePage) {
     EXPECT_STREQ(LookUpTranslation(1, "\xE4", true), "漢ß");
 }
 
+// In these code pages the bytes of the two names' UTF-8 forms are letters that differ in case only.
+TEST_F(TranslationLookUp, NamesDoNotMeetInAnyCodePage) {
+    places.Translations("[TW_FOLDER_5]\nвод=water\nгод=year\nÌ=i\nÜ=u\n");
+    ASSERT_TRUE(qfc::SetAnsiCodePage("CP1251"));
+    EXPECT_STREQ(LookUpTranslation(5, "\xE2\xEE\xE4", true), "water");
+    EXPECT_STREQ(LookUpTranslation(5, "\xE3\xEE\xE4", true), "year");
+    ASSERT_TRUE(qfc::SetAnsiCodePage("CP1252"));
+    EXPECT_STREQ(LookUpTranslation(5, "\xDC", true), "u");
+    EXPECT_STREQ(LookUpTranslation(5, "\xCC", true), "i");
+}
+
+TEST_F(TranslationLookUp, CaseDoesNotMatterBeyondAsciiInAnyCodePage) {
+    places.Translations("[TW_FOLDER_5]\nГод=year\n");
+    ASSERT_TRUE(qfc::SetAnsiCodePage("CP1251"));
+    EXPECT_STREQ(LookUpTranslation(5, "\xE3\xCE\xE4", true), "year");
+}
+
+TEST_F(TranslationLookUp, SectionNamesEndAtTheirBracketInAnyCodePage) {
+    places.Translations("[ッ]\nA=found\n");
+    ASSERT_TRUE(qfc::SetAnsiCodePage("CP932"));
+    EXPECT_STREQ(LookUpTranslation("ッ", "A"), "found");
+}
+
+TEST_F(TranslationLookUp, NothingIsFoundForNoName) {
+    places.Translations("[TW_FOLDER_0]\n=x\n");
+    EXPECT_STREQ(LookUpTranslation(0, "", true), "");
+    EXPECT_STREQ(LookUpTranslation(0, "  ", true), "");
+}
+
 TEST_F(TranslationLookUp, IsCutTo259Bytes) {
     places.Translations("[TW_FOLDER_1]\nA=" + std::string(300, 'x') + "\n");
     EXPECT_EQ(LookUpTranslation(1, "A", true).View(), std::string(259, 'x'));
@@ -209,6 +238,13 @@ TEST_F(TranslationWriter, FileIsUtf8WhateverTheCodePage) {
     ASSERT_TRUE(qfc::SetAnsiCodePage("CP1252"));
     EXPECT_EQ(WriteTranslation(5, "\xE4", true), 1);
     EXPECT_EQ(Written(), "[TW_FOLDER_5]\r\nä=ä\r\n");
+}
+
+TEST_F(TranslationWriter, NamesDoNotMeetInAnyCodePage) {
+    ASSERT_TRUE(qfc::SetAnsiCodePage("CP1251"));
+    EXPECT_EQ(WriteTranslation(5, "\xE2\xEE\xE4", true), 1);
+    EXPECT_EQ(WriteTranslation(5, "\xE3\xEE\xE4", true), 1);
+    EXPECT_EQ(Written(), "[TW_FOLDER_5]\r\nвод=вод\r\nгод=год\r\n");
 }
 
 TEST_F(TranslationWriter, ThreadsLoseNoName) {

@@ -274,6 +274,35 @@ TEST_P(DBToolsFaults, CrashOfTheDiskThroughTheCloseIsAllOrNothing) {
     }
 }
 
+using DBToolsFolderSync = LibraryTest;
+
+// The one false that hides a change: the deletion of the journal is the commit, and the sync of the folder behind it
+// failed. What was written is seen, and by the same object, too.
+TEST_F(DBToolsFolderSync, FailingBehindTheCommitIsFalseAndTheChangeStays) {
+    const int folder = AddFolder("a", AddGallery(1));
+    int hidden = 0;
+    for (int n = 1;; ++n) {
+        m_disk.FailAt(n, false);
+        m_disk.FailDeletesBehindTheAct();
+        const bool result = AddItem(n, folder, n, Noise(9000));
+        const bool failed = m_disk.HasFailed();
+        m_disk.Heal();
+        const bool stored = Count("ITEM_TABLE where ITEM_ID = " + Literal(MakeGuid(n))) == "1";
+        EXPECT_NE(result, failed) << "call " << n;
+        EXPECT_TRUE(stored || !result) << "call " << n;
+        CppSQLite3Query query;
+        EXPECT_TRUE(m_tools->QueryItem(MakeGuid(n), query)) << "call " << n;
+        EXPECT_NE(query.eof(), stored) << "call " << n;
+        const std::string rows = stored ? "1" : "0";
+        EXPECT_EQ(Count("RELATION_TABLE where ITEM_ID = " + Literal(MakeGuid(n))), rows) << "call " << n;
+        EXPECT_EQ(Count("CACHE_DATA_TABLE where ITEM_ID = " + Literal(MakeGuid(n))), rows) << "call " << n;
+        EXPECT_TRUE(AddItem(1000 + n, folder, n)) << "call " << n;
+        if (HasFailure() || !failed) break;
+        if (stored) ++hidden;
+    }
+    EXPECT_EQ(hidden, 1);
+}
+
 using DBToolsFullDisk = LibraryTest;
 
 // What was acknowledged while the disk filled up is there, and nothing else; with space back it goes on.

@@ -178,19 +178,46 @@ TEST_F(DBToolsGuard, NothingIsStoredAtCloseOfWhatWasLeftOpen) {
     EXPECT_NO_THROW(Exec("INSERT INTO GALLERY_TABLE VALUES(1, 1)"));
 }
 
+// While it lives, the connection rolls back by itself behind each statement about a table.
+class RollbackBehind {
+public:
+    RollbackBehind(sqlite3* connection, std::string_view table) : m_connection(connection), m_table(table) {
+        sqlite3_trace_v2(m_connection, SQLITE_TRACE_PROFILE, &OnEnd, this);
+    }
+    ~RollbackBehind() { sqlite3_trace_v2(m_connection, 0, nullptr, nullptr); }
+
+private:
+    static int OnEnd(unsigned, void* self, void* statement, void*) {
+        const RollbackBehind& rollback = *static_cast<RollbackBehind*>(self);
+        const std::string_view sql = sqlite3_sql(static_cast<sqlite3_stmt*>(statement));
+        if (sql.find(rollback.m_table) == std::string_view::npos) return 0;
+        return sqlite3_exec(rollback.m_connection, "ROLLBACK", nullptr, nullptr, nullptr);
+    }
+
+    sqlite3* m_connection;
+    std::string_view m_table;
+};
+
 // What the operation still has to write would stay, outside of its transaction.
 TEST_F(DBToolsGuard, OperationThatSqliteRolledBackOnTheWayIsFalseAndWritesNothingMore) {
-    const auto rollBackBehindTheItem = [](unsigned, void* connection, void* statement, void*) {
-        const std::string_view sql = sqlite3_sql(static_cast<sqlite3_stmt*>(statement));
-        if (sql.find("ITEM_TABLE") == std::string_view::npos) return 0;
-        return sqlite3_exec(static_cast<sqlite3*>(connection), "ROLLBACK", nullptr, nullptr, nullptr);
-    };
-    sqlite3_trace_v2(m_connection, SQLITE_TRACE_PROFILE, rollBackBehindTheItem, m_connection);
-    EXPECT_FALSE(AddItem(1, 5, 0, Repeated(10, 1)));
-    sqlite3_trace_v2(m_connection, 0, nullptr, nullptr);
+    {
+        const RollbackBehind rollback(m_connection, "ITEM_TABLE");
+        EXPECT_FALSE(AddItem(1, 5, 0, Repeated(10, 1)));
+    }
     const char* const kTables[] = {"ITEM_TABLE", "RELATION_TABLE", "CACHE_DATA_TABLE"};
     for (const char* table : kTables) EXPECT_EQ(Count(table), "0") << table;
     EXPECT_TRUE(AddOne());
+}
+
+TEST_F(DBToolsGuard, ClearThatSqliteRolledBackOnTheWayIsFalseAndDropsNothing) {
+    ASSERT_TRUE(AddOne());
+    const std::string before = DumpOf(m_path);
+    {
+        const RollbackBehind rollback(m_connection, "FLT_FILE_TABLE");
+        EXPECT_FALSE(m_tools->ClearDatabase());
+    }
+    EXPECT_EQ(DumpOf(m_path), before);
+    EXPECT_TRUE(m_tools->ClearDatabase());
 }
 
 // --- Other connections to the file ---

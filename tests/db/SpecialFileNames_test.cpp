@@ -143,4 +143,30 @@ TEST_F(NameInAnotherCodePage, OfMoreBytesThanUnitsMayHave260Units) {
     EXPECT_THROW(db.open((longest + "u").c_str()), CppSQLite3Exception);
 }
 
+// Of three bytes each in UTF-8 a path has too many bytes long before it has too many units.
+TEST_F(NameInAnotherCodePage, MayHave504BytesWithItsFolders) {
+    ASSERT_TRUE(qfc::SetAnsiCodePage("CP874"));
+    const std::string folder(82, '\xA1');
+    const std::size_t before = std::filesystem::current_path().string().size() + 1 + 3 * folder.size() + 1;
+    ASSERT_LT(before, 504U);
+    std::filesystem::create_directories(qfc::NativePath(folder.c_str()));
+    const std::size_t left = 504 - before;
+    const std::string longest = folder + "/" + std::string(left / 3, '\xA1') + std::string(left % 3, 'u');
+    EXPECT_TRUE(CppSQLite3DB::takesPath(longest.c_str()));
+    bool ok = false;
+    DBTools tools(CString(longest.c_str()), ok);
+    EXPECT_TRUE(ok);
+    EXPECT_TRUE(tools.InsertGallery(7, 1));
+    const std::string longer = longest + "u";
+    EXPECT_FALSE(CppSQLite3DB::takesPath(longer.c_str()));
+    CppSQLite3DB db;
+    try {
+        db.open(longer.c_str());
+        ADD_FAILURE() << "opened";
+    } catch (const CppSQLite3Exception& error) {
+        EXPECT_EQ(error.errorCode(), 14);
+    }
+    EXPECT_FALSE(m_tools->ExportDatabase(longer.c_str()));
+}
+
 }  // namespace

@@ -48,6 +48,18 @@ protected:
     CQGallery gallery;
 };
 
+TEST_P(CQFolder_DbLoad, TranslatedNameOfAnotherNameIsForgotten) {
+    CString& translated = gallery.*&OpenFolder::m_strTranslateName;
+    gallery.GetFolderName() = "Before";
+    translated = "Davor";
+    ASSERT_EQ(Load(), 1);
+    EXPECT_STREQ(gallery.GetFolderName(), "Root");
+    EXPECT_STREQ(translated, "");
+    translated = "Wurzel";
+    ASSERT_EQ(Load(), 1);
+    EXPECT_STREQ(translated, "Wurzel");
+}
+
 TEST_P(CQFolder_DbLoad, Tree_NeedsAnIdAToolsObjectAGalleryRowAndARootRow) {
     CQGallery none;
     EXPECT_EQ(none.LoadTreeFromDb(), 0);

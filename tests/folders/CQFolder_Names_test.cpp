@@ -106,6 +106,73 @@ TEST_F(CQFolderTranslation, CopiesDoNotTakeItAlong) {
     EXPECT_STREQ(CQFolder(copy).GetTranslateFolderName(), "");
 }
 
+TEST_F(CQFolderTranslation, OfAFolderThatBecomesAnotherIsForgotten) {
+    places.TurnTranslationOn();
+    places.Translations("[TW_FOLDER_5]\nName=Translated\nOther=Andere\n");
+    EXPECT_STREQ(folder.GetTranslateFolderName(), "Translated");
+    folder = CQFolder("Other", 0, 5, 0);
+    EXPECT_STREQ(folder.GetTranslateFolderName(), "Andere");
+    folder = CQFolder("Unknown", 0, 5, 0);
+    EXPECT_STREQ(FolderDisplayName(&folder, nullptr), "Unknown");
+}
+
+TEST_F(CQFolderTranslation, OfFoldersInTheTemplatesGalleriesIsThenLookedUpByDisplayName) {
+    places.TurnTranslationOn();
+    places.Translations("[Predefined_Folder]\nName=Predefined\n");
+    for (const DWORD id : {3u, 12u, 1u}) {
+        CQGallery gallery("Gallery", 0, 0, 0);
+        gallery.SetFolderID(id);
+        EXPECT_STREQ(AddSub(gallery, "Name")->GetTranslateFolderName(), id == 1 ? "" : "Predefined") << id;
+    }
+}
+
+// Translated: the gallery, a folder in it, one below.
+struct TranslatedTree : CQFolderTranslation {
+    TranslatedTree() {
+        places.TurnTranslationOn();
+        places.Translations("[TW_FOLDER_0]\nMedia=Medien\nMusic=Musik\nkey--Loud=x--Laut\n");
+        document.AddGallery(gallery);
+        const ModuleString strings[] = {{7, "From the module"}};
+        SetModuleStrings(module, strings, 1);
+    }
+
+    CQGalleryDoc document;
+    CQGallery* gallery = new CQGallery("Media", 0, 0, 0);
+    CQFolder* music = AddSub(*gallery, "Music");
+    CQFolder* loud = AddSub(*music, "key--Loud");
+    CQFolder* plain = AddSub(*music, "Plain");
+    int moduleAddress = 0;
+    const HINSTANCE module = &moduleAddress;
+};
+
+TEST_F(TranslatedTree, NameOfTheModuleComesFirst_OneThatItDoesNotHaveIsTranslated) {
+    music->SetFolderID(7);
+    loud->SetFolderID(8);
+    EXPECT_STREQ(FolderDisplayName(music, module), "From the module");
+    EXPECT_STREQ(FolderDisplayName(loud, module), "Laut");
+    EXPECT_STREQ(FolderDisplayName(music, nullptr), "Musik");
+}
+
+TEST_F(TranslatedTree, PathsAndEncodedNamesHoldTranslatedNames) {
+    EXPECT_STREQ(FolderDisplayPath(loud, nullptr), "Musik\\Laut");
+    EXPECT_STREQ(DisplayPathBelow(loud, "New", nullptr), "Musik\\Laut\\New");
+    EXPECT_STREQ(EncodedNameBelow(loud, "New"), "||6||Medien||5||Musik||4||Laut||3||New");
+}
+
+TEST_F(TranslatedTree, FoldersAreFoundByTranslatedNames) {
+    EXPECT_EQ(gallery->GetSubFolderByDisplayPath("Musik\\Laut", nullptr), loud);
+    EXPECT_EQ(gallery->GetSubFolderByDisplayPath("Music\\Loud", nullptr), nullptr);
+    EXPECT_STREQ(StoredPathOf("Medien", "Musik\\Laut"), "\\Music\\key--Loud");
+    EXPECT_STREQ(StoredPathOf("Media", "Music"), "\\||5||Media||5||Music");
+}
+
+TEST_F(TranslatedTree, TranslatedNameOfASiblingIsTaken) {
+    CQFolder* other = AddSub(*gallery, "Other");
+    EXPECT_EQ(other->IsFolderNameValid("Musik", nullptr), 0);
+    EXPECT_EQ(other->IsFolderNameValid("Music", nullptr), 1);
+    EXPECT_EQ(plain->IsFolderNameValid("Musik\\Laut", nullptr), 0);
+}
+
 TEST(CQFolderNames, ImportedName_StepsOverTrailBytesThatLookLikeABar) {
     ASSERT_TRUE(SetAnsiCodePage("CP932"));
     EXPECT_STREQ(CQFolder::GetNameFormImportFolder("a || \x83\x7C\x83\x7C ||"), "\x83\x7C\x83\x7C");
@@ -146,6 +213,12 @@ TEST_F(CQFolderDisplay, NameOfAnIdThatTheModuleDoesNotHaveIsTheOwn) {
     b->SetFolderID(10);
     EXPECT_STREQ(FolderDisplayName(a, module), "A");
     EXPECT_STREQ(FolderDisplayName(b, module), "B");
+    EXPECT_STREQ(FolderDisplayName(&root, module), "Media");
+}
+
+TEST_F(CQFolderDisplay, NameOfAFolderWithoutIdIsTheOwn) {
+    const ModuleString strings[] = {{0, "Nobody"}};
+    SetModuleStrings(module, strings, 1);
     EXPECT_STREQ(FolderDisplayName(&root, module), "Media");
 }
 
@@ -215,48 +288,6 @@ TEST_F(CQFolderDisplay, NameIsValid_BelowTheFirstLevelOnlyWholePathsAreTaken) {
     EXPECT_EQ(b->IsFolderNameValid("S", nullptr), 1);
     EXPECT_EQ(b->IsFolderNameValid("A\\S", nullptr), 0);
     EXPECT_EQ(sibling->IsFolderNameValid("A\\S", nullptr), 1);
-}
-
-struct StoredPaths : testing::Test {
-    CQGalleryDoc document;
-    CQGallery* gallery = new CQGallery("key--Media", 0, 0, 0);
-    CQFolder* a = AddSub(*gallery, "A");
-    CQFolder* b = AddSub(*a, "key--B");
-
-    StoredPaths() { document.AddGallery(gallery); }
-};
-
-TEST_F(StoredPaths, FoldersOfAnOpenGalleryGoByTheirNames) {
-    EXPECT_STREQ(StoredPathOf("Media", "A\\B"), "\\A\\key--B");
-    EXPECT_EQ(gallery->GetFolderByPath(StoredPathOf("Media", "A\\B")), b);
-    EXPECT_STREQ(StoredPathOf("Media", ""), "");
-}
-
-TEST_F(StoredPaths, FromTheFirstUnknownPartOnNamesAreEncoded) {
-    EXPECT_STREQ(StoredPathOf("Media", "A\\X\\B"), "\\A\\||5||Media||1||A||1||X\\||5||Media||1||A||1||X||1||B");
-}
-
-TEST_F(StoredPaths, WithoutTheGalleryAllNamesAreEncoded) {
-    EXPECT_STREQ(StoredPathOf("Other", "A\\B"), "\\||5||Other||1||A\\||5||Other||1||A||1||B");
-}
-
-TEST_F(StoredPaths, EveryFolderOfARandomTreeIsFoundAgain) {
-    std::mt19937 random(3);
-    const std::vector<CQFolder*> folders = GrowRandomTree(*gallery, 300, random);
-    int number = 0;
-    for (CQFolder* folder : folders) {
-        if (folder == gallery) continue;
-        const CString shown(std::string_view("F" + std::to_string(++number)));
-        const CString encoded = EncodedNameBelow(folder->GetParent(), shown);
-        const CString forms[] = {shown, "key--" + shown, encoded};
-        folder->GetFolderName() = forms[random() % 3];
-    }
-    for (CQFolder* folder : folders) {
-        const CString shown = FolderDisplayPath(folder, nullptr);
-        if (folder == gallery) continue;
-        CQFolder* found = gallery->GetFolderByPath(StoredPathOf("Media", shown));
-        EXPECT_EQ(found, folder) << shown;
-    }
 }
 
 }  // namespace

@@ -101,15 +101,7 @@ TEST_F(PayloadLoading, CopiedItems_BringBlackBoxAndFilm) {
     }
 }
 
-// --- Folders without rows
-// ----------------------------------------------------------------------------------------------
-
-TEST_F(PayloadLoading, FolderBelowAParentWithoutRow_IsStoredBelowNobody) {
-    CQFolder* unstored = AddSub(tree->Gallery(), "unstored");
-    CQFolder* below = AddSub(*unstored, "below");
-    EXPECT_EQ(below->InsertOrUpdateFolder(), 1);
-    EXPECT_EQ(library.Raw().Cell("select PARENT_ID from FOLDER_TABLE where FOLDER_NAME = 'below'"), "-1");
-}
+// --- Rows that are missing -----------------------------------------------------------------------------------------
 
 TEST_F(PayloadLoading, RecursiveRemoval_LeavesTheRootsOwnItems) {
     CQGallery& gallery = tree->Gallery();
@@ -129,8 +121,7 @@ TEST_F(PayloadLoading, TreeOfAnUnknownGallery_KeepsTheNegativeAnswer) {
     EXPECT_LT(other.GetDBId(), 0);
 }
 
-// --- Quicksort
-// ---------------------------------------------------------------------------------------------------------
+// --- Quicksort -----------------------------------------------------------------------------------------------------
 
 int NothingToTell(DWORD, ULONGLONG, std::int64_t, void*) { return 0; }
 

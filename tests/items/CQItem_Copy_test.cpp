@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <list>
 #include <memory>
+#include <string>
 
 namespace {
 
@@ -16,15 +17,17 @@ DBTools* SomeTools() {
     return reinterpret_cast<DBTools*>(&nMarker);
 }
 
-// Every field set, and a folder that takes it: so it has a parent, a number and the attached flag.
+// Every field set, and taken by a folder as its second item: so it has a parent, the attached flag and the number 1.
 struct FilledSource {
     FilledSource() : pItem(NewFilledItem(1)) {
         pItem->fnSetDbTools(SomeTools());
         pItem->AddLibTag(GuidOf(40));
-        pItem->SetParentFolder(&folder);
+        folder.AddItem(new CQItem("first"), 1);
+        folder.AddItem(pItem, 1);
+        EXPECT_NE(pItem->GetNumber(), 0u);
     }
     CQFolder folder;
-    std::unique_ptr<CQItem> pItem;
+    CQItem* pItem;  // The folder's.
 };
 
 TEST(CQItem_CopyConstructor, DescriptiveFields_AreTakenAlong) {
@@ -103,7 +106,7 @@ protected:
     // The groups that differ from an untouched item after copying with the mask.
     DWORD GroupsCopied(DWORD dwMask) {
         CQItem target;
-        target.Copy(m_source.pItem.get(), dwMask);
+        target.Copy(m_source.pItem, dwMask);
         EXPECT_EQ(target.IsModified(), 1);
         DWORD dwGroups = 0;
         if (!target.GetItemName().IsEmpty()) dwGroups |= mask::kFields;
@@ -145,7 +148,7 @@ TEST_F(CQItem_Copy, TheItemItself_IsOnlyMarkedModified) {
 
 TEST_F(CQItem_Copy, FieldsBit_CopiesTheseFields) {
     CQItem target;
-    target.Copy(m_source.pItem.get(), mask::kFields);
+    target.Copy(m_source.pItem, mask::kFields);
     EXPECT_EQ(target.GetItemName(), "Item 1");
     EXPECT_EQ(target.GetFileName(), "C:\\media\\clip.avi");
     EXPECT_EQ(target.GetDescription(), "2020 1 2 3 4 5 2020 1 2 3 4 6");
@@ -160,7 +163,7 @@ TEST_F(CQItem_Copy, FieldsBit_CopiesTheseFields) {
 
 TEST_F(CQItem_Copy, CacheBit_CopiesTheThumbnailFramesToo) {
     CQItem target;
-    target.Copy(m_source.pItem.get(), mask::kCache);
+    target.Copy(m_source.pItem, mask::kCache);
     EXPECT_EQ(InMemory(target, qfc::kBitmapCache), InMemory(*m_source.pItem, qfc::kBitmapCache));
     EXPECT_EQ(target.GetCurThumbFrameNum(), 4u);
     EXPECT_EQ(target.GetOrgThumbFrameNum(), 5u);
@@ -168,7 +171,7 @@ TEST_F(CQItem_Copy, CacheBit_CopiesTheThumbnailFramesToo) {
 
 TEST_F(CQItem_Copy, FilmBit_LeavesTheFrameSize) {
     CQItem target;
-    target.Copy(m_source.pItem.get(), mask::kFilm);
+    target.Copy(m_source.pItem, mask::kFilm);
     EXPECT_EQ(InMemory(target, qfc::kFilm), InMemory(*m_source.pItem, qfc::kFilm));
     EXPECT_EQ(target.GetFilmSize(), 900u);
     EXPECT_EQ(target.GetFrameSize(), 0u);
@@ -190,7 +193,7 @@ TEST_F(CQItem_Copy, SourceWithoutPayloads_EmptiesTheTarget) {
 TEST_F(CQItem_Copy, IdentityAndPlace_AreNeverCopied) {
     CQItem target;
     const GUID guid = target.GetUniqueID();
-    target.Copy(m_source.pItem.get(), mask::kAll);
+    target.Copy(m_source.pItem, mask::kAll);
     EXPECT_TRUE(target.GetUniqueID() == guid);
     EXPECT_EQ(target.GetNumber(), 0u);
     EXPECT_EQ(target.GetDBID(), 0);
@@ -199,6 +202,73 @@ TEST_F(CQItem_Copy, IdentityAndPlace_AreNeverCopied) {
     EXPECT_EQ(target.GetParentFolder(), nullptr);
     EXPECT_EQ(target.GetIsDeletable(), 0);
     EXPECT_EQ(target.fnGetDbTools(), nullptr);
+}
+
+TEST_F(CQItem_Copy, CopyOfAnAttachedItem_CanStillBeAttachedItself) {
+    CQFolder other;
+    auto* const pTarget = new CQItem;
+    pTarget->Copy(m_source.pItem, mask::kAll);
+    other.AddItem(pTarget, 1);
+    EXPECT_EQ(pTarget->GetParentFolder(), &other);
+}
+
+// All that Copy could take, in one text.
+std::string Everything(const CQItem& item) {
+    std::string text;
+    for (const CString& part : {item.GetItemName(), item.GetFileName(), item.GetDescription(), item.GetAnnotation(),
+                                item.GetTemplatePath()}) {
+        text += std::string(part.View()) + "|";
+    }
+    for (const ULONGLONG number :
+         {ULONGLONG{item.GetAttrib()}, ULONGLONG{item.GetItemType()}, ULONGLONG{item.GetFrameSize()},
+          item.fnGetTimeStamp(), ULONGLONG{item.GetCurThumbFrameNum()}, ULONGLONG{item.GetOrgThumbFrameNum()},
+          ULONGLONG{item.GetBlackBoxSize()}, ULONGLONG{item.GetCacheSize()}, ULONGLONG{item.GetFilmSize()},
+          static_cast<ULONGLONG>(item.GetIsDeletable()), ULONGLONG{item.GetNumber()},
+          static_cast<ULONGLONG>(item.GetDBID())}) {
+        text += std::to_string(number) + "|";
+    }
+    return text;
+}
+
+TEST_F(CQItem_Copy, MaskZeroAndBitsWithoutSource_LeaveEveryField) {
+    for (const DWORD dwMask : {0u, static_cast<unsigned>(mask::kDataBlock), 0xFFFFFFE0u}) {
+        CQItem target;
+        const std::string before = Everything(target);
+        target.Copy(m_source.pItem, dwMask);
+        EXPECT_EQ(Everything(target), before) << dwMask;
+    }
+}
+
+TEST_F(CQItem_Copy, EachBit_ChangesItsFieldsAndNoOthers) {
+    const CQItem& source = *m_source.pItem;
+    const struct {
+        DWORD dwMask;
+        std::string changed;
+    } rows[] = {
+        {mask::kFields,
+         "Item 1|C:\\media\\clip.avi|2020 1 2 3 4 5 2020 1 2 3 4 6|a note||1|1|300|1600000000|0|0|0|0|0|0|0|0|"},
+        {mask::kBlackBox, "|||||0|0|0|0|0|0|3000|0|0|0|0|0|"},
+        {mask::kCache, "|||||0|0|0|0|4|5|0|" + std::to_string(source.GetCacheSize()) + "|0|0|0|0|"},
+        {mask::kFilm, "|||||0|0|0|0|0|0|0|0|900|0|0|0|"},
+    };
+    for (const auto& row : rows) {
+        CQItem target;
+        target.Copy(&source, row.dwMask);
+        EXPECT_EQ(Everything(target), row.changed) << row.dwMask;
+    }
+}
+
+TEST_F(CQItem_Copy, SizesWithoutBytes_AreNotTaken) {
+    CQItem source;
+    source.ChangeBlackBox(nullptr, 30);
+    source.ChangeCache(nullptr, 40);
+    source.ChangeFilm(nullptr, 500, 100);
+    CQItem& target = *m_source.pItem;
+    target.Copy(&source, mask::kBlackBox | mask::kCache | mask::kFilm);
+    EXPECT_EQ(target.GetBlackBoxSize(), 0u);
+    EXPECT_EQ(target.GetCacheSize(), 0u);
+    EXPECT_EQ(target.GetFilmSize(), 0u);
+    EXPECT_EQ(target.GetFilm(), nullptr);
 }
 
 TEST(CQItem_Equals, Null_IsNeverEqual) { EXPECT_EQ(CQItem().Equals(nullptr), 0); }

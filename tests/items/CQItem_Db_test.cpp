@@ -60,6 +60,14 @@ TEST_F(CQItem_Db, NullColumns_LeaveTheFieldsButTheTimestampIsZero) {
     EXPECT_EQ(pItem->GetFrameSize(), 300u);
     EXPECT_EQ(pItem->GetIsDeletable(), 1);
     EXPECT_EQ(pItem->fnGetTimeStamp(), 0u);
+    EXPECT_EQ(pItem->GetCurThumbFrameNum(), 4u);
+    EXPECT_EQ(pItem->GetOrgThumbFrameNum(), 5u);
+    EXPECT_EQ(pItem->GetAnnotation(), "a note");
+    EXPECT_EQ(pItem->GetAttrib(), 1u);
+    pItem->ChangeFilm(nullptr, 500, 100);
+    ASSERT_EQ(pItem->fnLoadItemFromDb(), 1);
+    EXPECT_EQ(pItem->GetFilmSize(), 500u);
+    EXPECT_EQ(pItem->GetFrameSize(), 100u);
 }
 
 TEST_F(CQItem_Db, MissingColumns_LeaveTheFields) {

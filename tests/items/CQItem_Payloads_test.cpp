@@ -166,6 +166,8 @@ INSTANTIATE_TEST_SUITE_P(Depths, CQItem_CacheSizes,
                                          DibCase{10, 7, 8, 1064 + 12 * 7},   // the palette counts
                                          DibCase{1, 1, 8, 1064 + 4},         //
                                          DibCase{9, 2, 1, 40 + 4 * 2},       //
+                                         DibCase{9, 2, 4, 40 + 4 * 2},       // 36 bits count as 4 bytes
+                                         DibCase{33, 1, 1, 40 + 4},          // 33 bits too
                                          DibCase{3, 5, 32, 40 + 12 * 5},     //
                                          DibCase{5, -3, 24, 40 + 16 * 3}));  // stored from the top
 

@@ -99,6 +99,12 @@ TEST_F(CQItemTranslation, Collecting_WritesTheNameAndLeavesItAlone) {
     EXPECT_EQ(ReadFile(places.TranslationFile()), "[TW_ITEMTYPE_TX]\nName=Name\n");
 }
 
+TEST_F(CQItemTranslation, Collecting_MeansNothingWhileTranslationIsOff) {
+    places.ApplicationIni("[USERMODE]\nCreateTWTranslateData=1\n");
+    EXPECT_EQ(item.fnTranslateItemName(), 0);
+    EXPECT_FALSE(std::filesystem::exists(places.TranslationFile()));
+}
+
 TEST_F(CQItemTranslation, Collecting_LeavesOutVideosAndSpeeds) {
     places.TurnCollectingOn();
     for (const DWORD type : {1u, 67108864u, 2u}) {

@@ -1,8 +1,13 @@
 #include "platform/os/LastError.h"
 #include "tests/platform/IniTest.h"
 
+#include <chrono>
+#include <fcntl.h>
+#include <future>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/time.h>
+#include <unistd.h>
 
 namespace {
 
@@ -185,7 +190,7 @@ TEST_F(IniValue, ChangeOfTheFileIsSeenAtOnce) {
     EXPECT_EQ(Value("S", "a"), "3");
 }
 
-TEST_F(IniValue, ChangeOfAnOldFileIsSeenThoughSizeAndTimeStay) {
+TEST_F(IniValue, ChangeOfAFileIsSeenThoughSizeAndTimeOfChangeStay) {
     const auto setOld = [&] {
         const timeval times[2] = {{1000000000, 0}, {1000000000, 0}};
         return utimes(path.c_str(), times);
@@ -261,6 +266,29 @@ TEST_F(IniValue, BareNameIsInTheDataFolder_DotIsTheWorkingFolder) {
     EXPECT_EQ(qfc::ReadProfileText("S", "k", "", "own.ini"), "data");
     EXPECT_EQ(qfc::ReadProfileText("S", "k", "", ".\\own.ini"), "working");
     EXPECT_EQ(qfc::ReadProfileText("S", "k", "", "./own.ini"), "working");
+}
+
+TEST_F(IniValue, BareNameIsNowhereWhenTheDataFolderHasNoPath) {
+    const std::string deep = folder.MakeFolder(std::string(200, 'x') + "/" + std::string(200, 'x'));
+    ASSERT_EQ(setenv("QFCLIB_DATA_DIR", deep.c_str(), 1), 0);
+    folder.Write("own.ini", "[S]\nk=working\n");
+    std::filesystem::current_path(folder.Path());
+    EXPECT_EQ(qfc::ReadProfileText("S", "k", "none", "own.ini"), "none");
+    EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
+    EXPECT_EQ(WritePrivateProfileStringA("S", "k", "v", "new.ini"), 0);
+    EXPECT_EQ(WritePrivateProfileStringA("S", "k", nullptr, "new.ini"), 0);
+    EXPECT_FALSE(std::filesystem::exists(folder / "new.ini"));
+}
+
+TEST_F(IniValue, ReadersDoNotWaitForAWriter) {
+    File("[S]\na=1\n");
+    const int lock = open((path + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    ASSERT_EQ(flock(lock, LOCK_EX), 0);
+    std::future<std::string> value = std::async(std::launch::async, [&] { return Value("S", "a"); });
+    const bool read = value.wait_for(std::chrono::seconds(30)) == std::future_status::ready;
+    close(lock);
+    EXPECT_TRUE(read);
+    EXPECT_EQ(value.get(), "1");
 }
 
 TEST_F(IniValue, NumberIsReadFromTheStartOfTheValue) {

@@ -112,6 +112,63 @@ TEST_F(IniWrite, RemovingWhatIsNotThereSucceedsAndChangesNothing) {
     EXPECT_EQ(Over("[S]\na=1", "T", nullptr, nullptr), "[S]\na=1");
 }
 
+// What a write of the same must leave: nothing is written, so nothing is replaced, and nobody was waited for.
+TEST_F(IniWrite, WhatChangesNothingWritesNothing) {
+    File("[S]\na=1");
+    struct stat before;
+    ASSERT_EQ(stat(path.c_str(), &before), 0);
+    EXPECT_EQ(Write("S", "a", "1"), 1);
+    EXPECT_EQ(Write("S", "k", nullptr), 1);
+    EXPECT_EQ(Write("T", nullptr, nullptr), 1);
+    struct stat after;
+    ASSERT_EQ(stat(path.c_str(), &after), 0);
+    EXPECT_EQ(after.st_ino, before.st_ino);
+    EXPECT_THAT(folder.Entries(), UnorderedElementsAre("file.ini"));
+}
+
+// What `call` answers as another user, whom the permissions bind; only root can become one.
+template <class Call>
+int AsAnotherUser(const Call& call) {
+    const pid_t pid = fork();
+    if (pid == 0) _exit(setegid(65534) == 0 && seteuid(65534) == 0 ? call() : 100);
+    int status = -1;
+    EXPECT_EQ(waitpid(pid, &status, 0), pid);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+struct IniWriteOfAnotherUser : IniWrite {
+    IniWriteOfAnotherUser() {
+        File("[S]\na=1\n");
+        fs::permissions(folder.Path(), fs::perms::all);
+    }
+    void SetUp() override {
+        if (geteuid() != 0) GTEST_SKIP() << "only root can be another user";
+    }
+};
+
+TEST_F(IniWriteOfAnotherUser, FileThatHeMayNotWriteIsNotReplaced) {
+    fs::permissions(path, fs::perms(0644));
+    EXPECT_EQ(AsAnotherUser([&] { return Write("S", "a", "2"); }), 0);
+    EXPECT_EQ(File(), "[S]\na=1\n");
+    EXPECT_EQ(AsAnotherUser([&] { return Write("S", "a", "1"); }), 1);
+}
+
+TEST_F(IniWriteOfAnotherUser, LockThatSomebodyElseMadeIsNoObstacle) {
+    fs::permissions(path, fs::perms(0666));
+    folder.Write("file.ini.lock", "");
+    fs::permissions(path + ".lock", fs::perms(0644));
+    EXPECT_EQ(AsAnotherUser([&] { return Write("S", "a", "2"); }), 1);
+    EXPECT_EQ(File(), "[S]\na=2\n");
+}
+
+TEST_F(IniWriteOfAnotherUser, WhatChangesNothingSucceedsWhereNothingMayBeMade) {
+    fs::permissions(folder.Path(), fs::perms(0755));
+    EXPECT_EQ(AsAnotherUser([&] { return Write("S", "k", nullptr); }), 1);
+    EXPECT_EQ(AsAnotherUser([&] { return Write("S", "a", "1"); }), 1);
+    EXPECT_EQ(AsAnotherUser([&] { return Write("S", "a", nullptr); }), 0);
+    EXPECT_EQ(File(), "[S]\na=1\n");
+}
+
 TEST_F(IniWrite, NullSectionAndMissingPathFail) {
     EXPECT_EQ(Write(nullptr, "k", "v"), 0);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
@@ -145,6 +202,24 @@ TEST_F(IniWrite, LinkStaysALink_PermissionsStay) {
     struct stat status;
     ASSERT_EQ(stat(real.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0640u);
+}
+
+TEST_F(IniWrite, FileIsMadeWhereADanglingLinkPointsTo) {
+    folder.MakeFolder("sub");
+    fs::create_symlink("sub/next.ini", path);
+    fs::create_symlink(folder / "real.ini", folder / "sub/next.ini");
+    EXPECT_EQ(Write("S", "a", "1"), 1);
+    EXPECT_TRUE(fs::is_symlink(path));
+    EXPECT_TRUE(fs::is_symlink(folder / "sub/next.ini"));
+    EXPECT_EQ(qfc::test::ReadFile(folder / "real.ini"), "[S]\r\na=1\r\n");
+    EXPECT_EQ(Value("S", "a"), "1");
+    EXPECT_THAT(folder.Entries(), UnorderedElementsAre("file.ini", "real.ini", "real.ini.lock", "sub"));
+}
+
+TEST_F(IniWrite, LinkToItselfIsNoProfile) {
+    fs::create_symlink("file.ini", path);
+    EXPECT_EQ(Write("S", "a", "1"), 0);
+    EXPECT_TRUE(fs::is_symlink(path));
 }
 
 TEST_F(IniWrite, ReadOnlyFileIsNotReplaced) {

@@ -1,4 +1,6 @@
+#include "platform/text/CodePages.h"
 #include "tests/support/LibraryFixture.h"
+#include "tests/support/RawDb.h"
 
 #include <gtest/gtest.h>
 
@@ -6,8 +8,15 @@ namespace {
 
 using Manager = QFCLibraryManager;
 
+using qfc::test::RawDb;
+
 class EntriesAutoLoaded : public qfc::test::LibraryFixture {
 protected:
+    void TearDown() override {
+        qfc::SetAnsiCodePage("UTF-8");
+        LibraryFixture::TearDown();
+    }
+
     const GUID m_item{1, 2, 3, {4, 5, 6}};
 };
 
@@ -31,6 +40,16 @@ TEST_F(EntriesAutoLoaded, AFile_IsFoundInAnyCase) {
 TEST_F(EntriesAutoLoaded, APathBeyondAscii_IsFoundInAnyCase) {
     EXPECT_EQ(Manager::fnAddItemIntoAutoLodedByPathTable("/media/\xC3\x84pfel.png", 7), 1);  // A with dots
     EXPECT_EQ(Manager::fnIsItemInAutoLoadedByPathTable("/MEDIA/\xC3\xA4pfel.png", 7), 1);
+}
+
+// Katakana: A and a small kind of it end in the letters A and a.
+TEST_F(EntriesAutoLoaded, ASecondByteThatLooksLikeALetter_HasNoCase) {
+    ASSERT_TRUE(qfc::SetAnsiCodePage("CP932"));
+    EXPECT_EQ(Manager::fnAddItemIntoAutoLodedByPathTable("C:\\\x83\x41.WAV", 7), 1);
+    EXPECT_EQ(Manager::fnIsItemInAutoLoadedByPathTable("c:\\\x83\x41.wav", 7), 1);
+    EXPECT_EQ(Manager::fnIsItemInAutoLoadedByPathTable("C:\\\x83\x61.WAV", 7), 0);
+    EXPECT_EQ(Manager::fnAddItemIntoAutoLodedByPathTable("C:\\\x83\x61.WAV", 7), 1);
+    EXPECT_EQ(CountRows("ITEM_AUTO_LOADED_TABLE"), 2);
 }
 
 TEST_F(EntriesAutoLoaded, ItemsAndFilesOfOneFolder_AreRowsOfTheirOwn) {
@@ -81,6 +100,23 @@ TEST_F(EntriesAutoLoaded, WhileStopped_EveryFunctionIsZero) {
     EXPECT_EQ(Manager::fnAddItemIntoAutoLodedByPathTable("b.avi", 7), 0);
     EXPECT_EQ(Manager::fnIsItemInAutoLoadedByPathTable("a.avi", 7), 0);
     EXPECT_EQ(CountRows("ITEM_AUTO_LOADED_TABLE"), 2);
+}
+
+TEST_F(EntriesAutoLoaded, WithoutTheirTable_EveryFunctionIsZero) {
+    RawDb(DatabaseFile()).Exec("drop table ITEM_AUTO_LOADED_TABLE");
+    EXPECT_EQ(Manager::fnAddItemIntoAutoLodedTable(m_item, 7), 0);
+    EXPECT_EQ(Manager::fnIsItemInAutoLoadedTable(m_item, 7), 0);
+    EXPECT_EQ(Manager::fnAddItemIntoAutoLodedByPathTable("a.avi", 7), 0);
+    EXPECT_EQ(Manager::fnIsItemInAutoLoadedByPathTable("a.avi", 7), 0);
+}
+
+TEST_F(EntriesAutoLoaded, ARowThatIsRefused_IsZeroAndNotKnown) {
+    RawDb(DatabaseFile())
+        .Exec("create trigger REFUSE before insert on ITEM_AUTO_LOADED_TABLE begin select raise(fail, 'refused'); end");
+    EXPECT_EQ(Manager::fnAddItemIntoAutoLodedTable(m_item, 7), 0);
+    EXPECT_EQ(Manager::fnAddItemIntoAutoLodedByPathTable("a.avi", 7), 0);
+    EXPECT_EQ(Manager::fnIsItemInAutoLoadedTable(m_item, 7), 0);
+    EXPECT_EQ(Manager::fnIsItemInAutoLoadedByPathTable("a.avi", 7), 0);
 }
 
 // They run on the calling thread, which may be the worker.

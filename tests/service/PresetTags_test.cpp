@@ -112,6 +112,12 @@ TEST_F(PresetTags, AnItemWithoutPath_IsKnownByItsNameAlone) {
     EXPECT_EQ(TagsGiven("Nameonly", ""), "1 ");
 }
 
+TEST_F(PresetTags, AnItemWhosePathEndsInASeparator_IsKnownByItsNameAlone) {
+    Preset(Section("Ends", "ends.wav", "String@Beach"));
+    EXPECT_EQ(TagsGiven("Ends", "C:\\media\\"), "1 ");
+    EXPECT_EQ(TagsGiven("Ends", "/media/"), "1 ");
+}
+
 TEST_F(PresetTags, APresetWithoutPath_NamesItemsWithoutPathOnly) {
     Preset("[x]\nItemName=Pathless\nFilePath=\nGalleryID=1\nTagList=String@Beach\n");
     EXPECT_EQ(TagsGiven("Pathless", "C:\\media\\pathless.wav"), "");
@@ -138,6 +144,15 @@ TEST_F(PresetTags, TheTagIsNamedBehindTheLastAtSign) {
     EXPECT_EQ(TagsGiven("At", "at.wav"), "2 3 ");
 }
 
+TEST_F(PresetTags, ASpecifierWithoutName_GivesTheTagWithoutName) {
+    ASSERT_EQ(Manager::fnUpdateTagCategory(kMedia, {Category(30, "Odd", {{7, ""}})}), 1);
+    Preset(Section("Trailing", "nameless.wav", "String@Beach;") + Section("At", "nameless.wav", "String@") +
+           Section("Listless", "nameless.wav", ""));
+    EXPECT_EQ(TagsGiven("Trailing", "nameless.wav"), "1 7 ");
+    EXPECT_EQ(TagsGiven("At", "nameless.wav"), "7 ");
+    EXPECT_EQ(TagsGiven("Listless", "nameless.wav"), "");
+}
+
 TEST_F(PresetTags, TagsAreFoundInAnyCase_AndUnknownOnesPassedOver) {
     Preset(Section("Unknown", "unknown.wav", "String@Nowhere;String@BEACH;String@Beac"));
     EXPECT_EQ(TagsGiven("Unknown", "unknown.wav"), "1 ");
@@ -147,11 +162,15 @@ TEST_F(PresetTags, TheGalleryOfThePresetDecides_NotThatOfTheItem) {
     ASSERT_EQ(Manager::fnUpdateTagCategory(kSounds, {Category(30, "Mood", {{7, "Calm"}, {8, "Beach"}}, kSounds)}), 1);
     Preset(Section("Foreign", "foreign.wav", "String@Beach;String@Calm", "2") +
            Section("Odd", "foreign.wav", "String@Calm", " 2nd") + Section("None", "foreign.wav", "String@Beach", "x") +
-           Section("Huge", "foreign.wav", "String@Beach", "99999999999999999999"));
+           Section("Huge", "foreign.wav", "String@Beach", "99999999999999999999") +
+           Section("Wrapped", "foreign.wav", "String@Beach", "4294967298") +
+           Section("Negative", "foreign.wav", "String@Beach", "-4294967294"));
     EXPECT_EQ(TagsGiven("Foreign", "foreign.wav"), "8 7 ");
     EXPECT_EQ(TagsGiven("Odd", "foreign.wav"), "7 ");
     EXPECT_EQ(TagsGiven("None", "foreign.wav"), "");
-    EXPECT_EQ(TagsGiven("Huge", "foreign.wav"), "");
+    for (const char* const pszName : {"Huge", "Wrapped", "Negative"}) {
+        EXPECT_EQ(TagsGiven(pszName, "foreign.wav"), "") << pszName;
+    }
 }
 
 TEST_F(PresetTags, TagsTheItemHasAlready_AreNotWrittenAgain) {
@@ -204,6 +223,25 @@ TEST_F(PresetTags, DisplayNames_AreUtf8InTheirFile) {
     EXPECT_EQ(TagsGiven("\xC4ngel", "angel.ar", MakeGallery(kArStickers)), "1 ");
 }
 
+TEST_F(PresetTags, NamesOfStickers_AreUtf8InTheirFile) {
+    ASSERT_TRUE(qfc::SetAnsiCodePage("CP1252"));
+    WriteData("ARFilter.ini", "[\xC3\x84ngel]\ndisplayname=Angel\n[\xD6l]\ndisplayname=Oil\n");
+    Preset(Section("\xC4ngel", "umlaut.ar", "String@Beach") + Section("\xD6l", "umlaut.ar", "String@Sunset"));
+    const ULONGLONG hStickers = MakeGallery(kArStickers);
+    EXPECT_EQ(TagsGiven("Angel", "umlaut.ar", hStickers), "1 ");
+    EXPECT_EQ(TagsGiven("\xC4ngel", "umlaut.ar", hStickers), "");
+    EXPECT_EQ(TagsGiven("Oil", "umlaut.ar", hStickers), "");
+    EXPECT_EQ(TagsGiven("\xD6l", "umlaut.ar", hStickers), "2 ");
+}
+
+// In the code page the last byte of the name would take the bracket, or the line's end, for its second one.
+TEST_F(PresetTags, TheFileOfStickers_IsNotReadInTheCodePage) {
+    ASSERT_TRUE(qfc::SetAnsiCodePage("CP932"));
+    WriteData("ARFilter.ini", "[\xE3\x83\x9D]\ndisplayname=\xE3\x83\x9D\xE3\x83\x9D\n");  // Katakana PO
+    Preset(Section("\x83\x7C", "po.ar", "String@Beach"));
+    EXPECT_EQ(TagsGiven("\x83\x7C\x83\x7C", "po.ar", MakeGallery(kArStickers)), "1 ");
+}
+
 // --- Two-byte characters --------------------------------------------------------------------------------------------
 
 TEST_F(PresetTags, TrailBytesThatLookLikeSeparators_AreNone) {
@@ -241,6 +279,57 @@ TEST_F(PresetTags, OfAnItemThatNoFolderTook_AreNotWritten) {
     EXPECT_EQ(Manager::fnAddItem(m_hMedia, {"Clips"}, &item), 1);
     EXPECT_EQ(TagsOf(item), "");
     EXPECT_EQ(CountRows("TAG_ITEM_RELATION_TABLE"), 0);
+}
+
+// The folder keeps the object that it has.
+TEST_F(PresetTags, OfAnotherObjectOfAnItemThatIsHeld_AreNotWritten) {
+    CQItem* const pHeld = Add("Twin", "twin.wav");
+    Preset(Section("Twin", "twin.wav", "String@Beach"));
+    CQItem twin("Twin");
+    twin.SetFileName("twin.wav");
+    twin.SetUniqueID(std::as_const(*pHeld).GetUniqueID());
+    twin.fnSetDbTools(pHeld->fnGetDbTools());
+    ASSERT_EQ(Manager::fnAddItem(m_hMedia, {"Clips"}, &twin), 1);
+    EXPECT_EQ(TagsOf(twin) + TagsOf(*pHeld), "");
+    EXPECT_EQ(CountRows("TAG_ITEM_RELATION_TABLE"), 0);
+}
+
+TEST_F(PresetTags, OfAnItemOfAnotherLibraryThatIsHeldAlready_AreNotWrittenThere) {
+    CQItem* const pHeld = Add("Guest", "guest.wav");
+    Preset(Section("Guest", "guest.wav", "String@Beach"));
+    const std::string other = (Scratch() / "other.db").string();
+    bool bOpened = false;
+    DBTools session(other.c_str(), bOpened);
+    ASSERT_TRUE(bOpened);
+    CQItem guest("Guest");
+    guest.SetFileName("guest.wav");
+    guest.SetUniqueID(std::as_const(*pHeld).GetUniqueID());
+    guest.fnSetDbTools(&session);
+    ASSERT_EQ(Manager::fnAddItem(m_hMedia, {"Clips"}, &guest), 1);
+    EXPECT_EQ(TagsOf(guest), "");
+    EXPECT_EQ(RawDb(other).Rows("select * from TAG_ITEM_RELATION_TABLE").size(), 0u);
+}
+
+TEST_F(PresetTags, OfASecondObjectThatAnotherFolderTakes_AreGiven) {
+    ASSERT_NE(MakeFolder("", "More"), nullptr);
+    CQItem* const pHeld = Add("Second", "second.wav");
+    Preset(Section("Second", "second.wav", "String@Beach"));
+    auto* const pSecond = new CQItem("Second");
+    pSecond->SetFileName("second.wav");
+    pSecond->SetUniqueID(std::as_const(*pHeld).GetUniqueID());
+    ASSERT_EQ(Manager::fnAddItem(m_hMedia, {"More"}, pSecond), 1);
+    EXPECT_EQ(TagsOf(*pSecond), "1 ");
+    ASSERT_EQ(Manager::fnDeleteLibTagFromItem({pSecond}, {TagGuid(1)}), 1);
+    ASSERT_EQ(Manager::fnAddItem(m_hMedia, {"More"}, pSecond), 1);
+    EXPECT_EQ(TagsOf(*pSecond), "1 ");
+}
+
+TEST_F(PresetTags, OfAnItemThatIsHeldElsewhere_AreGivenWhateverTheFoldersNamed) {
+    CQItem* const pItem = Add("Elsewhere", "elsewhere.wav");
+    Preset(Section("Elsewhere", "elsewhere.wav", "String@Beach"));
+    ASSERT_EQ(Manager::fnAddItem(m_hMedia, {"Gone"}, pItem), 1);
+    EXPECT_EQ(TagsOf(*pItem), "1 ");
+    EXPECT_TRUE(IsLinked(*pItem, 1));
 }
 
 TEST_F(PresetTags, OfAnItemAddedAgain_AreGivenAgain) {
@@ -351,11 +440,12 @@ TEST_F(PresetTags, ACallbackSeesTheTags) {
 TEST_F(PresetTags, TheHostMayReadTheStoreWhileItemsAreAdded) {
     Preset(Section("Busy", "busy.wav", "String@Sunset;String@Rain"));
     constexpr int kItems = 50;
+    std::atomic<int> nAdded = 0;
     std::atomic<int> nTagged = 0;
     Listen("tags", [&](QFCLibCallbackParam* pParam) {
         const CQItem* const pItem = m_pClips->GetItemByGUID(pParam->guidItem);
         if (pItem != nullptr && pItem->IsTagExist(TagGuid(3)) != 0) ++nTagged;
-        return 1;
+        return ++nAdded;
     });
     for (int nItem = 0; nItem < kItems; ++nItem) {
         ASSERT_EQ(Manager::fnAddItemAsync(m_hMedia, {"Clips"}, new CQItem("Busy"), nItem % 3 == 0), 1);
@@ -372,7 +462,8 @@ TEST_F(PresetTags, TheHostMayReadTheStoreWhileItemsAreAdded) {
         EXPECT_FALSE(Store().GetPresetTagData().empty());
         EXPECT_EQ(Store().GetTagsData(kMedia).size(), 2u);
         EXPECT_EQ(Manager::fnIsItemInAutoLoadedTable(TagGuid(1), 1), 0);
-    } while (nTagged < kItems);
+    } while (nAdded < kItems);
+    EXPECT_EQ(nTagged, kItems);
     EXPECT_EQ(CountRows("TAG_ITEM_RELATION_TABLE"), 2 * kItems);
 }
 

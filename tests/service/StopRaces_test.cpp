@@ -8,6 +8,7 @@
 #include <atomic>
 #include <gtest/gtest.h>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <thread>
 #include <vector>
@@ -103,12 +104,34 @@ TEST_F(StopRaces, ASession_IsUsedWithoutHoldingUpTheStop) {
 // --- Starts, stops and clears at once
 // ----------------------------------------------------------------------------------
 
+// Who holds the lock goes on for a good while after the stop has set out.
+TEST_F(StopRaces, AStopThatMeetsTheEndOfAStart_WaitsForIt) {
+    std::unique_lock start(ServicePeer::Transition());
+    std::atomic<bool> setOut = false;
+    std::thread stopping([&] {
+        setOut = true;
+        EXPECT_EQ(Manager::fnStopService(), 1);
+    });
+    while (!setOut) std::this_thread::yield();
+    for (int i = 0; i < 10000; ++i) std::this_thread::yield();
+    start.unlock();
+    stopping.join();
+    EXPECT_FALSE(IsRunning());
+}
+
+TEST_F(StopRaces, AStartOrAClearThatMeetsAStop_DoesNotWait) {
+    ASSERT_EQ(Manager::fnStopService(), 1);
+    const std::unique_lock stop(ServicePeer::Transition());
+    std::thread([] { EXPECT_EQ(Manager::fnStartService(), 0); }).join();
+    std::thread([] { EXPECT_EQ(Manager::fnClearDBContent(), 0); }).join();
+}
+
 TEST_F(StopRaces, AStopOfARunningService_IsNotRefusedForACallThatIsRefusedItself) {
     std::atomic<bool> done = false;
     std::thread clearing([&] {
         while (!done) Manager::fnClearDBContent();
     });
-    for (int cycle = 0; cycle < 200; ++cycle) {
+    for (int cycle = 0; cycle < 25; ++cycle) {
         std::this_thread::yield();
         ASSERT_EQ(Manager::fnStopService(), 1) << cycle;
         while (Manager::fnStartService() == 0) std::this_thread::yield();  // The clear really clears now.
@@ -126,7 +149,7 @@ TEST_F(StopRaces, AStopOfAServiceThatHasJustStarted_IsNotRefused) {
             while (!done) Manager::fnStartService();
         });
     }
-    for (int cycle = 0; cycle < 50; ++cycle) {
+    for (int cycle = 0; cycle < 20; ++cycle) {
         while (!IsRunning()) std::this_thread::yield();
         ASSERT_EQ(Manager::fnStopService(), 1) << cycle;
     }

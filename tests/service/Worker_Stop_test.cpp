@@ -47,15 +47,18 @@ TEST_F(WorkerStop, AtStop_SyncOperationsRunAndAsyncOnesAreDropped) {
 // The first of the batch sees the flag fall, so the others are chosen already.
 TEST_F(WorkerStop, AtStop_AsyncOperationsThatAreChosenAlreadyAreDroppedToo) {
     std::vector<SharedLambda> dropped;
+    std::atomic<bool> chosen = false;
     {
         const Gate gate;
         QueueAsync([&] {
+            chosen = true;
             dropped.push_back(QueueAsync(Note("behind the batch")));
             while (ServicePeer::Running(ServicePeer::Manager()) != 0) std::this_thread::yield();
             return 0;
         });
         for (const int nPriority : {0, 1}) dropped.push_back(QueueAsync(Note("chosen"), nPriority));
     }
+    while (!chosen) std::this_thread::yield();
     EXPECT_EQ(QFCLibraryManager::fnStopService(), 1);
     EXPECT_EQ(dropped.size(), 3u);
     for (const SharedLambda& p : dropped) {

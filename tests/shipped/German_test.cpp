@@ -71,13 +71,13 @@ TEST_F(German, NoKeyIsWithoutAName) {
 TEST_F(German, TheTemplateHoldsTheNames) {
     StartHost();
     CLibTag tag;
-    EXPECT_EQ(Store().GetTagByName(kGalleryMedia, "GEBÄUDE", tag), 1);
-    EXPECT_EQ(Store().GetTagByName(kGalleryMedia, "Buildings", tag), 0);
+    EXPECT_EQ(Store().GetTagByName(qfc::kGalleryMedia, "GEBÄUDE", tag), 1);
+    EXPECT_EQ(Store().GetTagByName(qfc::kGalleryMedia, "Buildings", tag), 0);
 }
 
 TEST_F(German, GalleriesAndFoldersAreShownByTheirNames) {
     StartHost();
-    const ULONGLONG sounds = QFCLibraryManager::fnLoadGallery(kGallerySounds);
+    const ULONGLONG sounds = QFCLibraryManager::fnLoadGallery(qfc::kGallerySounds);
     EXPECT_STREQ(GetFolderDisplayName(qfc::AsGallery(sounds), nullptr), "Klänge");
     QFCLibraryManager::fnCreateFolder(sounds, "", "Loops", 2, 0, 0, 0);
     EXPECT_STREQ(GetFolderDisplayName(qfc::AsGallery(sounds)->GetFolderByPath("Loops"), nullptr), "Schleifen");

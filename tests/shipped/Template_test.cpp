@@ -95,7 +95,7 @@ TEST_F(ShippedTemplate, GivesEachGalleryATagOnlyOnce) {
 TEST_F(ShippedTemplate, KnowsTheSpecialCategories) {
     StartHost();
     std::vector<int> types;
-    for (const CTagCategory& category : Store().GetTagsData(kGalleryMedia)) {
+    for (const CTagCategory& category : Store().GetTagsData(qfc::kGalleryMedia)) {
         if (category.m_nType != 0) types.push_back(category.m_nType);
         EXPECT_EQ(category.m_bDeletable, category.m_nType == 0) << category.m_strName;
     }
@@ -115,20 +115,20 @@ TEST_F(ShippedTemplate, DefaultsMadeAgainAddNothing) {
 
 TEST_F(ShippedTemplate, AKnownSoundGetsItsTags) {
     StartHost();
-    const Texts tags = TagsOfAnImport(kGalleryMedia, "loop_tabla.flac", "/media/Loops/loop_tabla.flac");
+    const Texts tags = TagsOfAnImport(qfc::kGalleryMedia, "loop_tabla.flac", "/media/Loops/loop_tabla.flac");
     EXPECT_EQ(tags, (Texts{g_GetTagTranslateName("Loop").GetString(), g_GetTagTranslateName("Drums").GetString()}));
 }
 
 TEST_F(ShippedTemplate, AnUnknownSoundGetsNone) {
     StartHost();
-    EXPECT_EQ(TagsOfAnImport(kGalleryMedia, "tabla.flac", "/media/Loops/tabla.flac"), Texts());
+    EXPECT_EQ(TagsOfAnImport(qfc::kGalleryMedia, "tabla.flac", "/media/Loops/tabla.flac"), Texts());
 }
 
 TEST_F(ShippedTemplate, AKnownStickerGetsItsTagsUnderItsDisplayName) {
     StartHost();
-    const Texts tags = TagsOfAnImport(kGalleryArStickers, "rose.png", "/media/Stickers/rose.png");
+    const Texts tags = TagsOfAnImport(qfc::kGalleryArStickers, "rose.png", "/media/Stickers/rose.png");
     EXPECT_EQ(tags, (Texts{g_GetTagTranslateName("Symbols").GetString()}));
-    EXPECT_EQ(TagsOfAnImport(kGalleryArStickers, "AR_COMPASS_ROSE", "/media/Stickers/rose.png"), Texts());
+    EXPECT_EQ(TagsOfAnImport(qfc::kGalleryArStickers, "AR_COMPASS_ROSE", "/media/Stickers/rose.png"), Texts());
 }
 
 }  // namespace

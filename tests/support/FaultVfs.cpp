@@ -17,13 +17,14 @@ struct FaultVfs::State {
     bool sticky = false;
     bool everything = false;
     bool skipsWaits = false;
+    bool afterTheAct = false;
     bool hasFailed = false;
     std::optional<std::int64_t> space;
 
     void Reset() {
         calls = 0;
         failAt = 0;
-        sticky = hasFailed = everything = skipsWaits = false;
+        sticky = hasFailed = everything = skipsWaits = afterTheAct = false;
         space.reset();
     }
 
@@ -93,16 +94,25 @@ int Truncate(sqlite3_file* file, sqlite3_int64 size) {
 
 int Sync(sqlite3_file* file, int) { return Self(file)->state->MustFail() ? SQLITE_IOERR_FSYNC : SQLITE_OK; }
 
-int FileSize(sqlite3_file* file, sqlite3_int64* size) { return Real(file)->pMethods->xFileSize(Real(file), size); }
+int FileSize(sqlite3_file* file, sqlite3_int64* size) {
+    if (Self(file)->state->MustFailToo()) return SQLITE_IOERR_FSTAT;
+    return Real(file)->pMethods->xFileSize(Real(file), size);
+}
 
 int Lock(sqlite3_file* file, int level) {
     if (Self(file)->state->MustFailToo()) return SQLITE_IOERR_LOCK;
     return Real(file)->pMethods->xLock(Real(file), level);
 }
 
-int Unlock(sqlite3_file* file, int level) { return Real(file)->pMethods->xUnlock(Real(file), level); }
+// The lock is given up all the same: SQLite does not ask again.
+int Unlock(sqlite3_file* file, int level) {
+    const bool fails = Self(file)->state->MustFailToo();
+    const int result = Real(file)->pMethods->xUnlock(Real(file), level);
+    return fails ? SQLITE_IOERR_UNLOCK : result;
+}
 
 int CheckReservedLock(sqlite3_file* file, int* result) {
+    if (Self(file)->state->MustFailToo()) return SQLITE_IOERR_CHECKRESERVEDLOCK;
     return Real(file)->pMethods->xCheckReservedLock(Real(file), result);
 }
 
@@ -146,14 +156,17 @@ int Open(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, int*
 
 int Delete(sqlite3_vfs* vfs, const char* name, int) {
     State& state = StateOf(vfs);
-    if (state.MustFail()) return SQLITE_IOERR_DELETE;
+    const bool fails = state.MustFail();
+    if (fails && !state.afterTheAct) return SQLITE_IOERR_DELETE;
     // Without C++ file names: nothing here may take memory, which a test may have made scarce.
     struct stat status;
     if (state.space && stat(name, &status) == 0) *state.space += status.st_size;
-    return state.real->xDelete(state.real, name, 0);
+    const int result = state.real->xDelete(state.real, name, 0);
+    return fails ? SQLITE_IOERR_DIR_FSYNC : result;
 }
 
 int Access(sqlite3_vfs* vfs, const char* name, int flags, int* result) {
+    if (StateOf(vfs).MustFailToo()) return SQLITE_IOERR_ACCESS;
     sqlite3_vfs* real = StateOf(vfs).real;
     return real->xAccess(real, name, flags, result);
 }
@@ -216,6 +229,8 @@ void FaultVfs::FailAt(int n, bool sticky, Counted counted) {
     m_state->failAt = n;
     m_state->sticky = sticky;
 }
+
+void FaultVfs::FailDeletesBehindTheAct() { m_state->afterTheAct = true; }
 
 void FaultVfs::LimitSpace(std::int64_t bytes) {
     m_state->Reset();

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <utility>
 
 namespace qfc {
@@ -37,6 +38,7 @@ public:
     static unsigned RunWorker(void* pManager) { return QFCLibraryManager::fnThreadExecuteLibraryOperation(pManager); }
     static DBTools* Database(const QFCLibraryManager& manager) { return manager.m_pDBTools; }
     static int Running(const QFCLibraryManager& manager) { return manager.m_nRunning; }
+    static std::mutex& Transition() { return Manager().m_transition; }
     static void* Mutex(const QFCLibraryManager& manager) { return manager.m_hServiceMutex; }
     static WorkerThread* Worker(const QFCLibraryManager& manager) { return manager.m_pWorker; }
     static SharedOperation TakeFrom(QFCLibraryManager& manager) { return manager.m_queues.Take(); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tests/support/LibraryFixture.h"
+#include "tests/support/TagStorePeer.h"
 
 #include <cstdio>
 #include <fstream>
@@ -13,16 +14,17 @@
 
 namespace qfc::test {
 
-// A started service with one gallery, and a tag store that is empty before and after. The presets of the store cannot
-// be taken back: tests that share a process give their items names of their own.
+// A started service with one gallery, and a tag store that is empty before and after, without what it read of files.
 class TagFixture : public LibraryFixture {
 protected:
     void SetUp() override {
         LibraryFixture::SetUp();
         EmptyStore();
+        TagStorePeer::ForgetFiles(Store());
     }
     void TearDown() override {
         EmptyStore();
+        TagStorePeer::ForgetFiles(Store());
         LibraryFixture::TearDown();
     }
 

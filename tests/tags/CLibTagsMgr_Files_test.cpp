@@ -1,3 +1,4 @@
+#include "tests/support/MemoryFaults.h"
 #include "tests/tags/TagTestSupport.h"
 
 #include <array>
@@ -243,6 +244,42 @@ TEST_F(PresetTags, NamesOfSectionsAreCutAt10238Bytes) {
     m_pStore->GeneratePresetTagData();
     ASSERT_EQ(m_pStore->GetPresetTagData().size(), sections.size());
     EXPECT_EQ(TextOf(m_pStore->GetPresetTagData().back()), "|||");
+}
+
+TEST_F(PresetTags, SectionOfManyLinesIsReadToItsFourthEntry) {
+    std::string text = "[s]\nItemName=a\nFilePath=b\nGalleryID=3\nTagList=String@c\n";
+    for (int i = 0; i < 100000; ++i) text += "TagList=String@more" + std::to_string(i) + "\n";
+    WritePresets(text);
+    m_pStore->GeneratePresetTagData();
+    ASSERT_EQ(m_pStore->GetPresetTagData().size(), 1U);
+    EXPECT_EQ(TextOf(m_pStore->GetPresetTagData().front()), "a|b|3|<String@c>");
+}
+
+TEST_F(PresetTags, ReadWithoutMemory_AreAllOrNone) {
+    WriteDefaults("[TW_DEFAULT_TAGS_MEDIA_CATEGORY]\nScene=String@Day\nPeople=\n");
+    WritePresets("[s]\nItemName=a\nFilePath=b\n[t]\nItemName=c\nFilePath=d\nGalleryID=2\nTagList=String@x;String@y\n");
+    for (int n = 1, failed = 1; failed != 0; ++n) {
+        SCOPED_TRACE("allocation " + std::to_string(n));
+        const auto store = qfc::TagStorePeer::NewStore();
+        bool bTemplate = false;
+        bool bPresets = false;
+        {
+            const MemoryFaults faults(n, true);
+            try {
+                store->GenerateCategoryTemplate();
+                bTemplate = true;
+                store->GeneratePresetTagData();
+                bPresets = true;
+            } catch (const std::bad_alloc&) {
+            }
+            failed = faults.HasFailed() ? 1 : 0;
+        }
+        ASSERT_EQ(store->GetCategoryTemplate().size(), bTemplate ? 15U : 0U);
+        ASSERT_TRUE(!bTemplate || store->GetCategoryTemplate().at(1).second == (Texts{"Scene", "People"}));
+        ASSERT_EQ(store->GetPresetTagData().size(), bPresets ? 2U : 0U);
+        ASSERT_TRUE(!bPresets || TextOf(store->GetPresetTagData().back()) == "c|d|2|<String@x><String@y>");
+        ASSERT_TRUE(failed != 0 || n > 30) << "hardly any allocation was seen";
+    }
 }
 
 TEST_F(PresetTags, SectionThatStandsTwiceIsReadTwiceAsTheFirst) {

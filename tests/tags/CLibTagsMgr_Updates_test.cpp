@@ -1,7 +1,9 @@
+#include "tests/support/MemoryFaults.h"
 #include "tests/tags/TagTestSupport.h"
 
 #include <atomic>
-#include <future>
+#include <functional>
+#include <new>
 #include <thread>
 
 namespace {
@@ -12,7 +14,9 @@ constexpr DWORD kMedia = 1;
 
 class TagStoreUpdates : public testing::Test {
 protected:
-    void SetUp() override {
+    void SetUp() override { SetUpStore(); }
+    void SetUpStore() {
+        m_pStore = qfc::TagStorePeer::NewStore();
         m_pStore->AddTag({MakeCategory(100, kMedia, "Places", {MakeTag(11, 100, "beach"), MakeTag(12, 100, "lake")}),
                           MakeCategory(101, kMedia, "Moods", {MakeTag(13, 101, "calm")})});
     }
@@ -23,7 +27,7 @@ protected:
         return NamesOf(tags);
     }
 
-    std::shared_ptr<CLibTagsMgr> m_pStore = qfc::TagStorePeer::NewStore();
+    std::shared_ptr<CLibTagsMgr> m_pStore;
 };
 
 TEST_F(TagStoreUpdates, AddedCategoriesGoToTheirOwnGalleries) {
@@ -41,6 +45,46 @@ TEST_F(TagStoreUpdates, AddingNothingEntersNothing) {
     const auto store = qfc::TagStorePeer::NewStore();
     store->AddTag({});
     EXPECT_TRUE(store->IsEmpty());
+}
+
+TEST_F(TagStoreUpdates, AddingWithoutMemoryIsAllOrNothing) {
+    const std::vector<CTagCategory> added{
+        MakeCategory(200, 2, "Genres", {MakeTag(21, 200, "a name beyond the string")}),
+        MakeCategory(102, kMedia, "More", {MakeTag(14, 102, "river")}), MakeCategory(103, kMedia, "Most"),
+        MakeCategory(300, 3, "Styles")};
+    for (int n = 1, failed = 1; failed != 0; ++n) {
+        SCOPED_TRACE("allocation " + std::to_string(n));
+        SetUpStore();
+        bool bThrown = false;
+        {
+            const MemoryFaults faults(n);
+            try {
+                m_pStore->AddTag(added);
+            } catch (const std::bad_alloc&) {
+                bThrown = true;
+            }
+            failed = faults.HasFailed() ? 1 : 0;
+        }
+        std::list<CLibTag> tags;
+        ASSERT_EQ(m_pStore->GetAllTagList(tags), bThrown ? 3 : 5);
+        ASSERT_EQ(Categories(), bThrown ? "Places, Moods" : "Places, Moods, More, Most");
+        ASSERT_EQ(Categories(2), bThrown ? "" : "Genres");
+        ASSERT_TRUE(failed != 0 || n > 8) << "hardly any allocation was seen";
+    }
+}
+
+TEST_F(TagStoreUpdates, AddingWithoutMemoryEntersNoGallery) {
+    const std::vector<CTagCategory> added{MakeCategory(200, 2, "Genres"), MakeCategory(300, 3, "Styles")};
+    for (int n = 1, failed = 1; failed != 0; ++n) {
+        const auto store = qfc::TagStorePeer::NewStore();
+        const MemoryFaults faults(n);
+        try {
+            store->AddTag(added);
+        } catch (const std::bad_alloc&) {
+            ASSERT_TRUE(store->IsEmpty()) << "allocation " << n;
+        }
+        failed = faults.HasFailed() ? 1 : 0;
+    }
 }
 
 TEST_F(TagStoreUpdates, UpdatedCategoryIsReplacedWhole) {
@@ -94,6 +138,19 @@ TEST_F(TagStoreUpdates, UpdatedTagIsOverwrittenWhole) {
     EXPECT_EQ(stored.m_nPictureSize, 2);
     EXPECT_EQ(stored.m_pPicture, tag.m_pPicture);
     EXPECT_EQ(stored.m_values, tag.m_values);
+}
+
+TEST_F(TagStoreUpdates, EveryTagOfTheGuidIsOverwritten) {
+    m_pStore->AddTag({MakeCategory(102, kMedia, "Twice",
+                                   {MakeTag(14, 102, "river"), MakeTag(15, 102, "sea"), MakeTag(14, 102, "river")})});
+    m_pStore->UpdateTag(kMedia, {MakeTag(14, 102, "stream")});
+    EXPECT_EQ(Tags(), "beach, lake, calm, stream, sea, stream");
+}
+
+TEST_F(TagStoreUpdates, TagIsOverwrittenOrAppendedInEveryCategoryOfItsGuid) {
+    m_pStore->AddTag({MakeCategory(100, kMedia, "Places again", {MakeTag(11, 100, "beach")})});
+    m_pStore->UpdateTag(kMedia, {MakeTag(11, 100, "coast"), MakeTag(12, 100, "pond"), MakeTag(19, 100, "forest")});
+    EXPECT_EQ(Tags(), "coast, pond, forest, calm, coast, pond, forest");
 }
 
 TEST_F(TagStoreUpdates, NewTagIsAppendedToItsCategory) {

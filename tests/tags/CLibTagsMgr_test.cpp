@@ -206,6 +206,20 @@ TEST_F(TagStore, NameOfAnotherGalleryIsNotFound) {
     EXPECT_EQ(tag.m_strName, CString("untouched"));
 }
 
+TEST_F(TagStore, GuidIsFoundInAnyGallery) {
+    m_pStore->AddTag({MakeCategory(103, kMedia, "Again", {MakeTag(12, 103, "beach again")})});
+    CLibTag tag;
+    ASSERT_EQ(m_pStore->GetTagByGuid(MakeGuid(12), tag), 1);
+    EXPECT_EQ(tag.m_strName, CString("beach"));
+    CLibTag calm;
+    ASSERT_EQ(m_pStore->GetTagByName(kSounds, "calm", calm), 1);
+    ASSERT_EQ(m_pStore->GetTagByGuid(calm.m_guid, tag), 1);
+    EXPECT_EQ(tag.m_strName, CString("calm"));
+    EXPECT_EQ(m_pStore->GetTagByGuid(MakeGuid(101), tag), 0);  // A category's.
+    EXPECT_EQ(m_pStore->GetTagByGuid(GUID_NULL, tag), 0);
+    EXPECT_EQ(tag.m_strName, CString("calm"));
+}
+
 TEST_F(TagStore, ExistenceIsAMatterOfTheGallery) {
     EXPECT_TRUE(m_pStore->IsTagCategoryExisted(kMedia, MakeGuid(102)));
     EXPECT_FALSE(m_pStore->IsTagCategoryExisted(kSounds, MakeGuid(102)));

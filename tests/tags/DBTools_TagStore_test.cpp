@@ -1,4 +1,5 @@
 #include "db/DBTools.h"
+#include "tests/support/MemoryFaults.h"
 #include "tests/support/RawDb.h"
 #include "tests/support/SqlTrace.h"
 #include "tests/tags/TagTestSupport.h"
@@ -48,6 +49,27 @@ TEST_F(DBToolsTagStore, FailedLoadingLeavesTheStoreAsItWas) {
     RawDb(m_path).Exec("DROP TABLE LIB_TAG_TABLE");
     EXPECT_FALSE(m_pTools->LoadTags(*m_pStore));
     EXPECT_TRUE(m_pStore->IsEmpty());
+}
+
+TEST_F(DBToolsTagStore, LoadingWithoutMemoryIsAllOrNothing) {
+    ASSERT_TRUE(m_pTools->SaveCategoriesAndTags({MakeCategory(100, 1, "Places", {MakeTag(1, 100, "beach")}),
+                                                 MakeCategory(101, 1, "Faces", {MakeTag(2, 101, "Anna")}),
+                                                 MakeCategory(200, 2, "Moods", {MakeTag(3, 200, "calm")})}));
+    for (const bool sticky : {false, true}) {
+        for (int n = 1, failed = 1; failed != 0; ++n) {
+            const auto store = qfc::TagStorePeer::NewStore();
+            bool bLoaded = false;
+            {
+                const MemoryFaults faults(n, sticky);
+                ASSERT_NO_THROW(bLoaded = m_pTools->LoadTags(*store)) << "allocation " << n;
+                failed = faults.HasFailed() ? 1 : 0;
+            }
+            std::list<CLibTag> tags;
+            ASSERT_EQ(store->GetAllTagList(tags), bLoaded ? 3 : 0) << "allocation " << n;
+            ASSERT_EQ(store->IsEmpty(), !bLoaded) << "allocation " << n;
+            ASSERT_TRUE(failed != 0 || (bLoaded && n > 20)) << "hardly any allocation was seen";
+        }
+    }
 }
 
 // Whoever holds the store may use the database: the two are never held together.

@@ -1,5 +1,6 @@
 #include "tags/TagFiles.h"
 
+#include "api/names/Translation.h"
 #include "tests/tags/TagTestSupport.h"
 
 #include <vector>
@@ -45,15 +46,34 @@ TEST_F(TagFilePaths, AreFoundOutOnce) {
     EXPECT_EQ(qfc::PresetTagFilePath().Find(other.Path().c_str()), -1);
 }
 
+// The four files of a host lie together, whatever is asked for first.
+TEST(TagFilePathsDeathTest, LieWhereTheTranslationLies) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto look = [] {
+        qfc::SetHostFolder("/opt/first");
+        const bool bFirst = qfc::TranslationFilePath().View().starts_with("/opt/first/");
+        qfc::SetHostFolder("/opt/second");
+        std::_Exit(bFirst && qfc::DefaultTagFilePath().View().starts_with("/opt/first/") &&
+                           qfc::ArFilterFilePath().View().starts_with("/opt/first/")
+                       ? 7
+                       : 8);
+    };
+    EXPECT_EXIT(look(), testing::ExitedWithCode(7), "");
+}
+
 // A process of its own: the paths are found out only once.
 TEST(TagFilePathsDeathTest, AreNoneBesideAHostTooDeepDown) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto lookWithFolderOf = [](std::size_t length) {
         qfc::SetHostFolder(("/" + std::string(length - 2, 'd')).c_str());
-        std::_Exit(qfc::DefaultTagFilePath().IsEmpty() && qfc::PresetTagFilePath().IsEmpty() ? 7 : 8);
+        const bool bDefaults = !qfc::DefaultTagFilePath().IsEmpty();
+        const bool bPresets = !qfc::PresetTagFilePath().IsEmpty();
+        std::_Exit(bDefaults && bPresets ? 8 : bPresets ? 9 : 7);
     };
+    constexpr std::size_t kLongestName = sizeof("Orvel.dat\\Default_Libtag.ini") - 1;
+    EXPECT_EXIT(lookWithFolderOf(259 - kLongestName), testing::ExitedWithCode(8), "");
+    EXPECT_EXIT(lookWithFolderOf(260 - kLongestName), testing::ExitedWithCode(9), "");
     EXPECT_EXIT(lookWithFolderOf(260), testing::ExitedWithCode(7), "");
-    EXPECT_EXIT(lookWithFolderOf(259), testing::ExitedWithCode(8), "");
 }
 
 // Kept: each tag goes before those written so far.

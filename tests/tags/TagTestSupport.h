@@ -3,6 +3,7 @@
 #include "platform/os/Places.h"
 #include "platform/text/CodePages.h"
 #include "tags/CLibTagsMgr.h"
+#include "tests/support/TagStorePeer.h"
 #include "tests/support/TempFolder.h"
 
 #include <filesystem>
@@ -11,19 +12,6 @@
 #include <string>
 
 namespace qfc {
-
-class TagStorePeer {
-public:
-    // A store beside the one of the process.
-    static std::shared_ptr<CLibTagsMgr> NewStore() {
-        return {new CLibTagsMgr, [](CLibTagsMgr* store) { delete store; }};
-    }
-    // Holds the mutex of the updates.
-    static std::unique_lock<std::mutex> Lock(CLibTagsMgr& store) { return std::unique_lock(store.m_mutex); }
-    static std::unique_lock<std::mutex> TryLock(CLibTagsMgr& store) {
-        return std::unique_lock(store.m_mutex, std::try_to_lock);
-    }
-};
 
 namespace test {
 

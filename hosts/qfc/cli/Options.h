@@ -14,6 +14,7 @@ struct GlobalOptions {
     std::string dataDir;  // Empty: the usual place.
     bool json = false;
     bool quiet = false;
+    std::string translate;  // "on", "off"; empty: as it is.
 };
 
 enum class SortKey { Name, Date, Kind };
@@ -22,6 +23,7 @@ struct ImportOptions {
     std::vector<std::string> paths;
     std::string gallery;
     std::string folder;
+    bool automatic = false;
 };
 struct TreeOptions {
     std::string gallery;
@@ -38,9 +40,12 @@ struct ShowOptions {
 };
 struct FindOptions {
     std::string gallery;
-    std::string text;
+    std::optional<std::string> text;  // This, a tag or a kind is given.
     bool description = false;
     bool annotation = false;
+    std::vector<std::string> tags;
+    bool any = false;
+    std::string kind;  // Empty: every kind.
 };
 struct GalleryCreateOptions {
     std::string name;
@@ -87,6 +92,8 @@ struct SheetOptions {
     std::string folder;
     std::string output;
     int columns = 0;  // 0: as it looks best.
+    std::vector<std::string> tags;
+    bool any = false;
 };
 struct FilmOptions {
     std::string gallery;
@@ -104,10 +111,63 @@ struct ClearOptions {
 };
 struct CheckOptions {};
 
-using Command = std::variant<ImportOptions, TreeOptions, ListOptions, ShowOptions, FindOptions, GalleryCreateOptions,
-                             GalleryListOptions, GalleryRemoveOptions, MakeFolderOptions, RemoveFolderOptions,
-                             MoveOptions, RenameOptions, RemoveItemOptions, ReorderOptions, ThumbsOptions, SheetOptions,
-                             FilmOptions, ExportOptions, ImportLibraryOptions, ClearOptions, CheckOptions>;
+struct TagListOptions {
+    std::string gallery;
+};
+struct TagCreateOptions {
+    std::string gallery;
+    std::string name;
+    std::string category;  // Empty: the usual one.
+};
+struct TagRenameOptions {
+    std::string gallery;
+    std::string tag;
+    std::string name;
+};
+struct TagDeleteOptions {
+    std::string gallery;
+    std::vector<std::string> tags;
+};
+struct TagCategoryCreateOptions {
+    std::string gallery;
+    std::string name;
+};
+struct TagCategoryRenameOptions {
+    std::string gallery;
+    std::string category;
+    std::string name;
+};
+struct TagCategoryDeleteOptions {
+    std::string gallery;
+    std::string category;
+};
+struct TagItemsOptions {
+    std::string gallery;  // Of the items.
+    std::vector<std::string> tags;
+    std::vector<std::string> items;
+};
+struct TagAddOptions : TagItemsOptions {};
+struct TagRemoveOptions : TagItemsOptions {};
+struct TagMergeOptions {
+    std::string gallery;
+    std::vector<std::string> tags;  // Two or more; the last one is the target.
+};
+struct TagCheckOptions {
+    std::string gallery;
+    std::vector<std::string> tags;
+};
+struct TagUncheckOptions : TagCheckOptions {};
+struct TagDefaultsOptions {};
+struct TranslateCollectOptions {};
+
+using Command =
+    std::variant<ImportOptions, TreeOptions, ListOptions, ShowOptions, FindOptions, GalleryCreateOptions,
+                 GalleryListOptions, GalleryRemoveOptions, MakeFolderOptions, RemoveFolderOptions, MoveOptions,
+                 RenameOptions, RemoveItemOptions, ReorderOptions, ThumbsOptions, SheetOptions, FilmOptions,
+                 ExportOptions, ImportLibraryOptions, ClearOptions, CheckOptions, TagListOptions, TagCreateOptions,
+                 TagRenameOptions, TagDeleteOptions, TagCategoryCreateOptions, TagCategoryRenameOptions,
+                 TagCategoryDeleteOptions, TagAddOptions, TagRemoveOptions, TagMergeOptions, TagCheckOptions,
+                 TagUncheckOptions, TagDefaultsOptions, TranslateCollectOptions>;
 
 struct Invocation {
     GlobalOptions global;

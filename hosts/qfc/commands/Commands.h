@@ -29,5 +29,19 @@ int Run(const ExportOptions& options, const Console& console);
 int Run(const ImportLibraryOptions& options, const Console& console);
 int Run(const ClearOptions& options, const Console& console);
 int Run(const CheckOptions& options, const Console& console);
+int Run(const TagListOptions& options, const Console& console);
+int Run(const TagCreateOptions& options, const Console& console);
+int Run(const TagRenameOptions& options, const Console& console);
+int Run(const TagDeleteOptions& options, const Console& console);
+int Run(const TagCategoryCreateOptions& options, const Console& console);
+int Run(const TagCategoryRenameOptions& options, const Console& console);
+int Run(const TagCategoryDeleteOptions& options, const Console& console);
+int Run(const TagAddOptions& options, const Console& console);
+int Run(const TagRemoveOptions& options, const Console& console);
+int Run(const TagMergeOptions& options, const Console& console);
+int Run(const TagCheckOptions& options, const Console& console);
+int Run(const TagUncheckOptions& options, const Console& console);
+int Run(const TagDefaultsOptions& options, const Console& console);
+int Run(const TranslateCollectOptions& options, const Console& console);
 
 }  // namespace qfc::host

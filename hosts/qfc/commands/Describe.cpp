@@ -1,5 +1,6 @@
 #include "hosts/qfc/commands/Describe.h"
 
+#include "hosts/qfc/commands/TagText.h"
 #include "hosts/qfc/library/Galleries.h"
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Tree.h"
@@ -39,7 +40,7 @@ std::optional<std::string> SortDate(const CQItem& item) {
 Json ItemJson(CQGallery& gallery, const CQItem& item) {
     const auto date = SortDate(item);
     return {{"guid", GuidToText(item.GetUniqueID())},
-            {"name", ToText(item.GetItemName())},
+            {"name", ShownName(item)},
             {"kind", KindOf(item)},
             {"file", ToText(item.GetFileName())},
             {"timestamp", item.fnGetTimeStamp()},
@@ -49,8 +50,17 @@ Json ItemJson(CQGallery& gallery, const CQItem& item) {
             {"paths", PathsOf(gallery, item)}};
 }
 
+Json ItemJson(CQGallery& gallery, const CQItem& item, const Tags& tags) {
+    Json json = ItemJson(gallery, item);
+    json["tags"] = TagsJson(tags.Of(item));
+    return json;
+}
+
 Json FolderJson(const CQFolder& folder) {
-    return {{"name", ToText(folder.GetFolderName())}, {"row", folder.GetDBId()}, {"path", PathOf(folder)}};
+    return {
+        {"name", ShownComponentsOf(folder).empty() ? ToText(folder.GetFolderName()) : ShownComponentsOf(folder).back()},
+        {"row", folder.GetDBId()},
+        {"path", PathOf(folder)}};
 }
 
 std::string ItemLine(const CQItem& item, const std::string& name) {

@@ -12,6 +12,8 @@ class CQItem;
 
 namespace qfc::host {
 
+class Tags;
+
 // How items and folders are shown. Reads the tree; main thread, no adds under way.
 
 // "2024-05-06 10:20:30" in UTC.
@@ -23,6 +25,8 @@ std::optional<std::string> SortDate(const CQItem& item);
 
 // guid, name, kind, file, timestamp and time, the date of sorting (or null), gallery, paths.
 Json ItemJson(CQGallery& gallery, const CQItem& item);
+// The same, and its tags.
+Json ItemJson(CQGallery& gallery, const CQItem& item, const Tags& tags);
 // name, row, path.
 Json FolderJson(const CQFolder& folder);
 // "video  2024-05-06 10:20:30  <GUID>  name"; the time is the timestamp's unless another text stands for it.

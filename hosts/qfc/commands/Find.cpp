@@ -4,6 +4,7 @@
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/commands/Describe.h"
+#include "hosts/qfc/library/TagFilter.h"
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Tree.h"
 
@@ -13,14 +14,19 @@
 namespace qfc::host {
 namespace {
 
+bool Fits(CQItem& item, const FindOptions& options) {
+    if (!options.kind.empty() && options.kind != KindOf(item)) return false;
+    if (!options.text) return true;
+    return item.FindSomeThing(ToCString(*options.text), options.description, options.annotation, 0, 0) != 0;
+}
+
 // Each item once, however many folders hold it, in the order of the tree.
-std::vector<CQItem*> Matches(CQGallery& gallery, const FindOptions& options) {
+std::vector<CQItem*> Matches(CQGallery& gallery, const FindOptions& options, const TagFilter& filter) {
     std::vector<CQItem*> matches;
     std::set<GUID> seen;
-    const CString text = ToCString(options.text);
     for (CQFolder* folder : WholeTree(gallery)) {
         for (CQItem* item : Items(*folder)) {
-            const bool fits = item->FindSomeThing(text, options.description, options.annotation, 0, 0) != 0;
+            const bool fits = Fits(*item, options) && filter.Fits(*item, Galleries::NameOf(gallery).id);
             if (fits && seen.insert(item->GetUniqueID()).second) matches.push_back(item);
         }
     }
@@ -38,18 +44,22 @@ std::vector<CQGallery*> Searched(Galleries& galleries, const std::string& galler
 int Run(const FindOptions& options, const Console& console) {
     const Session session;
     Galleries galleries(session);
+    const TagFilter filter(session, options.tags, options.any);
+    const Tags tags(session);
     Json json = Json::array();
     for (CQGallery* gallery : Searched(galleries, options.gallery)) {
-        for (const CQItem* item : Matches(*gallery, options)) {
-            json.push_back(ItemJson(*gallery, *item));
+        for (const CQItem* item : Matches(*gallery, options, filter)) {
+            json.push_back(ItemJson(*gallery, *item, tags));
             std::string where = Galleries::NameOf(*gallery).name + ":";
             for (const std::string& path : PathsOf(*gallery, *item)) where += " " + path + ",";
             where.pop_back();
+            const std::string names = TagNames(tags.Of(*item));
+            if (!names.empty()) where += "  [" + names + "]";
             console.Show(ItemLine(*item, where));
         }
     }
     console.ShowJson(json);
-    if (json.empty()) throw Failure("nothing found for " + options.text);
+    if (json.empty()) throw Failure("nothing found" + (options.text ? " for " + *options.text : ""));
     return kDone;
 }
 

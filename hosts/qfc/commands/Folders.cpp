@@ -19,7 +19,7 @@ int Run(const MakeFolderOptions& options, const Console& console) {
     const ChangeLock lock;
     const Session session;
     Galleries galleries(session);
-    FolderMaker maker(galleries.Open(options.gallery));
+    FolderMaker maker(galleries.Open(options.gallery), FolderMaker::Names::kStored);
     CQFolder* folder = maker.Make(components);
     if (folder == nullptr) throw Failure("cannot make the folder " + JoinPath(components));
     if (maker.Made().empty()) throw Failure("there is a folder " + JoinPath(components) + " already");

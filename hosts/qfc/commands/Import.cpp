@@ -30,15 +30,18 @@ std::vector<std::string> BaseFolder(Galleries& galleries, const ImportOptions& o
 // Runs one import and keeps what came of it.
 class Importing {
 public:
-    Importing(CQGallery& gallery, ImportPlan plan, const Interrupt& interrupt, const Console& console)
+    Importing(CQGallery& gallery, ImportPlan plan, bool automatic, const Interrupt& interrupt, const Console& console)
         : m_gallery(gallery),
           m_plan(std::move(plan)),
+          m_isAutomatic(automatic),
           m_interrupt(interrupt),
           m_console(console),
-          m_folders(gallery),
+          m_folders(gallery, FolderMaker::Names::kShown),
           m_progress(stdout, m_plan.files.size(), console.IsJson() || console.IsQuiet()) {}
 
     void Go() {
+        LeaveOutRemembered();
+        for (const ImportPlan::Known& known : m_plan.already) Remember(known.path);
         for (const ImportPlan::Known& known : m_plan.already) {
             Tell("there already: " + known.path + (known.paths.empty() ? "" : " (" + known.paths.front() + ")"));
         }
@@ -53,6 +56,7 @@ public:
         if (!m_plan.already.empty()) summary += ", " + std::to_string(m_plan.already.size()) + " there already";
         if (!m_broken.empty()) summary += ", " + std::to_string(m_broken.size()) + " not readable";
         if (!m_refused.empty()) summary += ", " + std::to_string(m_refused.size()) + " not stored";
+        if (!m_remembered.empty()) summary += ", " + std::to_string(m_remembered.size()) + " imported before";
         if (m_skipped > 0) summary += ", " + std::to_string(m_skipped) + " no media";
         if (m_interrupt.IsRaised()) {
             m_console.Complain("interrupted: " + summary);
@@ -60,12 +64,37 @@ public:
             m_console.Say(summary);
         }
         // Broken files are the files' fault; what could not be stored is ours.
-        const bool useful = !m_added.empty() || !m_plan.already.empty();
+        const bool useful = !m_added.empty() || !m_plan.already.empty() || !m_remembered.empty();
         if (!useful && m_refused.empty()) m_console.Complain("nothing to import");
-        return useful && m_refused.empty() && !m_interrupt.IsRaised() ? kDone : kFailed;
+        return useful && m_refused.empty() && m_forgotten.empty() && !m_interrupt.IsRaised() ? kDone : kFailed;
     }
 
 private:
+    // What was loaded automatically is remembered under the number of the gallery's root; the user may have removed it
+    // since, and does not want it back.
+    void LeaveOutRemembered() {
+        if (!m_isAutomatic) return;
+        std::erase_if(m_plan.files, [&](const ImportPlan::File& file) {
+            if (!QFCLibraryManager::fnIsItemInAutoLoadedByPathTable(file.path.c_str(), m_gallery.GetDBId()))
+                return false;
+            m_remembered.push_back(file.path);
+            return true;
+        });
+        for (const std::string& path : m_remembered) Tell("imported before: " + path);
+    }
+
+    // Only what is stored: a file that was remembered too early would be lost.
+    void Remember(const std::string& path) {
+        if (!m_isAutomatic) return;
+        const int root = m_gallery.GetDBId();
+        if (QFCLibraryManager::fnIsItemInAutoLoadedByPathTable(path.c_str(), root)) return;
+        QFCLibraryManager::fnAddItemIntoAutoLodedByPathTable(path.c_str(), root);
+        if (QFCLibraryManager::fnIsItemInAutoLoadedByPathTable(path.c_str(), root)) return;
+        m_forgotten.push_back(path);
+        m_progress.Clear();
+        m_console.Complain(path + ": cannot be remembered in the library");
+    }
+
     void AddAll() {
         AddQueue queue(m_gallery);
         std::vector<std::string> paths;
@@ -96,7 +125,7 @@ private:
         CQFolder* folder = m_folders.Make(file.folder);
         std::unique_ptr<CQItem> item = folder != nullptr ? MakeItem(media, file.name) : nullptr;
         if (item == nullptr) return NoteRefused(file.path);
-        queue.Add(std::move(item), *folder, JoinPath(file.folder));
+        queue.Add(std::move(item), *folder, {m_folders.StoredPath(*folder), JoinPath(file.folder)});
     }
 
     void Collect(AddQueue& queue) {
@@ -105,6 +134,7 @@ private:
                 NoteRefused(outcome.file);
                 continue;
             }
+            Remember(outcome.file);
             m_added.push_back(outcome);
             Tell("added " + outcome.folder + "\\" + outcome.name);
         }
@@ -141,13 +171,16 @@ private:
         }
         for (const auto& broken : m_broken) json["broken"].push_back({{"file", broken.path}, {"error", broken.text}});
         json["notStored"] = m_refused;
+        if (m_isAutomatic) json["importedBefore"] = m_remembered;
+        if (m_isAutomatic) json["notRemembered"] = m_forgotten;
         json["skipped"] = m_skipped;
         json["interrupted"] = m_interrupt.IsRaised();
         return json;
     }
 
     CQGallery& m_gallery;
-    const ImportPlan m_plan;
+    ImportPlan m_plan;
+    const bool m_isAutomatic;
     const Interrupt& m_interrupt;
     const Console& m_console;
     FolderMaker m_folders;
@@ -155,7 +188,9 @@ private:
     std::vector<AddQueue::Outcome> m_added;
     std::vector<WalkProblem> m_broken;
     std::vector<std::string> m_refused;
-    std::size_t m_skipped = 0;  // Files of directories that are no media.
+    std::vector<std::string> m_remembered;  // Left out.
+    std::vector<std::string> m_forgotten;   // Stored, but not remembered.
+    std::size_t m_skipped = 0;              // Files of directories that are no media.
 };
 
 }  // namespace
@@ -169,7 +204,10 @@ int Run(const ImportOptions& options, const Console& console) {
     Galleries galleries(session);
     CQGallery& gallery = galleries.Open(options.gallery);
     ImportPlan plan = PlanImport(walk, gallery, BaseFolder(galleries, options));
-    Importing importing(gallery, std::move(plan), interrupt, console);
+    // The worker gives added items the tags that the data beside the program want for them; both are read before.
+    QFCLibraryManager::fnLoadLibTag();
+    CLibTagsMgr::GetLibTagMgr()->GeneratePresetTagData();
+    Importing importing(gallery, std::move(plan), options.automatic, interrupt, console);
     importing.Go();
     return importing.Report();
 }

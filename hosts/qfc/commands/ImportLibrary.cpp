@@ -63,7 +63,7 @@ private:
     void TakeGallery(CQGallery& from, CQGallery& to) {
         const std::vector<CQFolder*> folders = WholeTree(from);
         std::map<const CQFolder*, std::vector<std::string>> paths;
-        FolderMaker maker(to);
+        FolderMaker maker(to, FolderMaker::Names::kStored);
         Progress progress(stdout, folders.size() - 1, m_console.IsJson() || m_console.IsQuiet());
         for (CQFolder* folder : folders) {
             if (folder == &from || m_interrupt.IsRaised()) continue;

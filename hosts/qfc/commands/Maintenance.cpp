@@ -2,6 +2,7 @@
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/library/ChangeLock.h"
+#include "hosts/qfc/library/LinkRelease.h"
 #include "hosts/qfc/library/Session.h"
 
 #include <filesystem>
@@ -29,6 +30,7 @@ int Run(const ClearOptions&, const Console& console) {
         std::vector<StoredGallery> galleries;
         const bool listed = QFCLibraryManager::fnListGalleries(galleries) != 0;
         if (!listed || !galleries.empty()) throw Failure("cannot clear " + path);
+        ReleaseAllLinks(session);
     }
     console.Say("cleared " + path);
     console.ShowJson({{"cleared", path}});

@@ -30,13 +30,13 @@ void RefuseItemTarget(CQGallery& gallery, CQFolder& target, const CQItem& item) 
     if (target.HasItem(item.GetUniqueID(), 0)) throw Failure("the item is in " + PathOf(target) + " already");
     RefuseItemClash(target, item, ToText(item.GetItemName()));
     // The library finds the target by its path, and takes the first of several that share one.
-    if (gallery.GetFolderByPath(ToCString(PathOf(target))) != &target) {
+    if (gallery.GetFolderByPath(ToCString(StoredPathOf(target))) != &target) {
         throw Failure(PathOf(target) + " cannot be reached by its path; rename it first");
     }
 }
 
 bool AddPlacement(CQGallery& gallery, CQFolder& target, CQItem& item) {
-    QFCLibraryManager::fnAddItem(ToHandle(&gallery), {ToCString(PathOf(target))}, &item);
+    QFCLibraryManager::fnAddItem(ToHandle(&gallery), {ToCString(StoredPathOf(target))}, &item);
     return HoldsItem(target, item.GetUniqueID()) &&
            IsPlaced(*gallery.GetDBTools(), target.GetDBId(), item.GetUniqueID()) == true;
 }
@@ -61,7 +61,7 @@ void RefuseFolderTarget(CQFolder& folder, CQFolder& target) {
     const std::string path = PathOf(folder);
     if (target.IsSubfolderOf(&folder)) throw Failure(path + " cannot be moved into itself");
     if (folder.GetParent() == &target) throw Failure(path + " is there already");
-    if (Child(target, ToText(folder.GetFolderName())) != nullptr) {
+    if (Child(target, ToText(folder.GetFolderName())) != nullptr || Child(target, ShownName(folder)) != nullptr) {
         throw Failure("there is a folder of that name in the target already");
     }
     if (folder.GetDBId() == -1) throw Failure(path + " is not stored in the library");

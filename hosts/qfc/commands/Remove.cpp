@@ -3,6 +3,7 @@
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/library/ChangeLock.h"
 #include "hosts/qfc/library/Find.h"
+#include "hosts/qfc/library/LinkRelease.h"
 #include "hosts/qfc/library/Removal.h"
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Tree.h"
@@ -19,9 +20,13 @@ struct Removed {
     std::vector<std::string> kept;  // What is still stored.
 };
 
-Removed RemoveHere(const FoundItem& found) {
+Removed RemoveHere(Galleries& galleries, const FoundItem& found) {
     const std::string path = PathOf(*found.folder, *found.item);
-    if (RemovePlacement(*found.folder, found.item->GetUniqueID())) return {{path}, {}};
+    DBTools& tools = *found.gallery->GetDBTools();
+    LinkRelease links(galleries, {found.folder}, {found.item});
+    const bool removed = RemovePlacement(*found.folder, found.item->GetUniqueID());
+    links.GiveBack(tools);
+    if (removed) return {{path}, {}};
     return {{}, {path}};
 }
 
@@ -40,7 +45,17 @@ void RemoveFromGallery(CQGallery& gallery, const GUID& guid, Removed& removed) {
 Removed RemoveEverywhere(Galleries& galleries, const FoundItem& found) {
     const GUID guid = found.item->GetUniqueID();
     Removed removed;
+    std::vector<CQFolder*> leaving;
+    std::vector<CQItem*> items;
+    for (CQGallery* gallery : galleries.All()) {
+        for (CQFolder* folder : FoldersOf(*gallery, guid)) leaving.push_back(folder);
+        CQItem* item = nullptr;
+        if (gallery->IsItemHasParentByGuid(guid, item)) items.push_back(item);
+    }
+    LinkRelease links(galleries, leaving, items);
+    DBTools& tools = *found.gallery->GetDBTools();
     for (CQGallery* gallery : galleries.All()) RemoveFromGallery(*gallery, guid, removed);
+    links.GiveBack(tools);
     return removed;
 }
 
@@ -54,7 +69,7 @@ int Run(const RemoveItemOptions& options, const Console& console) {
     const GUID id = found.item->GetUniqueID();
     const std::string guid = GuidToText(id);
     const bool here = found.folder != nullptr && !options.everywhere;
-    Removed removed = here ? RemoveHere(found) : RemoveEverywhere(galleries, found);
+    Removed removed = here ? RemoveHere(galleries, found) : RemoveEverywhere(galleries, found);
     if (removed.kept.empty() && IsLeftBehind(galleries, *found.gallery->GetDBTools(), id)) {
         removed.kept.push_back("the item " + guid);
     }

@@ -5,6 +5,7 @@
 #include "hosts/qfc/library/ItemPictures.h"
 #include "hosts/qfc/library/Output.h"
 #include "hosts/qfc/library/Paths.h"
+#include "hosts/qfc/library/TagFilter.h"
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Tree.h"
 #include "hosts/qfc/media/ItemTexts.h"
@@ -27,7 +28,7 @@ SheetCell CellOf(CQItem& item, const std::string& section) {
     const MediaFacts facts = LoadFacts(item);
     SheetCell cell;
     cell.section = section;
-    cell.name = ToText(item.GetItemName());
+    cell.name = ShownName(item);
     cell.detail = ShownDetail(facts);
     const std::string kind = KindOf(item);
     if (kind == "video") cell.badge = SheetBadge::Film;
@@ -38,18 +39,18 @@ SheetCell CellOf(CQItem& item, const std::string& section) {
 
 // What stands over the items of a folder: its path below the one that the sheet shows.
 std::string Heading(const CQFolder& start, const CQFolder& folder) {
-    const std::vector<std::string> path = ComponentsOf(folder);
+    const std::vector<std::string> path = ShownComponentsOf(folder);
     const auto skipped = static_cast<std::ptrdiff_t>(std::min(ComponentsOf(start).size(), path.size()));
     return JoinPath({path.begin() + skipped, path.end()});
 }
 
 // Each item once, under the first folder that holds it.
-Shown Collect(CQFolder& start) {
+Shown Collect(CQFolder& start, const TagFilter& filter, int gallery) {
     Shown shown;
     std::set<GUID> seen;
     for (CQFolder* folder : WholeTree(start)) {
         for (CQItem* item : Items(*folder)) {
-            if (!seen.insert(item->GetUniqueID()).second) continue;
+            if (!filter.Fits(*item, gallery) || !seen.insert(item->GetUniqueID()).second) continue;
             shown.items.push_back(item);
             shown.cells.push_back(CellOf(*item, Heading(start, *folder)));
         }
@@ -80,11 +81,12 @@ int Run(const SheetOptions& options, const Console& console) {
     const Session session;
     Galleries galleries(session);
     const FoundFolder start = StartOf(galleries, options);
-    Shown shown = Collect(*start.folder);
+    const TagFilter filter(session, options.tags, options.any);
+    Shown shown = Collect(*start.folder, filter, Galleries::NameOf(*start.gallery).id);
     if (shown.items.empty()) throw Failure("nothing to draw: no items");
 
     ContactSheet sheet;
-    sheet.title = ToText(start.folder->GetFolderName());
+    sheet.title = ShownName(*start.folder);
     sheet.subtitle = Counted(shown.items.size(), "item");
     sheet.columns = options.columns > 0 ? options.columns : FittingColumns(shown.items.size());
     sheet.cells = std::move(shown.cells);

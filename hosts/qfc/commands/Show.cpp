@@ -2,11 +2,11 @@
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/commands/Describe.h"
+#include "hosts/qfc/commands/TagText.h"
 #include "hosts/qfc/library/Find.h"
 #include "hosts/qfc/library/Text.h"
 
 #include <fmt/format.h>
-#include <list>
 #include <nlohmann/json.hpp>
 
 namespace qfc::host {
@@ -22,15 +22,7 @@ Json MediaFactsOf(CQItem& item) {
     return facts.is_discarded() ? Json(nullptr) : facts;
 }
 
-Json TagsOf(const CQItem& item) {
-    std::list<GUID> tags;
-    item.CopyTagVec(tags);
-    Json json = Json::array();
-    for (const GUID& tag : tags) json.push_back(GuidToText(tag));
-    return json;
-}
-
-Json Details(CQGallery& gallery, CQItem& item) {
+Json Details(CQGallery& gallery, CQItem& item, const Tags& tags) {
     item.TryLoadBB();
     item.TryLoadFilm();
     const SIZE bitmap = item.GetBitmapCacheSize();
@@ -44,7 +36,7 @@ Json Details(CQGallery& gallery, CQItem& item) {
     json["deletable"] = item.GetIsDeletable();
     json["currentThumbFrame"] = item.GetCurThumbFrameNum();
     json["originalThumbFrame"] = item.GetOrgThumbFrameNum();
-    json["tags"] = TagsOf(item);
+    json["tags"] = TagsJson(tags.Of(item));
     json["blackBox"] = {{"bytes", item.GetBlackBoxSize()}};
     json["bitmapCache"] = {{"bytes", item.GetCacheSize()}, {"width", bitmap.cx}, {"height", bitmap.cy}};
     json["film"] = {
@@ -70,8 +62,12 @@ int Run(const ShowOptions& options, const Console& console) {
     const Session session;
     Galleries galleries(session);
     const FoundItem found = FindItem(galleries, options.gallery, options.item);
-    const Json json = Details(*found.gallery, *found.item);
-    for (const auto& [key, value] : json.items()) console.Show(fmt::format("{:<18}  {}", key, ValueText(value)));
+    const Tags tags(session);
+    const Json json = Details(*found.gallery, *found.item, tags);
+    for (const auto& [key, value] : json.items()) {
+        const std::string text = key == "tags" ? TagNames(tags.Of(*found.item)) : ValueText(value);
+        console.Show(fmt::format("{:<18}  {}", key, text.empty() ? "-" : text));
+    }
     console.ShowJson(json);
     return kDone;
 }

@@ -26,13 +26,11 @@ void ShowBranch(CQFolder& folder, const std::string& indent, const Console& cons
     const std::vector<CQItem*> items = Items(folder);
     std::size_t left = folders.size() + items.size();
     for (const CQItem* item : items) {
-        console.Show(indent + (--left > 0 ? "├── " : "└── ") + ToText(item->GetItemName()) + "  (" + KindOf(*item) +
-                     ")");
+        console.Show(indent + (--left > 0 ? "├── " : "└── ") + ShownName(*item) + "  (" + KindOf(*item) + ")");
     }
     for (CQFolder* child : folders) {
         const bool last = --left == 0;
-        console.Show(indent + (last ? "└── " : "├── ") + ToText(child->GetFolderName()) + "  #" +
-                     std::to_string(child->GetDBId()));
+        console.Show(indent + (last ? "└── " : "├── ") + ShownName(*child) + "  #" + std::to_string(child->GetDBId()));
         ShowBranch(*child, indent + (last ? "    " : "│   "), console);
     }
 }

@@ -42,10 +42,10 @@ AddQueue::~AddQueue() {
     QFCLibraryManager::fnUnRegister_QFCLibCallBack(ToCString(m_callbackName));
 }
 
-void AddQueue::Add(std::unique_ptr<CQItem> item, CQFolder& folder, const std::string& folderPath) {
+void AddQueue::Add(std::unique_ptr<CQItem> item, CQFolder& folder, const Target& target) {
     Pending pending;
-    pending.outcome = {false,      ToText(item->GetFileName()), ToText(item->GetItemName()),
-                       folderPath, item->GetUniqueID(),         folder.GetDBId()};
+    pending.outcome = {false,        ToText(item->GetFileName()), ToText(item->GetItemName()),
+                       target.shown, item->GetUniqueID(),         folder.GetDBId()};
     pending.item = std::move(item);
     pending.folder = &folder;
     m_isSettled = false;
@@ -56,7 +56,7 @@ void AddQueue::Add(std::unique_ptr<CQItem> item, CQFolder& folder, const std::st
             return;
         }
     }
-    Queue(std::move(pending), folderPath);
+    Queue(std::move(pending), target.stored);
 }
 
 void AddQueue::Settle() {

@@ -31,9 +31,15 @@ public:
         bool stored = false;
         std::string file;
         std::string name;
-        std::string folder;  // Path.
+        std::string folder;  // Path, as shown.
         GUID guid{};
         int folderRow = -1;
+    };
+
+    // The path of the folder, as the library knows it and as it is shown.
+    struct Target {
+        std::string stored;
+        std::string shown;
     };
 
     explicit AddQueue(CQGallery& gallery);
@@ -43,7 +49,7 @@ public:
     AddQueue& operator=(const AddQueue&) = delete;
 
     // Waits while 64 are on the way.
-    void Add(std::unique_ptr<CQItem> item, CQFolder& folder, const std::string& folderPath);
+    void Add(std::unique_ptr<CQItem> item, CQFolder& folder, const Target& target);
     // Returns when every add has had its turn. Should the library not answer for minutes, it is stopped.
     void Settle();
     // What has become known, in the order of the adds. Looking into a folder reads all of it, so outcomes are held back

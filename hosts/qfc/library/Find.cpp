@@ -41,6 +41,9 @@ FoundItem ByGuid(Galleries& galleries, const std::string& gallery, const GUID& g
 std::vector<CQItem*> ItemsNamed(CQFolder& folder, const std::string& name) {
     std::vector<CQItem*> items = Items(folder);
     std::erase_if(items, [&](const CQItem* item) { return ToText(item->GetItemName()) != name; });
+    if (!items.empty()) return items;
+    items = Items(folder);
+    std::erase_if(items, [&](const CQItem* item) { return ShownName(*item) != name; });
     return items;
 }
 

@@ -1,11 +1,13 @@
 #include "hosts/qfc/library/Removal.h"
 
 #include "api/QFCLib.h"
+#include "hosts/qfc/library/LinkRelease.h"
 #include "hosts/qfc/library/Tree.h"
 #include "hosts/qfc/library/Verify.h"
 
 #include <algorithm>
 #include <set>
+#include <utility>
 
 namespace qfc::host {
 namespace {
@@ -23,11 +25,18 @@ bool RemoveFolder(Galleries& galleries, CQFolder& folder) {
     DBTools& tools = *folder.GetDBTools();
     std::vector<int> rows;
     std::set<GUID> guids;
-    for (CQFolder* part : WholeTree(folder)) {
+    const std::vector<CQFolder*> parts = WholeTree(folder);
+    std::vector<CQItem*> items;
+    for (CQFolder* part : parts) {
         rows.push_back(part->GetDBId());
-        for (const CQItem* item : Items(*part)) guids.insert(item->GetUniqueID());
+        for (CQItem* item : Items(*part)) {
+            items.push_back(item);
+            guids.insert(std::as_const(*item).GetUniqueID());
+        }
     }
+    LinkRelease links(galleries, parts, items);
     QFCLibraryManager::fnDeleteFolder(ToHandle(&folder));
+    links.GiveBack(tools);
     return std::ranges::all_of(rows, [&](int row) { return IsNothingLeft(tools, row); }) &&
            std::ranges::none_of(guids, [&](const GUID& guid) { return IsLeftBehind(galleries, tools, guid); });
 }

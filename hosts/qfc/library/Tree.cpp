@@ -46,7 +46,29 @@ CQFolder* Child(CQFolder& folder, const std::string& name) {
     for (CQFolder* child : SubFolders(folder)) {
         if (ToText(child->GetFolderName()) == name) return child;
     }
+    for (CQFolder* child : SubFolders(folder)) {
+        if (ShownName(*child) == name) return child;
+    }
     return nullptr;
+}
+
+std::string ShownName(CQFolder& folder) { return ToText(GetFolderDisplayName(&folder, nullptr)); }
+
+std::string ShownName(const CQItem& item) {
+    switch (item.GetItemType()) {
+        case item_type::kVideo:
+        case item_type::kTransition:
+        case item_type::kVideoFilter:
+        case item_type::kAudioFilter:
+        case item_type::kSpeed:
+            break;
+        default:
+            return ToText(item.GetItemName());
+    }
+    CQItem copy(item.GetItemName());
+    copy.SetItemType(item.GetItemType());
+    copy.fnTranslateItemName();
+    return ToText(copy.GetItemName());
 }
 
 std::vector<std::string> ComponentsOf(const CQFolder& folder) {
@@ -58,11 +80,23 @@ std::vector<std::string> ComponentsOf(const CQFolder& folder) {
     return components;
 }
 
-std::string PathOf(const CQFolder& folder) { return JoinPath(ComponentsOf(folder)); }
+std::string StoredPathOf(const CQFolder& folder) { return JoinPath(ComponentsOf(folder)); }
+
+std::vector<std::string> ShownComponentsOf(const CQFolder& folder) {
+    std::vector<std::string> components;
+    // Showing a folder keeps its translation in it, and changes nothing else.
+    for (auto* f = const_cast<CQFolder*>(&folder); f->GetParent() != nullptr; f = f->GetParent()) {
+        components.push_back(ShownName(*f));
+    }
+    std::ranges::reverse(components);
+    return components;
+}
+
+std::string PathOf(const CQFolder& folder) { return JoinPath(ShownComponentsOf(folder)); }
 
 std::string PathOf(const CQFolder& folder, const CQItem& item) {
     const std::string path = PathOf(folder);
-    return path + (path.empty() ? "" : "\\") + ToText(item.GetItemName());
+    return path + (path.empty() ? "" : "\\") + ShownName(item);
 }
 
 std::vector<CQFolder*> FoldersOf(CQGallery& gallery, const GUID& guid) {

@@ -14,12 +14,20 @@ std::vector<CQFolder*> SubFolders(CQFolder& folder);
 std::vector<CQItem*> Items(CQFolder& folder);
 // The folder itself, then everything below it, parents before children, in the stored order.
 std::vector<CQFolder*> WholeTree(CQFolder& folder);
-// The direct sub-folder of exactly that name, or null.
+// The direct sub-folder of exactly that name, else the one that is shown so, or null.
 CQFolder* Child(CQFolder& folder, const std::string& name);
 
-// The names from the gallery's sub-folder down; none for the gallery itself.
+// What people see: a stored name may be encoded or have a key in front, and it may be translated. The item's is looked
+// up on a copy, since the library would make the translation its name.
+std::string ShownName(CQFolder& folder);
+std::string ShownName(const CQItem& item);
+
+// The stored names from the gallery's sub-folder down; none for the gallery itself.
 std::vector<std::string> ComponentsOf(const CQFolder& folder);
-// The same as "A\B".
+// The same as "A\B", for the library.
+std::string StoredPathOf(const CQFolder& folder);
+// The same of what is shown, for people; such a path is understood, too.
+std::vector<std::string> ShownComponentsOf(const CQFolder& folder);
 std::string PathOf(const CQFolder& folder);
 std::string PathOf(const CQFolder& folder, const CQItem& item);
 // The folders of the gallery that hold the item.

@@ -1,0 +1,175 @@
+#include "api/QFCLib.h"
+#include "hosts/qfc/cli/Exit.h"
+#include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/commands/Describe.h"
+#include "hosts/qfc/commands/TagText.h"
+#include "hosts/qfc/library/ChangeLock.h"
+#include "hosts/qfc/library/TagChanges.h"
+#include "hosts/qfc/library/Text.h"
+
+#include <algorithm>
+#include <map>
+#include <nlohmann/json.hpp>
+
+namespace qfc::host {
+namespace {
+
+constexpr const char* kUsualCategory = "My tags";
+
+// A fresh item draws a GUID; the library has no other way to one.
+GUID NewGuid() { return CQItem().GetUniqueID(); }
+
+CLibTag NewTag(const std::string& name, const GUID& category) {
+    CLibTag tag;
+    tag.m_guid = NewGuid();
+    tag.m_guidCategory = category;
+    tag.m_strName = ToCString(name);
+    return tag;
+}
+
+void RefuseClash(const Tags& tags, const std::string& name, int gallery, const GUID& self) {
+    const auto other = NameClash(tags, name, gallery);
+    if (other && !(other->tag.m_guid == self)) throw Failure("there is a tag " + QualifiedName(*other) + " already");
+}
+
+// By gallery, each once: what one call of the library can change together.
+std::map<int, std::vector<FoundTag>> ByGallery(const Tags& tags, const std::vector<std::string>& texts,
+                                               std::optional<int> gallery) {
+    std::map<int, std::vector<FoundTag>> found;
+    for (const std::string& text : texts) {
+        const FoundTag tag = tags.Find(text, gallery);
+        std::vector<FoundTag>& same = found[tag.gallery];
+        const auto isKnown = [&](const FoundTag& known) { return known.tag.m_guid == tag.tag.m_guid; };
+        if (std::ranges::none_of(same, isKnown)) same.push_back(tag);
+    }
+    return found;
+}
+
+int SetChecked(const TagCheckOptions& options, bool checked, const Console& console) {
+    const ChangeLock lock;
+    const Session session;
+    Galleries galleries(session);
+    Tags tags(session);
+    TagChanges changes(tags, galleries);
+    Json json = Json::array();
+    for (const auto& [gallery, found] : ByGallery(tags, options.tags, NamedGallery(galleries, options.gallery))) {
+        std::list<CLibTag> stored;
+        std::string names;
+        for (const FoundTag& tag : found) {
+            stored.push_back(tag.tag);
+            stored.back().m_bChecked = checked;
+            names += (names.empty() ? "" : ", ") + QualifiedName(tag);
+        }
+        changes.StoreTags(gallery, stored, std::string("cannot ") + (checked ? "check " : "uncheck ") + names);
+        console.Say((checked ? "checked " : "unchecked ") + names);
+        for (const CLibTag& tag : stored) json.push_back(TagJson(*tags.ByGuid(tag.m_guid)));
+    }
+    console.ShowJson({{"tags", json}});
+    return kDone;
+}
+
+}  // namespace
+
+int Run(const TagCreateOptions& options, const Console& console) {
+    RequireTagName(options.name);
+    const std::string categoryName = options.category.empty() ? kUsualCategory : options.category;
+    RequireTagName(categoryName);
+    const ChangeLock lock;
+    const Session session;
+    Galleries galleries(session);
+    const int gallery = galleries.Resolve(options.gallery).id;
+    Tags tags(session);
+    RefuseClash(tags, options.name, gallery, GUID_NULL);
+    TagChanges changes(tags, galleries);
+    const std::string what = "cannot make the tag " + options.name;
+    const CTagCategory* known = tags.CategoryNamed(categoryName, gallery);
+    CLibTag tag = NewTag(options.name, known != nullptr ? known->m_guid : NewGuid());
+    if (known != nullptr) {
+        changes.StoreTags(gallery, {tag}, what);
+    } else {
+        CTagCategory category;
+        category.m_guid = tag.m_guidCategory;
+        category.m_nGallery = gallery;
+        category.m_strName = ToCString(categoryName);
+        category.m_tags.push_back(tag);
+        changes.StoreCategory(category, what);
+    }
+    const FoundTag made = *tags.ByGuid(tag.m_guid);
+    console.Say("made the tag " + QualifiedName(made));
+    console.ShowJson(TagJson(made));
+    return kDone;
+}
+
+int Run(const TagRenameOptions& options, const Console& console) {
+    RequireTagName(options.name);
+    const ChangeLock lock;
+    const Session session;
+    Galleries galleries(session);
+    Tags tags(session);
+    const FoundTag found = tags.Find(options.tag, NamedGallery(galleries, options.gallery));
+    RefuseClash(tags, options.name, found.gallery, found.tag.m_guid);
+    CLibTag renamed = found.tag;
+    renamed.m_strName = ToCString(options.name);
+    TagChanges(tags, galleries).StoreTags(found.gallery, {renamed}, "cannot rename " + QualifiedName(found));
+    const FoundTag shown = *tags.ByGuid(renamed.m_guid);
+    console.Say("renamed to " + QualifiedName(shown));
+    console.ShowJson(TagJson(shown));
+    return kDone;
+}
+
+int Run(const TagDeleteOptions& options, const Console& console) {
+    const ChangeLock lock;
+    const Session session;
+    Galleries galleries(session);
+    Tags tags(session);
+    const auto found = ByGallery(tags, options.tags, NamedGallery(galleries, options.gallery));
+    for (const auto& [gallery, same] : found) {
+        for (const FoundTag& tag : same) {
+            if (!tag.tag.m_bDeletable) throw Failure(QualifiedName(tag) + " cannot be deleted");
+        }
+    }
+    TagChanges changes(tags, galleries);
+    Json deleted = Json::array(), items = Json::array();
+    for (const auto& [gallery, same] : found) {
+        std::list<CLibTag> list;
+        std::string names;
+        for (const FoundTag& tag : same) {
+            list.push_back(tag.tag);
+            names += (names.empty() ? "" : ", ") + QualifiedName(tag);
+            deleted.push_back(TagJson(tag));
+        }
+        for (const FoundItem& item : changes.DeleteTags(gallery, list, "cannot delete " + names)) {
+            items.push_back(ItemJson(*item.gallery, *item.item, tags));
+        }
+        console.Say("deleted " + names);
+    }
+    console.ShowJson({{"deleted", deleted}, {"items", items}});
+    return kDone;
+}
+
+int Run(const TagCheckOptions& options, const Console& console) { return SetChecked(options, true, console); }
+
+int Run(const TagUncheckOptions& options, const Console& console) { return SetChecked(options, false, console); }
+
+int Run(const TagDefaultsOptions&, const Console& console) {
+    const ChangeLock lock;
+    const Session session;
+    Galleries galleries(session);
+    Tags tags(session);
+    const auto counted = [&] {
+        std::size_t count = 0;
+        for (const CTagCategory& category : tags.Categories()) count += category.m_tags.size();
+        return std::pair(tags.Categories().size(), count);
+    };
+    const auto before = counted();
+    TagChanges(tags, galleries).StoreDefaults();
+    const auto after = counted();
+    const std::size_t categories = after.first - before.first;
+    const std::size_t made = after.second - before.second;
+    console.Say("the default tags are there (new: " + std::to_string(categories) +
+                (categories == 1 ? " category, " : " categories, ") + Counted(made, "tag") + ")");
+    console.ShowJson({{"newCategories", categories}, {"newTags", made}});
+    return kDone;
+}
+
+}  // namespace qfc::host

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "hosts/qfc/library/Find.h"
+#include "hosts/qfc/library/Tags.h"
+
+#include <list>
+#include <string>
+#include <vector>
+
+namespace qfc::host {
+
+// Changes of tags. Each goes through the library's service, then looks at what is stored; `tags` shows it afterwards.
+// Every function throws Failure with `what` could not be done when it is not there. Loaded items learn of it, too.
+// Main thread.
+class TagChanges {
+public:
+    // Loads the library's own store, which the service keeps in step; once a process.
+    TagChanges(Tags& tags, Galleries& galleries);
+
+    // New tags, or new values of stored ones; all of one gallery.
+    void StoreTags(int gallery, const std::list<CLibTag>& tags, const std::string& what);
+    // The category with exactly the tags given, which may be new; those that it has had stay stored.
+    void StoreCategory(const CTagCategory& category, const std::string& what);
+    // With their links. Gives the items that carried one of them, each once, without them.
+    std::vector<FoundItem> DeleteTags(int gallery, const std::list<CLibTag>& tags, const std::string& what);
+    // The category alone: its tags go before it.
+    void DeleteCategory(const CTagCategory& category, const std::string& what);
+    // The items of the sources get the target, the sources go; all of one gallery. Gives the items.
+    std::vector<FoundItem> Merge(int gallery, const CLibTag& target, const std::vector<FoundTag>& sources,
+                                 const std::string& what);
+    void Link(const std::vector<CQItem*>& items, const std::list<GUID>& tags, const std::string& what);
+    void Unlink(const std::vector<CQItem*>& items, const std::list<GUID>& tags, const std::string& what);
+    // The categories that the data beside the program describe. Throws Failure when there are none.
+    void StoreDefaults();
+
+private:
+    void RequireGone(const std::list<GUID>& guids, const std::string& what);
+
+    Tags& m_tags;
+    Galleries& m_galleries;
+};
+
+// The loaded items of all galleries that carry one of the tags, as they stand in memory.
+std::vector<FoundItem> Carriers(Galleries& galleries, const std::list<GUID>& tags);
+// How many living items carry each tag; an item that is in several galleries counts once.
+std::map<GUID, std::size_t> CountCarriers(Galleries& galleries);
+
+}  // namespace qfc::host

@@ -1,0 +1,168 @@
+#include "TagCommandsTest.h"
+
+namespace qfc::test {
+namespace {
+
+class CommandsTagSearch : public TagCommandsTest {
+protected:
+    // a: Beach, Sea. b: Beach. c: none. s, in Sounds: the Beach of Sounds.
+    void TagSome() const {
+        ImportAbc();
+        Done({"import", Sound("s.wav"), "--folder", "S", "--gallery", "Sounds"});
+        Done({"tag", "create", "Beach"});
+        Done({"tag", "create", "Sea"});
+        Done({"tag", "create", "Beach", "--gallery", "Sounds"});
+        Done({"tag", "add", "Beach", "Sea", "--", "F\\a.ppm"});
+        Done({"tag", "add", "Beach", "F\\b.ppm"});
+        Done({"tag", "add", "Beach", "S\\s.wav", "--gallery", "Sounds"});
+    }
+    Names Found(const Args& arguments) const { return NamesIn(Done(Joined({"find"}, arguments))); }
+};
+
+// --- find ----------------------------------------------------------------------------------------------------------
+
+TEST_F(CommandsTagSearch, ANameMeansTheTagOfEachItemsOwnGallery) {
+    TagSome();
+    EXPECT_EQ(Found({"--tag", "beach"}), (Names{"a.ppm", "b.ppm", "s.wav"}));
+    EXPECT_EQ(Found({"--tag", "beach", "--gallery", "Sounds"}), Names{"s.wav"});
+}
+
+TEST_F(CommandsTagSearch, AllTagsHaveToMatch_UnlessAnyIsAskedFor) {
+    TagSome();
+    EXPECT_EQ(Found({"--tag", "Beach", "--tag", "Sea"}), Names{"a.ppm"});
+    EXPECT_EQ(Found({"--tag", "Sea", "--tag", "Beach", "--any", "--gallery", "Media"}), (Names{"a.ppm", "b.ppm"}));
+}
+
+TEST_F(CommandsTagSearch, TagsKindsGalleriesAndTextGoTogether) {
+    TagSome();
+    EXPECT_EQ(Found({"--tag", "Beach", "--kind", "audio"}), Names{"s.wav"});
+    EXPECT_EQ(Found({"B", "--tag", "Beach", "--kind", "image"}), Names{"b.ppm"});
+    EXPECT_EQ(Found({"--kind", "image"}), (Names{"a.ppm", "b.ppm", "c.ppm"}));
+    EXPECT_EQ(Document({"find", "c", "--tag", "Beach"}, 1), Json::array());
+}
+
+TEST_F(CommandsTagSearch, ATagThatOnlyAnotherGalleryHas_IsFoundByItsName) {
+    TagSome();
+    const std::string sound = Done({"show", "S\\s.wav", "--gallery", "Sounds"})["guid"];
+    Done({"tag", "add", "Sea", sound});
+    EXPECT_EQ(Found({"--tag", "sea"}), (Names{"a.ppm", "s.wav"}));
+    EXPECT_EQ(Found({"--tag", "Media:My tags/Sea", "--gallery", "Sounds"}), Names{"s.wav"});
+}
+
+TEST_F(CommandsTagSearch, AnAmbiguousOrUnknownTagIsRefused) {
+    TagSome();
+    Exec("insert into LIB_TAG_CATEGORY_TABLE values ('Other', 1, 1, 0, X'00112233445566778899AABBCCDDEEFF')");
+    Exec(
+        "insert into LIB_TAG_TABLE select TAG_NAME, X'00112233445566778899AABBCCDDEEFF', 0, 0, 1, 0, null, "
+        "X'FF112233445566778899AABBCCDDEEFF' from LIB_TAG_TABLE where TAG_NAME = 'Sea'");
+    const std::string error = Refused({"find", "--tag", "Sea"});
+    EXPECT_NE(error.find("Media:My tags/Sea"), std::string::npos) << error;
+    EXPECT_NE(error.find("Media:Other/Sea"), std::string::npos) << error;
+    EXPECT_EQ(Found({"--tag", "Media:My tags/Sea"}), Names{"a.ppm"});
+    Refused({"find", "--tag", "Nowhere"});
+}
+
+TEST_F(CommandsTagSearch, FindWantsSomethingToLookFor) {
+    Refused({"find"}, 2);
+    Refused({"find", "--gallery", "Media"}, 2);
+    Refused({"find", "x", "--any"}, 2);
+    Refused({"find", "--kind", "image", "--description"}, 2);
+    Refused({"find", "--kind", "music"}, 2);
+}
+
+// --- Looking -------------------------------------------------------------------------------------------------------
+
+TEST_F(CommandsTagSearch, LsShowAndFindTellTheTags) {
+    TagSome();
+    const Json listed = Done({"ls", "F"});
+    EXPECT_EQ(NamesIn(listed["items"][0]["tags"]), (Names{"Beach", "Sea"}));
+    EXPECT_EQ(NamesIn(listed["items"][2]["tags"]), Names{});
+    EXPECT_NE(Qfc({"ls", "F"}).out.find("a.ppm  [Beach, Sea]\n"), std::string::npos);
+    EXPECT_NE(Qfc({"show", "F\\a.ppm"}).out.find("tags                Beach, Sea\n"), std::string::npos);
+    EXPECT_NE(Qfc({"find", "a.ppm"}).out.find("F\\a.ppm  [Beach, Sea]\n"), std::string::npos);
+}
+
+TEST_F(CommandsTagSearch, ALinkToATagThatIsNotStored_IsShownByItsGuid) {
+    TagSome();
+    Exec("delete from LIB_TAG_TABLE where TAG_NAME = 'Sea'");
+    EXPECT_EQ(TagsOf("F\\a.ppm"), (Names{"Beach", "?"}));
+    EXPECT_NE(Qfc({"ls", "F"}).out.find("a.ppm  [Beach]\n"), std::string::npos);
+}
+
+TEST_F(CommandsTagSearch, SheetDrawsTheTaggedItemsAlone) {
+    TagSome();
+    const std::string out = m_folder / "sheet.png";
+    EXPECT_EQ(Done({"sheet", out, "--tag", "Beach"})["items"], 2);
+    EXPECT_EQ(Done({"sheet", out, "--tag", "Beach", "--tag", "Sea"})["items"], 1);
+    Exec("delete from TAG_ITEM_RELATION_TABLE");
+    Refused({"sheet", out, "--tag", "Beach"});
+    Refused({"sheet", out, "--any"}, 2);
+}
+
+// --- What goes takes its links along -------------------------------------------------------------------------------
+
+TEST_F(CommandsTagSearch, RmOfTheLastPlacementTakesTheLinks_AnEarlierOneDoesNot) {
+    TagSome();
+    Done({"mkdir", "G"});
+    const int row = Done({"ls", "G"})["row"];
+    Exec("insert into RELATION_TABLE (PARENT_ID, ITEM_ID, ITEM_INDEX) select " + std::to_string(row) +
+         ", ITEM_ID, 0 from ITEM_TABLE where ITEM_NAME = 'a.ppm'");
+    Done({"rm", "F\\a.ppm"});
+    EXPECT_EQ(TagsOf("G\\a.ppm"), (Names{"Beach", "Sea"}));
+    Done({"rm", "G\\a.ppm"});
+    EXPECT_EQ(Sql("select count(*) from TAG_ITEM_RELATION_TABLE"), "2");
+    Done({"rm", "F\\b.ppm", "--everywhere"});
+    EXPECT_EQ(Sql("select count(*) from TAG_ITEM_RELATION_TABLE"), "1");
+    ExpectSound();
+}
+
+TEST_F(CommandsTagSearch, RmdirAndGalleryRmTakeTheLinksOfWhatGoes) {
+    TagSome();
+    Done({"rmdir", "F", "--recursive"});
+    EXPECT_EQ(Sql("select count(*) from TAG_ITEM_RELATION_TABLE"), "1");
+    Done({"gallery", "rm", "Sounds"});
+    EXPECT_EQ(Sql("select count(*) from TAG_ITEM_RELATION_TABLE"), "0");
+    EXPECT_EQ(Sql("select count(*) from LIB_TAG_TABLE"), "3");
+    ExpectSound();
+}
+
+TEST_F(CommandsTagSearch, ClearTakesTheLinksAndKeepsTheTags) {
+    TagSome();
+    Done({"clear", "--yes"});
+    EXPECT_EQ(Sql("select count(*) from TAG_ITEM_RELATION_TABLE"), "0");
+    EXPECT_EQ(Sql("select count(*) from LIB_TAG_TABLE"), "3");
+    ExpectSound();
+}
+
+TEST_F(CommandsTagSearch, AnItemThatCannotGo_KeepsItsTags) {
+    TagSome();
+    Exec("create trigger keep before delete on RELATION_TABLE begin select raise(abort, 'kept'); end");
+    EXPECT_EQ(Qfc({"rm", "F\\a.ppm"}).exit, 1);
+    EXPECT_EQ(TagsOf("F\\a.ppm"), (Names{"Beach", "Sea"}));
+    EXPECT_EQ(Qfc({"rmdir", "F", "--recursive"}).exit, 1);
+    EXPECT_EQ(Sql("select count(*) from TAG_ITEM_RELATION_TABLE"), "4");
+}
+
+TEST_F(CommandsTagSearch, ATaggedItemWhoseLinksCannotGo_Stays) {
+    TagSome();
+    Exec("create trigger keep before delete on TAG_ITEM_RELATION_TABLE begin select raise(abort, 'kept'); end");
+    const std::string before = DumpOf(Database());
+    EXPECT_NE(Refused({"rm", "F\\a.ppm"}).find("a.ppm"), std::string::npos);
+    EXPECT_EQ(DumpOf(Database()), before);
+}
+
+TEST_F(CommandsTagSearch, CheckListsWhatTagsLeaveBehind) {
+    TagSome();
+    Exec("delete from LIB_TAG_CATEGORY_TABLE where CATEGORY_GALLERY = 2");
+    Exec("delete from LIB_TAG_TABLE where TAG_NAME = 'Sea'");
+    Exec(
+        "insert into TAG_ITEM_RELATION_TABLE select X'00112233445566778899AABBCCDDEEFF', TAG_GUID from LIB_TAG_TABLE "
+        "where TAG_NAME = 'Beach' limit 1");
+    Names kinds;
+    const Json report = Document({"check"}, 1);
+    for (const Json& finding : report["findings"]) kinds.push_back(finding["kind"]);
+    EXPECT_EQ(kinds, (Names{"link-without-tag", "link-without-item", "tag-without-category"}));
+}
+
+}  // namespace
+}  // namespace qfc::test
