@@ -1,3 +1,4 @@
+#include "db/Cells.h"
 #include "db/Columns.h"
 #include "db/DBToolsInternal.h"
 #include "db/EffectRecords.h"
@@ -17,9 +18,7 @@ namespace column = qfc::column;
 namespace {
 
 std::optional<GUID> ReadItemId(const CppSQLite3Query& row) {
-    int nLength = 0;
-    const unsigned char* const pBytes = row.getBlobField(column::kItemId, nLength);
-    return qfc::GuidFromBytes(pBytes, nLength > 0 ? static_cast<std::size_t>(nLength) : 0);
+    return qfc::cell::Guid(row, row.fieldIndex(column::kItemId));
 }
 
 // Empty for an absent and for an empty cell.
