@@ -33,9 +33,14 @@ void OperationQueues::PushAsync(Operation operation, bool bDeferred) {
 }
 
 OperationQueues::Operation OperationQueues::Take() {
-    if (!m_sync.empty()) return TakeFront(m_sync);
+    if (!m_sync.empty()) return TakeSync();
     if (m_dispatch.empty()) Refill();
     return m_dispatch.empty() ? nullptr : TakeFront(m_dispatch);
+}
+
+OperationQueues::Operation OperationQueues::TakeSync() {
+    if (m_nSyncBeforeEnd != kNoEnd && m_nSyncBeforeEnd != 0) --m_nSyncBeforeEnd;
+    return TakeFront(m_sync);
 }
 
 void OperationQueues::Refill() {
@@ -45,12 +50,15 @@ void OperationQueues::Refill() {
     }
 }
 
-std::list<OperationQueues::Operation> OperationQueues::TakeAllSync() { return std::exchange(m_sync, {}); }
-
-void OperationQueues::Clear() {
+void OperationQueues::DropAsync() noexcept {
     m_dispatch.clear();
     m_deferred.clear();
     m_async.clear();
+    m_nSyncBeforeEnd = kNoEnd;
+}
+
+void OperationQueues::Clear() {
+    DropAsync();
     m_sync.clear();
 }
 

@@ -23,6 +23,10 @@ public:
     }
     static SharedOperation Take() { return Manager().fnGetLibraryOperation(); }
     static int IsSyncEmpty() { return Manager().fnIsLibraryOperationListEmpty(); }
+    static std::size_t CountSync() {
+        const MutexLocker lock(Manager().m_hServiceMutex);
+        return Manager().m_queues.CountSync();
+    }
     static bool AwaitNextSync() { return Manager().AwaitNextSyncOperation(); }
     static int Clear() { return Manager().fnClearLibraryOperation(); }
     static void DropQueuedWork() { Manager().DropQueuedWork(); }
