@@ -7,7 +7,7 @@
 
 class CQGalleryDoc;
 
-// The plain functions over galleries. Called from one thread at a time.
+// The plain functions over galleries. Any thread; the procedure is registered by one thread at a time.
 
 // 1 when there is a gallery document afterwards.
 QFCLIB_API int CreateGalleryDoc();

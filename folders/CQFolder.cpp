@@ -39,7 +39,6 @@ CQFolder& CQFolder::operator=(const CQFolder& source) {
         return *this = taken;
     }
     Clear();
-    m_bCleared = false;  // It is another folder now.
     m_pParent = source.m_pParent;
     m_strFolderName = source.m_strFolderName;
     m_strTranslateName.Empty();
@@ -115,13 +114,14 @@ int CQFolder::IsPredefinedFolder() const {
     return m_pParent != nullptr && qfc::IsTemplatesGallery(m_pParent->GetFolderID());
 }
 
-// A folder that is the root of a gallery file writes it before its content goes. Whether the file was asked to hold it.
+// A folder that is the root of a gallery file writes it before its content goes. Whether it is such a root: what could
+// not be written is lost as well.
 bool CQFolder::SaveOwnFile() {
     if (m_strFilePath.IsEmpty() || m_bDeleted != 0) return false;
     // What a clearing has emptied is not what the file is to hold.
     if (m_bCleared && GetFirstSubFolder() == nullptr && GetItemsCount() == 0) return true;
     qfc::GalleryFile* file = qfc::GalleryFileOf(*this);
-    if (file == nullptr) return false;
+    if (file == nullptr) return true;
     if (FolderList* list = GetFolderList()) {
         for (CQFolder* child : *list) {
             if (child != nullptr) file->FlushFolder(*child);
@@ -160,9 +160,14 @@ void CQFolder::DestroySubFolders() {
 void CQFolder::LetGoOfItems() {
     ItemArray* items = GetItemArray();
     if (items == nullptr) return;
-    if (qfc::EndsItsItems(*this)) {
-        const CObArray& objects = *items;  // Some may be dead, ended in another folder: not items yet.
-        for (CObject* object : objects) qfc::Teardown::LetGo(object, *this);
+    const bool ends = qfc::EndsItsItems(*this);
+    const CObArray& objects = *items;  // Some may be dead, ended in another folder: not items yet.
+    for (CObject* object : objects) {
+        if (ends) {
+            qfc::Teardown::LetGo(object, *this);
+        } else {
+            qfc::Teardown::PassOn(object, *this);
+        }
     }
     items->RemoveAll();
     m_pNumbers.reset();

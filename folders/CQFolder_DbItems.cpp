@@ -97,7 +97,6 @@ int CQFolder::RemoveItemDB(GUID guid, int bRecursive) {
         if (item == nullptr || !(qfc::GuidOfItem(*item) == guid)) continue;
         qfc::DropOccurrences(*items, item);
         qfc::LeaveGallery(gallery, *item, *this);
-        qfc::PassOnParenthood(*gallery, guid, *this);
         return m_pDBTools->DeleteItemFromFolder(guid, m_nDBId);
     }
     return 0;

@@ -83,9 +83,10 @@ void FolderLoad::TakeItems(CQFolder& folder, FolderRows& rows) {
         if (!held.insert(guid).second) continue;
         CQItem* item = SharedItem(gallery, guid);
         std::unique_ptr<CQItem> loaded = item == nullptr ? rows.Item(guid) : nullptr;
-        // A shared item keeps the folder that loaded it first as its parent.
+        // A shared item keeps the folder that loaded it first as its parent, as long as that lives.
         if (folder.AddItem(loaded != nullptr ? loaded.get() : item, loaded != nullptr) == 0) continue;
         if (loaded != nullptr) item = loaded.release();
+        if (item->GetParentFolder() == nullptr) item->SetParentFolder(&folder);
         if (current && gallery != nullptr) gallery->AddItem2Map(item, ToHandle(&folder));
     }
 }

@@ -8,6 +8,7 @@
 #include "items/ItemGuid.h"
 
 #include <unordered_set>
+#include <utility>
 
 namespace {
 
@@ -125,6 +126,7 @@ int CQFolder::RemoveAllItems(int bDelete) {
             ReOrderItemsDb(position, position + 1);
         }
     }
+    for (const CObject* object : std::as_const(static_cast<CObArray&>(*items))) qfc::Teardown::PassOn(object, *this);
     items->RemoveAll();
     if (qfc::GalleryFile* file = qfc::GalleryFileOf(*this)) file->CloseFolderStorage(*this);
     return 1;

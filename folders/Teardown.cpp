@@ -53,6 +53,10 @@ CQFolder* OtherFolderWith(CQGallery& gallery, const CQItem& item, const CQFolder
     return FirstFolderWith(item, gallery, [&](const CQFolder& candidate) { return &candidate != &folder; });
 }
 
+bool IsOnlyParent(const CQGallery& gallery, const GUID& guid, const CQFolder& folder) {
+    return FirstHolder(gallery, guid, [&](const CQFolder* holder) { return holder != &folder; }) == nullptr;
+}
+
 }  // namespace
 
 Teardown::Teardown(CQFolder& cleared, Extent extent) : m_cleared(cleared), m_extent(extent), m_outer(t_outermost) {
@@ -68,6 +72,15 @@ void Teardown::LetGo(CObject* item, CQFolder& folder) {
     t_outermost->LetGoOnce(item, folder);
 }
 
+void Teardown::PassOn(const CObject* object, CQFolder& former) {
+    const Teardown here(former);
+    if (object == nullptr || IsGone(object) || t_outermost->m_endingObjects.contains(object)) return;
+    CQFolder* holder = t_outermost->SurvivorWith(object);
+    if (holder == nullptr) return;
+    auto* item = const_cast<CQItem*>(static_cast<const CQItem*>(object));
+    if (item->GetParentFolder() == &former) item->SetParentFolder(holder);
+}
+
 bool Teardown::IsGone(const CObject* object) { return t_outermost != nullptr && t_outermost->m_gone.contains(object); }
 
 void Teardown::NoteGone(const CObject* object) {
@@ -77,12 +90,8 @@ void Teardown::NoteGone(const CObject* object) {
 void Teardown::LetGoOnce(CObject* object, CQFolder& folder) {
     if (object == nullptr || IsGone(object) || m_endingObjects.contains(object)) return;
     auto* item = static_cast<CQItem*>(object);
-    const GUID guid = GuidOfItem(*item);  // The item may die in the next call.
     CQGallery* gallery = GalleryOf(folder);
-    if (LeaveGallery(gallery, *item, folder)) {
-        PassOnParenthood(*gallery, guid, folder);
-        return;
-    }
+    if (LeaveGallery(gallery, *item, folder)) return;
     if (CQFolder* holder = SurvivorWith(item)) {
         if (item->GetParentFolder() == &folder) item->SetParentFolder(holder);
         return;
@@ -142,18 +151,35 @@ bool EndsItsItems(const CQFolder& folder) {
     return folder.GetDBTools() == nullptr || IsCurrentDBTools(folder.GetDBTools());
 }
 
+// The index would end the item with its last parent, so a folder that has it without being one becomes one.
+void KeepForOthers(CQGallery& gallery, CQItem& canonical, const CQFolder& leaving) {
+    if (!IsOnlyParent(gallery, GuidOfItem(canonical), leaving)) return;
+    CQFolder* other =
+        t_outermost != nullptr ? t_outermost->SurvivorWith(&canonical) : OtherFolderWith(gallery, canonical, leaving);
+    if (other != nullptr) gallery.AddItem2Map(&canonical, ToHandle(other));
+}
+
 bool LeaveGallery(CQGallery* gallery, CQItem& item, CQFolder& folder) {
-    const GUID guid = GuidOfItem(item);
+    const GUID guid = GuidOfItem(item);  // The item may die below.
     CQItem* canonical = nullptr;
     if (gallery == nullptr || gallery->IsItemHasParentByGuid(guid, canonical) == 0) return false;
     const bool second = &item != canonical;
     CQFolder* other = second ? OtherFolderWith(*gallery, item, folder) : nullptr;
     if (other != nullptr && item.GetParentFolder() == &folder) item.SetParentFolder(other);
+    if (second && Has(folder, *canonical)) {
+        // The folder stays a parent, for the canonical object.
+        if (other != nullptr) return true;
+        Teardown::NoteGone(&item);
+        delete &item;
+        return true;
+    }
+    KeepForOthers(*gallery, *canonical, folder);
     gallery->RemoveItemFromMap(other != nullptr ? canonical : &item, ToHandle(&folder));
     // A second object that was the last to go has taken the canonical one along.
     if (second && other == nullptr) Teardown::NoteGone(&item);
     CQItem* left = nullptr;
     if (gallery->IsItemHasParentByGuid(guid, left) == 0) Teardown::NoteGone(canonical);
+    PassOnParenthood(*gallery, guid, folder);
     return true;
 }
 

@@ -34,11 +34,15 @@ public:
     // that is not cleared has it. An item that lives on in other folders no longer has this one as its parent. The item
     // may be dead already: it is an address until it is known not to be.
     static void LetGo(CObject* item, CQFolder& folder);
+    // The folder gives up an item that is not to end: a folder that is not cleared and has it becomes its parent.
+    // Without such a folder the item is not looked at; it may be dead then.
+    static void PassOn(const CObject* object, CQFolder& former);
     // Whether the object was ended since the outermost clearing began; false outside of one.
     static bool IsGone(const CObject* object);
 
 private:
     friend bool LeaveGallery(CQGallery* gallery, CQItem& item, CQFolder& folder);
+    friend void KeepForOthers(CQGallery& gallery, CQItem& canonical, const CQFolder& leaving);
     friend void PassOnParenthood(CQGallery& gallery, const GUID& guid, const CQFolder& former);
 
     static void NoteGone(const CObject* object);
@@ -65,9 +69,11 @@ private:
 // Whether a folder that is cleared ends its items: not when it belongs to another database than the current one.
 bool EndsItsItems(const CQFolder& folder);
 
-// The gallery takes back an item that a folder no longer has in its array. The item dies as
-// CQGallery::RemoveItemFromMap says, but a second object of a GUID not before the last folder that has it. False,
-// nothing done, when there is no gallery or it does not know the item.
+// The gallery takes back an item that a folder no longer has in its array, or is about to lose. The item dies as
+// CQGallery::RemoveItemFromMap says, but not before the last folder that has it: a folder that has the canonical object
+// without being its parent in the index is made one when the last of those goes, and the folder stays a parent while it
+// has the canonical object beside a second one that goes. An item that lives on gets one of its folders as its parent.
+// False, nothing done, when there is no gallery or it does not know the item.
 bool LeaveGallery(CQGallery* gallery, CQItem& item, CQFolder& folder);
 
 // Takes every occurrence of an object out of an array. The object may be dead.

@@ -64,8 +64,24 @@ bool CQGalleryDoc::ReleaseGallery(CQGallery* pGallery) {
     return true;
 }
 
+CQGallery* CQGalleryDoc::GetCurrentGallery() const {
+    const std::scoped_lock lock(m_guard);
+    return m_pCurrentGallery;
+}
+
 CQFolder* CQGalleryDoc::GetCurrentFolder() {
-    return m_pCurrentGallery != nullptr ? m_pCurrentGallery->GetCurrentFolder() : nullptr;
+    CQGallery* const pGallery = GetCurrentGallery();
+    return pGallery != nullptr ? pGallery->GetCurrentFolder() : nullptr;
+}
+
+void CQGalleryDoc::NoteCurrentFolder(CQFolder* pFolder) {
+    const std::scoped_lock lock(m_guard);
+    m_pCurrentFolder = pFolder;
+}
+
+CQFolder* CQGalleryDoc::GetNotedFolder() const {
+    const std::scoped_lock lock(m_guard);
+    return m_pCurrentFolder;
 }
 
 CString CQGalleryDoc::GeneratePath() {

@@ -12,9 +12,9 @@ class CQGallery;
 // The process-wide document: owns the open galleries and knows which one is current. Constructing one records it as
 // the document that GetGalleryDoc hands out. int results are 1 and 0.
 //
-// Threads: galleries may be added, taken off and closed from any thread. All else is used from one thread at a time,
-// and the list is walked only while nobody adds or closes: the service adds every gallery that it makes, and loads from
-// its own database.
+// Threads: from any thread galleries may be added, taken off and closed, and what is current be asked for. All else is
+// used from one thread at a time, and the list is walked only while nobody adds or closes: the service adds every
+// gallery that it makes, and loads from its own database.
 class QFCLIB_API CQGalleryDoc : public CDocument {
     DECLARE_DYNCREATE(CQGalleryDoc)
 
@@ -35,7 +35,7 @@ public:
     int CloseGallery(CQGallery* pGallery);
     // Takes the gallery off the list: it is the caller's then. False when it is not listed.
     bool ReleaseGallery(CQGallery* pGallery);
-    CQGallery* GetCurrentGallery() const { return m_pCurrentGallery; }
+    CQGallery* GetCurrentGallery() const;
     // The current gallery's current folder; null without a current gallery.
     CQFolder* GetCurrentFolder();
     // The open galleries, in the order added.
@@ -44,13 +44,13 @@ public:
     CString GeneratePath();
 
     // The folder noted when a gallery was made current; borrowed, never read through.
-    void NoteCurrentFolder(CQFolder* pFolder) { m_pCurrentFolder = pFolder; }
-    CQFolder* GetNotedFolder() const { return m_pCurrentFolder; }
+    void NoteCurrentFolder(CQFolder* pFolder);
+    CQFolder* GetNotedFolder() const;
 
     DECLARE_MESSAGE_MAP()
 
 private:
-    std::mutex m_guard;  // While the list or what is current changes.
+    mutable std::mutex m_guard;  // While the list or what is current changes.
     GalleryList m_galleryList;
     CQFolder* m_pCurrentFolder = nullptr;
     CQGallery* m_pCurrentGallery = nullptr;

@@ -3,7 +3,7 @@
 class CQGalleryDoc;
 
 // The slot of the one process-wide gallery document. It stands here, in the lowest layer that reads it; the exported
-// names above forward. Safe to call from any thread; the document itself is unguarded.
+// names above forward. Safe to call from any thread; the document says itself what may be done with it.
 namespace qfc {
 
 // The document, created on the first call; null only when it cannot be made.

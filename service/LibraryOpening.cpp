@@ -62,7 +62,7 @@ CString FixLibraryPath() {
 }
 
 std::unique_ptr<DBTools> OpenLibrary(const CString& strPath, MissingLibrary missing) {
-    // Kept until the database has made its tables: the journal that it makes meanwhile is nobody else's to remove.
+    // Held until the database has made its tables: the journal that it makes meanwhile is nobody else's to remove.
     FolderLock turn(FolderOf(strPath));
     if (TakeTurnToMake(strPath, turn) && missing == MissingLibrary::kSeed) Seed(strPath);
     bool bOpened = true;

@@ -24,6 +24,13 @@ void MoveFront(Operations& from, Operations& to, int atMost) {
     for (int moved = 0; moved < atMost && !from.empty(); ++moved) to.splice(to.end(), from, from.begin());
 }
 
+void Drop(Operations& operations) noexcept {
+    for (const OperationQueues::Operation& operation : operations) {
+        if (operation != nullptr) operation->NoteDropped();
+    }
+    operations.clear();
+}
+
 }  // namespace
 
 void OperationQueues::PushSync(Operation operation) { m_sync.push_back(std::move(operation)); }
@@ -33,9 +40,14 @@ void OperationQueues::PushAsync(Operation operation, bool bDeferred) {
 }
 
 OperationQueues::Operation OperationQueues::Take() {
-    if (!m_sync.empty()) return TakeFront(m_sync);
+    if (!m_sync.empty()) return TakeSync();
     if (m_dispatch.empty()) Refill();
     return m_dispatch.empty() ? nullptr : TakeFront(m_dispatch);
+}
+
+OperationQueues::Operation OperationQueues::TakeSync() {
+    if (m_nSyncBeforeEnd != kNoEnd && m_nSyncBeforeEnd != 0) --m_nSyncBeforeEnd;
+    return TakeFront(m_sync);
 }
 
 void OperationQueues::Refill() {
@@ -45,15 +57,14 @@ void OperationQueues::Refill() {
     }
 }
 
-std::list<OperationQueues::Operation> OperationQueues::TakeAllSync() { return std::exchange(m_sync, {}); }
+void OperationQueues::DropAsync() noexcept {
+    for (Operations* const pOperations : {&m_dispatch, &m_deferred, &m_async}) Drop(*pOperations);
+    m_nSyncBeforeEnd = kNoEnd;
+}
 
 void OperationQueues::Clear() {
-    for (Operations* const pOperations : {&m_dispatch, &m_deferred, &m_async, &m_sync}) {
-        for (const Operation& operation : *pOperations) {
-            if (operation != nullptr) operation->NoteDropped();
-        }
-        pOperations->clear();
-    }
+    DropAsync();
+    Drop(m_sync);
 }
 
 }  // namespace qfc

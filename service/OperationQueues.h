@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <limits>
 #include <list>
 #include <memory>
 
@@ -24,18 +26,27 @@ public:
     // Ordinary asynchronous operations that are not chosen yet.
     std::size_t CountAsync() const { return m_async.size(); }
     bool IsSyncEmpty() const { return m_sync.empty(); }
+    std::size_t CountSync() const { return m_sync.size(); }
+    // What is synchronous and queued by now is the last to be run; without a mark all is.
+    void MarkEndOfSync() { m_nSyncBeforeEnd = m_sync.size(); }
+    // Whether no synchronous operation before the mark is left.
+    bool IsSyncDone() const { return m_sync.empty() || m_nSyncBeforeEnd == 0; }
     // Drops everything: chosen, deferred, ordinary, synchronous. Nothing of it is executed or signalled, each
     // is marked as dropped.
     void Clear();
-    // Takes all synchronous operations out, in order of arrival.
-    std::list<Operation> TakeAllSync();
+    // Drops everything but the synchronous operations, and the mark. Needs no memory.
+    void DropAsync() noexcept;
 
 private:
+    static constexpr std::size_t kNoEnd = std::numeric_limits<std::size_t>::max();
+
     void Refill();
+    Operation TakeSync();
 
     // They die in the opposite order.
     std::list<Operation> m_sync;
-    std::list<Operation> m_dispatch;  // Asynchronous operations already chosen.
+    std::size_t m_nSyncBeforeEnd = kNoEnd;  // Of m_sync, from the front.
+    std::list<Operation> m_dispatch;        // Asynchronous operations already chosen.
     std::list<Operation> m_async;
     std::list<Operation> m_deferred;
 };

@@ -41,24 +41,23 @@ class WorkerThread;
 //
 // Threads: any thread may call any public function. A synchronous function called while the service is stopped, or
 // while another thread stops it, waits until it is started, unless it needs the service database, which is gone then;
-// called from inside a callback, which the worker runs, it fails at once. Items, folders and galleries handed over may
-// not be changed by others until the operation has run.
+// so call nothing for a gallery of that database once a stop may have begun. From inside a callback, which the worker
+// runs, it fails at once. Items, folders and galleries handed over may be changed by others when the operation has run.
 class QFCLIB_API QFCLibraryManager {
 public:
-    // Kept: copies are shallow. Database, worker and mutex are shared with the original and still belong to it,
-    // although the mutex is closed by whichever object dies first.
+    // Shallow: database, worker and mutex stay the original's, although whichever object dies first closes the mutex.
     QFCLibraryManager(const QFCLibraryManager& other);
     QFCLibraryManager& operator=(const QFCLibraryManager& other);
     // Closes the service mutex; neither stops the worker nor closes the database, which is fnStopService's work.
     ~QFCLibraryManager();
 
     // --- Service ---------------------------------------------------------------------------------------------------
-    // Opens the database, seeding it from the template of the host folder when it is missing, and starts the worker.
-    // 0 when it runs already, when the data folder does not fit the 260 bytes of the path buffer, when the database
-    // cannot be opened or the worker not be made, or while another thread starts, stops or clears. A start that fails
-    // leaves what is queued as it was.
+    // Opens the database, seeding it from the template of the host folder when it is missing, and starts the worker;
+    // waits, for a minute at most, while another process is making it. 0 when it runs already, when the data folder
+    // does not fit the 260 bytes of the path buffer, when the database cannot be opened or the worker not be made, or
+    // while another thread starts, stops or clears. A start that fails leaves what is queued as it was.
     static int fnStartService();
-    // Runs the synchronous operations still queued, drops the asynchronous ones (no callback, no signal), waits for
+    // Runs the synchronous operations queued before, drops the asynchronous ones (no callback, no signal), waits for
     // functions that still use the database, closes it. 0 when the service does not run, and from inside a callback.
     // Galleries loaded from the service database are closed before.
     static int fnStopService();
@@ -71,7 +70,7 @@ public:
     // The file of the service database. The first answer fixes it for the life of the process; empty, and nothing
     // fixed, when the data folder cannot be had.
     static CString GetDatabasePath();
-    // 1 for the service's database while the service runs. Kept: null while it does not run is 1, too.
+    // 1 for the service's database while the service runs; null while it does not run is 1, too.
     static int IsCurrentDBTools(const DBTools* pDBTools);
     // Opens another library beside the service's; the handle is the address of its DBTools, 0 when the file is missing
     // or cannot be opened. The caller ends the session, after closing the galleries loaded through it.
@@ -104,17 +103,17 @@ public:
     static int fnAddItem(ULONGLONG hGallery, std::vector<CString> folderPaths, CQItem* pItem);
     // 1 once queued, whatever becomes of it. The item is borrowed until its callback, or until the service has stopped.
     // An add queued while the service is stopped runs after the next start, and one that meets a stop is dropped or
-    // does so, too; the item and the gallery must live until then, and with the gallery its database.
+    // does so, too; item, gallery and its database must live until then, so this is only for galleries of sessions.
     static int fnAddItemAsync(ULONGLONG hGallery, std::vector<CString> folderPaths, CQItem* pItem, int nPriority);
     // Mode 0 removes the items from every folder that holds them, another mode from this folder only.
-    // Kept: the result is always 0.
+    // The result is always 0.
     static int fnDeleteItem(ULONGLONG hFolder, std::vector<GUID> items, int nMode);
-    // Copies the groups of the mask from pItem into the gallery's item of that GUID and stores it. Kept: 1 whether or
+    // Copies the groups of the mask from pItem into the gallery's item of that GUID and stores it. 1 whether or
     // not it could be stored.
     static int fnUpdateItem(ULONGLONG hGallery, CQItem* pItem, GUID guidItem, DWORD dwMask);
     // Stores the item's bitmap cache.
     static int fnUpdateLibItemThumbnail(CQItem* pItem);
-    // Replaces the contents of the vector. Kept: 1 also when the query failed or ended early.
+    // Replaces the contents of the vector. 1 also when the query failed or ended early.
     static int fnQueryLibItemThumbnailInfo(std::vector<_DS_LibItemTunmbnailInfo_>& thumbnails);
 
     // --- Filters and transitions -------------------------------------------------------------------------------------
@@ -139,7 +138,7 @@ public:
 
     // --- Tags ------------------------------------------------------------------------------------------------------
     // Each is 0, and nothing is queued, while the service is stopped. What the operations cannot do leaves database,
-    // tag store and items as they were. Kept: the result is 1 then, too: look at the store or the items. The key is the
+    // tag store and items as they were; the result is 1 then, too: look at the store or the items. The key is the
     // gallery's id, under which CLibTagsMgr files categories and tags.
     static int fnCreateDefaultTag();  // The store then holds the default tags alone; stored ones stay stored.
     static int fnLoadLibTag();        // Appends to the store: once a process.
@@ -196,6 +195,8 @@ private:
 
     // The worker: service/Worker.cpp.
     static unsigned int fnThreadExecuteLibraryOperation(void* pManager);
+    // Whether a stopping worker may end: what comes after the fall of the flag is not for it.
+    bool IsSyncDone();
     void RunOperation(LibraryOperation& operation);
     bool AwaitNextSyncOperation();
     static bool IsWorkerThread();

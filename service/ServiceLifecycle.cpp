@@ -6,7 +6,6 @@
 #include "service/MutexLocker.h"
 #include "service/QFCLibraryManager.h"
 
-#include <list>
 #include <memory>
 #include <utility>
 
@@ -54,6 +53,8 @@ int QFCLibraryManager::fnDoStopService() {
     {
         const MutexLocker lock(m_hServiceMutex);
         m_nRunning = 0;
+        // Who keeps making synchronous calls would keep the worker, and so the stop, from ending.
+        m_queues.MarkEndOfSync();
     }
     if (m_pWorker != nullptr) {
         WaitForSingleObject(m_pWorker->Handle(), INFINITE);
@@ -65,13 +66,11 @@ int QFCLibraryManager::fnDoStopService() {
     return 1;
 }
 
-// A synchronous operation that is still there came when the worker had ended, without the service database. It stays
+// A synchronous operation that is still there came after the running flag fell, without the service database. It stays
 // queued for the next start, as if it had come a moment later: its caller waits for it.
 void QFCLibraryManager::DropQueuedWork() {
     const MutexLocker lock(m_hServiceMutex);
-    std::list<SharedOperation> late = m_queues.TakeAllSync();
-    fnClearLibraryOperation();
-    for (SharedOperation& pOperation : late) m_queues.PushSync(std::move(pOperation));
+    m_queues.DropAsync();
 }
 
 void QFCLibraryManager::CloseDatabase() {

@@ -2,6 +2,7 @@
 #include "platform/framework/Exceptions.h"
 #include "platform/os/Sync.h"
 #include "service/LibraryOperation.h"
+#include "service/MutexLocker.h"
 #include "service/QFCLibraryManager.h"
 
 #include <chrono>
@@ -36,7 +37,7 @@ unsigned int QFCLibraryManager::fnThreadExecuteLibraryOperation(void* pArgument)
     auto& manager = *static_cast<QFCLibraryManager*>(pArgument);
     t_bWorker = true;
     bool bServedSync = false;
-    while (manager.m_nRunning != 0 || !manager.fnIsLibraryOperationListEmpty()) {
+    while (manager.m_nRunning != 0 || !manager.IsSyncDone()) {
         const SharedOperation pOperation = manager.fnGetLibraryOperation();
         if (pOperation != nullptr) {
             manager.RunOperation(*pOperation);
@@ -49,6 +50,11 @@ unsigned int QFCLibraryManager::fnThreadExecuteLibraryOperation(void* pArgument)
         }
     }
     return 0;
+}
+
+bool QFCLibraryManager::IsSyncDone() {
+    const MutexLocker lock(m_hServiceMutex);
+    return m_queues.IsSyncDone();
 }
 
 void QFCLibraryManager::RunOperation(LibraryOperation& operation) {

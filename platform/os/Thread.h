@@ -6,8 +6,8 @@
 
 namespace qfc {
 
-// One thread with a procedure, created suspended: nothing of it runs before Resume(). The object belongs to the thread
-// that made it; only its Handle() may be used by others.
+// One thread with a procedure, created suspended: nothing of it runs before Resume(). The object is used by
+// one thread at a time; only its Handle() may be used by others meanwhile.
 class WorkerThread {
 public:
     using Procedure = unsigned (*)(void*);

@@ -27,8 +27,8 @@ int LibraryOperation_CreateGallery::execute() {
     pGallery->SetDBTools(m_pDBTools);
     if (!pGallery->InsertOrUpdateFolder() || !pGallery->InsertOrUpdateGallery()) return 0;
 
-    m_hCreated = qfc::ToHandle(pGallery.get());
-    CQGallery* const pOpened = pGallery.release();
-    if (CQGalleryDoc* const pDocument = qfc::GalleryDocument()) pDocument->AddGallery(pOpened);
+    CQGalleryDoc* const pDocument = qfc::GalleryDocument();
+    if (pDocument == nullptr || pDocument->AddGallery(pGallery.get()) == 0) return 0;
+    m_hCreated = qfc::ToHandle(pGallery.release());
     return 1;
 }

@@ -13,7 +13,7 @@ public:
     // Mode 0: from every folder, whichever folder is given.
     LibraryOperation_DeleteItem(CQFolder* pFolder, std::vector<GUID>&& items, DWORD dwMode);
 
-    // Kept: 0 in every case.
+    // 0 in every case.
     int execute() override;
 
 private:

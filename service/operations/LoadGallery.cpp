@@ -18,9 +18,10 @@ int LibraryOperation_LoadGallery::execute() {
     pGallery->SetDBTools(m_pDBTools);
     if (!pGallery->LoadTreeFromDb()) return 0;
 
-    m_hLoaded = qfc::ToHandle(pGallery.get());
-    CQGallery* const pLoaded = pGallery.release();
-    CQGalleryDoc* const pDocument = qfc::IsCurrentDBTools(m_pDBTools) ? qfc::GalleryDocument() : nullptr;
-    if (pDocument != nullptr) pDocument->AddGallery(pLoaded);
+    if (qfc::IsCurrentDBTools(m_pDBTools)) {
+        CQGalleryDoc* const pDocument = qfc::GalleryDocument();
+        if (pDocument == nullptr || pDocument->AddGallery(pGallery.get()) == 0) return 0;
+    }
+    m_hLoaded = qfc::ToHandle(pGallery.release());
     return 1;
 }

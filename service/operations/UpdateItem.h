@@ -10,7 +10,7 @@ class LibraryOperation_UpdateItem : public LibraryOperation {
 public:
     LibraryOperation_UpdateItem(ULONGLONG hGallery, CQItem* pItem, DWORD dwMask, const GUID& guidItem);
 
-    // Kept: 1 whatever the update said; 0 only without gallery or item.
+    // 1 whatever the update said; 0 only without gallery or item.
     int execute() override;
 
 private:

@@ -1,11 +1,13 @@
+#include "items/Handles.h"
 #include "tests/folders/FolderBuilders.h"
 #include "tests/items/ItemLibrary.h"
 
 #include <gtest/gtest.h>
+#include <list>
 #include <memory>
 
-// One object in several folders, known to no gallery's index: it ends with the last folder that has it, whatever way
-// the folders lose it. The address sanitizer sees what the counters cannot.
+// One object in several folders, known to no gallery's index or to the index for some of them only: it ends with the
+// last folder that has it, whatever way the folders lose it. The address sanitizer sees what the counters cannot.
 namespace qfc::test {
 namespace {
 
@@ -138,6 +140,11 @@ TEST_F(HeldInAPlainTree, ClearingAFolderThatHasItWithOneBelow_EndsItOnce) {
 class HeldOutsideTheIndex : public HeldByOthers {
 protected:
     void AddWithoutWriting(CQFolder& folder, CQItem* item) { EXPECT_EQ(folder.AddItemDb(item, 0), 1); }
+    static void SwapFirstTwo(CQFolder& folder) {
+        CQItem* first = folder.GetItemArray()->GetAt(0);
+        folder.GetItemArray()->SetAt(0, folder.GetItemArray()->GetAt(1));
+        folder.GetItemArray()->SetAt(1, first);
+    }
     std::string Count(const std::string& table) { return library.Raw().Cell("select count(*) from " + table); }
     void Place(unsigned number, const CQFolder& folder) {
         library.Raw().Exec("insert into RELATION_TABLE(PARENT_ID, ITEM_ID, ITEM_INDEX) values(" +
@@ -190,6 +197,109 @@ TEST_F(HeldOutsideTheIndex, KnownItemOfTheRoot_HasTheRootAsItsParentOnceItsFolde
     ASSERT_EQ(a.AddItemDb(item, 1), 1);
     a.Clear();
     ExpectItLivesIn(tree.Gallery(), item);
+}
+
+// The index knows it for A alone, B has it all the same.
+class HeldBesideTheIndex : public HeldOutsideTheIndex {
+protected:
+    CQItem* InIndexForA(unsigned number = 1) {
+        CQItem* item = NewCounted(number);
+        EXPECT_EQ(a.AddItemDb(item, 1), 1);
+        EXPECT_EQ(b.AddItem(item, 0), 1);
+        EXPECT_EQ(Parents(number), std::list<ULONGLONG>{ToHandle(&a)});
+        return item;
+    }
+    std::list<ULONGLONG> Parents(unsigned number) { return tree.Gallery().GetItemParentList(GuidOf(number)); }
+    void ExpectOnlyBIsLeft(const CQItem* item) {
+        ExpectItLivesIn(b, item);
+        EXPECT_EQ(Parents(1), std::list<ULONGLONG>{ToHandle(&b)});
+        EXPECT_EQ(b.RemoveItem(GuidOf(1), 1), 1);
+        EXPECT_EQ(destroyed, 1);
+    }
+};
+
+TEST_F(HeldBesideTheIndex, DeletingRemoval_LeavesItToTheOther) {
+    const CQItem* item = InIndexForA();
+    EXPECT_EQ(a.RemoveItem(GuidOf(1), 1), 1);
+    ExpectOnlyBIsLeft(item);
+}
+
+TEST_F(HeldBesideTheIndex, RemovalFromTheDatabase_LeavesItToTheOther) {
+    const CQItem* item = InIndexForA();
+    EXPECT_EQ(a.RemoveItemDB(GuidOf(1), 0), 1);
+    ExpectOnlyBIsLeft(item);
+}
+
+TEST_F(HeldBesideTheIndex, ClearingOne_LeavesItToTheOther) {
+    const CQItem* item = InIndexForA();
+    a.Clear();
+    ExpectOnlyBIsLeft(item);
+}
+
+TEST_F(HeldBesideTheIndex, DeletingOneFolder_LeavesItToTheOther) {
+    const CQItem* item = InIndexForA();
+    EXPECT_EQ(tree.Gallery().DeleteFolderFromDb(a.GetDBId()), 1);
+    ExpectOnlyBIsLeft(item);
+}
+
+TEST_F(HeldBesideTheIndex, RemoveAllItemsOfOne_LeavesEachToTheOther) {
+    for (unsigned number = 1; number <= 3; ++number) InIndexForA(number);
+    EXPECT_EQ(a.RemoveAllItems(1), 1);
+    EXPECT_EQ(destroyed, 0);
+    ASSERT_EQ(b.GetItemsCount(), 3);
+    for (const CQItem* item : *b.GetItemArray()) EXPECT_EQ(item->GetParentFolder(), &b);
+    EXPECT_EQ(b.RemoveAllItems(1), 1);
+    EXPECT_EQ(destroyed, 3);
+}
+
+TEST_F(HeldBesideTheIndex, ClearingTheGallery_EndsItOnce) {
+    InIndexForA();
+    tree.Gallery().Clear();
+    EXPECT_EQ(destroyed, 1);
+}
+
+// Also when it is no longer the object that the folder loses.
+TEST_F(HeldBesideTheIndex, SecondObjectThatIsTheLastOfItsFolder_LeavesTheFirstToTheOther) {
+    const CQItem* item = InIndexForA();
+    a.RemoveItem(GuidOf(1), 0);
+    int secondDestroyed = 0;
+    auto* second = new CountedItem(secondDestroyed);
+    second->SetUniqueID(GuidOf(1));
+    a.AddItem(second, 1);
+    EXPECT_EQ(a.RemoveItem(GuidOf(1), 1), 1);
+    EXPECT_EQ(secondDestroyed, 1);
+    ExpectOnlyBIsLeft(item);
+}
+
+TEST_F(HeldOutsideTheIndex, SecondObjectOfAFolderThatHasTheFirst_DiesAlone) {
+    for (const int way : {0, 1}) {
+        destroyed = 0;
+        CQItem* item = NewCounted(1);
+        ASSERT_EQ(a.AddItemDb(item, 1), 1);
+        CQItem* second = NewCounted(1);
+        a.AddItem(second, 1);
+        second->SetDBID(7);
+        // The removal from the database takes the first of that GUID that it meets.
+        if (way == 1) SwapFirstTwo(a);
+        EXPECT_EQ(way == 0 ? a.RemoveItem(7, 1) : a.RemoveItemDB(GuidOf(1), 0), 1);
+        EXPECT_EQ(destroyed, 1);
+        ASSERT_EQ(a.GetItemsCount(), 1);
+        EXPECT_EQ(a.GetItemArray()->GetAt(0), item);
+        EXPECT_EQ(item->GetParentFolder(), &a);
+        EXPECT_EQ(tree.Gallery().GetItemParentList(GuidOf(1)), std::list<ULONGLONG>{ToHandle(&a)});
+        EXPECT_EQ(a.RemoveItem(GuidOf(1), 1), 1);
+        EXPECT_EQ(destroyed, 2);
+    }
+}
+
+TEST_F(HeldOutsideTheIndex, ClearingAFolderThatHasTwoObjectsOfAGuid_EndsEachOnce) {
+    CQItem* item = NewCounted(1);
+    ASSERT_EQ(a.AddItemDb(item, 1), 1);
+    a.AddItem(NewCounted(1), 1);
+    SwapFirstTwo(a);
+    a.Clear();
+    EXPECT_EQ(destroyed, 2);
+    EXPECT_TRUE(tree.Gallery().GetItemParentList(GuidOf(1)).empty());
 }
 
 }  // namespace

@@ -289,6 +289,28 @@ TEST(FileRoots, CopiedOrAssignedFolderThatBecomesARoot_IsSavedAlsoWhenEmpty) {
     EXPECT_EQ(file.calls, (Texts{"save r", "save r"}));
 }
 
+TEST(FileRoots, RootThatIsAssignedTo_IsSavedBeforeAndNotOnceMoreWhileItIsEmpty) {
+    const CQFolder source("s", 0, 0, 0);
+    RecordedFile file;
+    {
+        CQFolder root("r", 0, 0, 0);
+        FolderInside::FilePath(root) = "lib.gal";
+        AddSub(root, "A");
+        root = source;
+    }
+    EXPECT_EQ(file.calls, (Texts{"flush A", "save r"}));
+}
+
+TEST(FileRoots, ClearingWithoutAFileToSaveTo_DoesNotSaveTheEmptiedTreeOnceThereIsOne) {
+    CQFolder root("r", 0, 0, 0);
+    FolderInside::FilePath(root) = "lib.gal";
+    AddSub(root, "A");
+    root.Clear();
+    RecordedFile file;
+    root.Clear();
+    EXPECT_EQ(file.calls, Texts{});
+}
+
 TEST(FileRoots, ClearingThatCouldNotSave_DoesNotSaveTheEmptiedTreeInstead) {
     RecordedFile file;
     {

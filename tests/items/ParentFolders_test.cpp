@@ -98,6 +98,45 @@ TEST_F(ParentFolders, ItemTakenOutWithoutDeletingThatAnotherFolderHas_GetsThatOn
     EXPECT_EQ(b->GetItemArray()->GetAt(0)->TryLoadBB(), 1);
 }
 
+// What is loaded lazily is still found.
+TEST_F(ParentFolders, ItemsOfAFolderEmptiedWithoutDeleting_GetTheOtherFolderThatHasThemAsTheirParent) {
+    for (const unsigned number : {1u, 2u, 3u}) {
+        CQItem* item = NewFilledItem(number);
+        ASSERT_EQ(b->AddItemDb(item, 1), 1);
+        ASSERT_EQ(a->AddItemDb(item, 1), 1);
+    }
+    ASSERT_EQ(a->RemoveAllItems(0), 1);
+    EndFolderA();
+    for (CQItem* item : *b->GetItemArray()) {
+        EXPECT_EQ(item->GetParentFolder(), b);
+        EXPECT_EQ(item->TryLoadBB(), 1);
+    }
+}
+
+TEST_F(ParentFolders, ItemOfAnotherLibraryThatAnotherFolderHas_GetsThatOneAsItsParentWhenItsFolderEnds) {
+    CQItem* item = NewFilledItem(1);
+    ASSERT_EQ(b->AddItemDb(item, 1), 1);
+    ASSERT_EQ(a->AddItemDb(item, 1), 1);
+    SetCurrentDBTools(nullptr);
+    EndFolderA();
+    EXPECT_EQ(item->GetParentFolder(), b);
+    EXPECT_EQ(item->TryLoadBB(), 1);
+    SetCurrentDBTools(library.Tools());
+}
+
+TEST_F(ParentFolders, SharedItemWhoseFolderIsGone_GetsTheFolderThatLoadsItAsItsParent) {
+    CQItem* item = NewFilledItem(1);
+    ASSERT_EQ(a->AddItemDb(item, 1), 1);
+    ASSERT_EQ(library.Tools()->ReOrderItemsDb(item, b, 0), true);
+    ASSERT_EQ(a->RemoveItem(GuidOf(1), 0), 1);
+    EndFolderA();
+    ASSERT_EQ(item->GetParentFolder(), nullptr);
+    b->LoadSubItemsFromDb();
+    ASSERT_EQ(b->GetItemsCount(), 1);
+    EXPECT_EQ(b->GetItemArray()->GetAt(0), item);
+    EXPECT_EQ(item->GetParentFolder(), b);
+}
+
 TEST_F(ParentFolders, FolderThatTookAnItemAsItsOwn_IsStillItsParentWhileItLives) {
     CQItem item;
     item.SetParentFolder(a);

@@ -2,10 +2,12 @@
 
 #include "db/DBTools.h"
 #include "platform/os/FolderLock.h"
+#include "platform/text/CodePages.h"
 #include "tests/support/LibraryFixture.h"
 #include "tests/support/RawDb.h"
 #include "tests/support/SqlTrace.h"
 
+#include <chrono>
 #include <fstream>
 #include <sqlite3.h>
 #include <stdexcept>
@@ -141,6 +143,22 @@ TEST_F(LibraryOpening, FoldersOfManyBytesAndFewUnits_MayFillTheBufferOfTheFolder
     });
 }
 
+// Few units and few bytes of the code page, but three of UTF-8 for each: more than SQLite's file system takes.
+TEST_F(LibraryOpening, DataFolderOfTooManyBytesInUtf8_FailsTheStartAndFixesNothing) {
+    if (!qfc::SetDataFolder(DataFolder().c_str())) GTEST_SKIP() << "the path is fixed once a process";
+    ExpectInAChild([] {
+        ASSERT_TRUE(qfc::SetAnsiCodePage("CP874"));
+        const std::string folder = Scratch().string() + "/" + std::string(84, '\xA1') + "/" + std::string(84, '\xA1');
+        ASSERT_LT(folder.size(), 240U);
+        ASSERT_TRUE(qfc::SetDataFolder(folder.c_str()));
+        EXPECT_EQ(Start(), 0);
+        EXPECT_TRUE(QFCLibraryManager::GetDatabasePath().IsEmpty());
+        ASSERT_TRUE(qfc::SetDataFolder((Scratch() / std::string(84, '\xA1')).c_str()));
+        EXPECT_EQ(Start(), 1);
+        EXPECT_EQ(Stop(), 1);
+    });
+}
+
 TEST_F(LibraryOpening, DataFolderThatIsNoText_FailsTheStartAndFixesNothing) {
     MakeTemplate();
     if (!qfc::SetDataFolder(DataFolder().c_str())) GTEST_SKIP() << "the path is fixed once a process";
@@ -172,7 +190,13 @@ TEST_F(LibraryOpening, TransactionThatWasLeftOpen_IsEndedByTheIdleWorker) {
                            nullptr, nullptr),
               SQLITE_OK);
     // Without the worker's help nobody would ever come through.
-    while (!CanBeginToWrite(DatabaseFile())) std::this_thread::yield();
+    bool ended = false;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    while (!ended && std::chrono::steady_clock::now() < end) {
+        ended = CanBeginToWrite(DatabaseFile());
+        std::this_thread::yield();
+    }
+    ASSERT_TRUE(ended) << "the worker has not ended the transaction within a minute";
     EXPECT_EQ(CountRows("GALLERY_TABLE"), 0);
 }
 

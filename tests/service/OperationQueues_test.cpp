@@ -231,14 +231,35 @@ TEST(OperationQueues, AtItsEnd_DropsTheDeferredThenTheOrdinaryThenTheChosenThenT
     EXPECT_EQ(noted, "deferred ordinary chosen sync ");
 }
 
-TEST(OperationQueues, TakeAllSync_TakesTheSynchronousOnesAloneInTheirOrder) {
+TEST(OperationQueues, DropAsync_KeepsTheSynchronousOnesAloneInTheirOrder) {
     Dispatch dispatch;
-    dispatch.Push('O', 2);
+    dispatch.Push('O', 20);
+    dispatch.Push('D', 2);
+    dispatch.Take();
     dispatch.Push('S', 2);
-    auto taken = dispatch.m_queues.TakeAllSync();
-    EXPECT_TRUE(dispatch.m_queues.IsSyncEmpty());
-    for (auto& operation : taken) dispatch.m_queues.PushSync(std::move(operation));
-    EXPECT_EQ(dispatch.TakeAll(), "S1 S2 O1 O2");
+    dispatch.m_queues.DropAsync();
+    EXPECT_EQ(dispatch.Alive(), 2);
+    EXPECT_EQ(dispatch.TakeAll(), "S1 S2");
+}
+
+TEST(OperationQueues, TheMarkedEnd_ComesBeforeWhatIsQueuedLater) {
+    Dispatch dispatch;
+    dispatch.Push('S', 2);
+    dispatch.m_queues.MarkEndOfSync();
+    dispatch.Push('S');
+    EXPECT_FALSE(dispatch.m_queues.IsSyncDone());
+    dispatch.Take();
+    EXPECT_FALSE(dispatch.m_queues.IsSyncDone());
+    dispatch.Take();
+    EXPECT_TRUE(dispatch.m_queues.IsSyncDone());
+    EXPECT_FALSE(dispatch.m_queues.IsSyncEmpty());
+    dispatch.Push('S');
+    EXPECT_EQ(dispatch.Take(), "S3");  // A worker that did not look yet.
+    EXPECT_TRUE(dispatch.m_queues.IsSyncDone());
+    dispatch.m_queues.DropAsync();
+    EXPECT_FALSE(dispatch.m_queues.IsSyncDone());
+    dispatch.Take();
+    EXPECT_TRUE(dispatch.m_queues.IsSyncDone());
 }
 
 }  // namespace

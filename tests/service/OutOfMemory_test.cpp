@@ -2,6 +2,8 @@
 #include "platform/os/LastError.h"
 #include "platform/os/Sync.h"
 #include "platform/os/Thread.h"
+#include "service/operations/CreateGallery.h"
+#include "service/operations/LoadGallery.h"
 #include "service/operations/QueryLibItemThumbnailInfo.h"
 #include "tests/support/LibraryFixture.h"
 #include "tests/support/ServicePeer.h"
@@ -17,9 +19,13 @@ namespace {
 constexpr int kNever = -1;
 // How many allocations of this thread still succeed.
 thread_local int t_left = kNever;
+thread_local bool t_bOnce = false;
 
 void* Allocate(std::size_t size) {
-    if (t_left == 0) return nullptr;
+    if (t_left == 0) {
+        if (t_bOnce) t_left = kNever;
+        return nullptr;
+    }
     if (t_left > 0) --t_left;
     return std::malloc(size != 0 ? size : 1);
 }
@@ -30,6 +36,21 @@ public:
     ~MemoryEndsAfter() { t_left = kNever; }
     MemoryEndsAfter(const MemoryEndsAfter&) = delete;
     MemoryEndsAfter& operator=(const MemoryEndsAfter&) = delete;
+};
+
+// The one behind these.
+class OneAllocationFails {
+public:
+    explicit OneAllocationFails(int nAllocations) {
+        t_left = nAllocations;
+        t_bOnce = true;
+    }
+    ~OneAllocationFails() {
+        t_left = kNever;
+        t_bOnce = false;
+    }
+    OneAllocationFails(const OneAllocationFails&) = delete;
+    OneAllocationFails& operator=(const OneAllocationFails&) = delete;
 };
 
 }  // namespace
@@ -110,6 +131,56 @@ TEST_F(OutOfMemoryService, ASyncCallThatIsRefused_IsNeverExecuted) {
     Settle();
     EXPECT_EQ(executed, nSucceeded);
     EXPECT_GE(nRefused, 1);
+}
+
+TEST_F(OutOfMemoryService, TheClearOfAStop_NeedsNoMemory) {
+    ASSERT_EQ(QFCLibraryManager::fnStopService(), 1);
+    std::string order;
+    for (const char* pszMark : {"first ", "second "}) {
+        ServicePeer::Add(std::make_shared<LambdaOperation>([&order, pszMark] {
+            order += pszMark;
+            return 1;
+        }));
+    }
+    {
+        const MemoryEndsAfter end(0);
+        ServicePeer::DropQueuedWork();
+    }
+    ASSERT_EQ(QFCLibraryManager::fnStartService(), 1);
+    Settle();
+    EXPECT_EQ(order, "first second ");
+}
+
+// What the document did not take would belong to nobody.
+template <typename Operation, typename... Args>
+void ExpectListedOrNoHandle(ULONGLONG (Operation::*handle)() const, Args... args) {
+    constexpr int kMoreThanItTakes = 300;
+    const auto& listed = GetGalleryDoc()->GetGalleryList();
+    int nRefused = 0;
+    for (int nAllocations = 0; nAllocations < kMoreThanItTakes; ++nAllocations) {
+        Operation operation(args...);
+        const auto before = listed.GetCount();
+        int nResult = 0;
+        try {
+            const OneAllocationFails end(nAllocations);
+            nResult = operation.execute();
+        } catch (const std::bad_alloc&) {
+        } catch (CException* pException) {
+            pException->Delete();
+        }
+        EXPECT_EQ((operation.*handle)() != 0, nResult != 0) << nAllocations;
+        EXPECT_EQ(static_cast<int>(listed.GetCount() - before), nResult) << nAllocations;
+        nRefused += nResult == 0 ? 1 : 0;
+    }
+    EXPECT_GE(nRefused, 1);
+}
+
+TEST_F(OutOfMemoryService, AGalleryThatIsMade_IsTheDocumentsOrThereIsNone) {
+    ExpectListedOrNoHandle(&LibraryOperation_CreateGallery::Created, 5, "Titles", 0, 0, 0, m_pClips->GetDBTools());
+}
+
+TEST_F(OutOfMemoryService, AGalleryThatIsLoaded_IsTheDocumentsOrThereIsNone) {
+    ExpectListedOrNoHandle(&LibraryOperation_LoadGallery::Loaded, kMedia, m_pClips->GetDBTools());
 }
 
 }  // namespace

@@ -101,8 +101,7 @@ TEST_F(StopRaces, ASession_IsUsedWithoutHoldingUpTheStop) {
     EXPECT_EQ(Manager::EndDbSession4ImportLib(hSession), 1);
 }
 
-// --- Starts, stops and clears at once
-// ----------------------------------------------------------------------------------
+// --- Starts, stops and clears at once --------------------------------------------------------------------------------
 
 // Who holds the lock goes on for a good while after the stop has set out.
 TEST_F(StopRaces, AStopThatMeetsTheEndOfAStart_WaitsForIt) {
@@ -167,8 +166,7 @@ TEST_F(StopRaces, AStartWhileTheServiceIsBeingStopped_IsRefused) {
     EXPECT_EQ(Manager::fnStartService(), 1);
 }
 
-// --- Synchronous calls
-// ---------------------------------------------------------------------------------------------------
+// --- Synchronous calls -----------------------------------------------------------------------------------------------
 
 TEST_F(StopRaces, ASyncCallQueuedBeforeTheStop_RunsWithTheDatabase) {
     Gate gate;
@@ -196,6 +194,58 @@ TEST_F(StopRaces, ASyncCallThatNeedsTheDatabase_IsRefusedOnceTheStopHasBegun) {
     EXPECT_NE(ServicePeer::IsSyncEmpty(), 0);
     gate.Open();
     stopping.join();
+}
+
+TEST_F(StopRaces, ASyncOperationQueuedOnceTheStopHasBegun_IsLeftToTheNextStart) {
+    std::string order;
+    const auto queue = [&order](const char* pszMark) {
+        auto p = std::make_shared<LambdaOperation>([&order, pszMark] {
+            order += pszMark;
+            return 1;
+        });
+        EXPECT_EQ(ServicePeer::Add(p), 1);
+        return p;
+    };
+    Gate gate;
+    for (const char* pszMark : {"first ", "second "}) queue(pszMark);
+    std::thread stopping([] { EXPECT_EQ(Manager::fnStopService(), 1); });
+    AwaitStopBegun();
+    const auto late = queue("late ");
+    gate.Open();
+    stopping.join();
+    EXPECT_EQ(order, "first second ");
+    EXPECT_EQ(WaitForSingleObject(late->Event(), 0), WAIT_TIMEOUT);
+    ASSERT_EQ(Manager::fnStartService(), 1);
+    EXPECT_EQ(WaitForSingleObject(late->Event(), INFINITE), WAIT_OBJECT_0);
+    EXPECT_EQ(order, "first second late ");
+    // What comes after that start has no end before the next stop.
+    for (const char* pszMark : {"a ", "b "}) WaitForSingleObject(queue(pszMark)->Event(), INFINITE);
+    EXPECT_EQ(order, "first second late a b ");
+}
+
+// Each operation lasts until the other host's is queued, so the worker never finds nothing to do.
+TEST_F(StopRaces, AStop_EndsHoweverManyKeepMakingSyncCalls) {
+    constexpr int kFarTooMany = 50;
+    std::atomic<bool> done = false;
+    std::atomic<int> inTheStop = 0;
+    const auto untilTheNext = [&] {
+        if (!IsRunning() && ++inTheStop == kFarTooMany) done = true;
+        while (!done && ServicePeer::IsSyncEmpty() != 0) std::this_thread::yield();
+        return 1;
+    };
+    std::atomic<int> answered = 0;
+    std::vector<std::thread> hosts;
+    for (int host = 0; host < 2; ++host) {
+        hosts.emplace_back([&] {
+            for (; !done; ++answered) EntrySteps::RunSync<LambdaOperation>(untilTheNext);
+        });
+    }
+    while (answered < 10) std::this_thread::yield();
+    EXPECT_EQ(Manager::fnStopService(), 1);
+    EXPECT_LT(inTheStop, kFarTooMany);
+    done = true;
+    EXPECT_EQ(Manager::fnStartService(), 1);
+    for (std::thread& host : hosts) host.join();
 }
 
 TEST_F(StopRaces, ASyncCallWhileTheWorkerIsEnding_IsRunByItOrByTheNextStart) {
@@ -226,6 +276,34 @@ TEST_F(StopRaces, ASyncCallBehindTheEndOfTheWorker_WaitsForTheNextStart) {
     EXPECT_EQ(ServicePeer::IsSyncEmpty(), 0);
     EXPECT_EQ(Manager::fnStartService(), 1);
     host.join();
+}
+
+// Of a session, or of no database at all: the one of the service is gone.
+TEST_F(StopRaces, CallsWithAnotherDatabaseOrNoneBehindTheEndOfTheWorker_WaitForTheNextStart) {
+    const std::string file = (Scratch() / "foreign.db").string();
+    ASSERT_EQ(Manager::fnExportDB(file.c_str()), 1);
+    const ULONGLONG hSession = Manager::StartDbSession4ImportLib(file.c_str());
+    auto* const pSession = reinterpret_cast<DBTools*>(static_cast<std::uintptr_t>(hSession));
+    StopBehindAUse stop;
+    AwaitNobodyIsLetIn();
+    ULONGLONG hCreated = 0;
+    std::thread withSession([&] { hCreated = Manager::fnCreateGallery(5, "Titles", 0, 0, 0, pSession); });
+    AwaitSyncQueued();
+    std::vector<_DS_LibItemTunmbnailInfo_> thumbnails(1);
+    int nQueried = -1;
+    std::thread withNone([&] { nQueried = Manager::fnQueryLibItemThumbnailInfo(thumbnails); });
+    while (ServicePeer::CountSync() != 2) std::this_thread::yield();
+    stop.Finish();
+    EXPECT_EQ(ServicePeer::CountSync(), 2u);
+    EXPECT_EQ(Manager::fnStartService(), 1);
+    withSession.join();
+    withNone.join();
+    EXPECT_NE(hCreated, 0u);
+    EXPECT_EQ(nQueried, 1);
+    EXPECT_TRUE(thumbnails.empty());
+    EXPECT_EQ(Manager::fnCloseSessionGallery(hCreated), 1);
+    EXPECT_EQ(Manager::EndDbSession4ImportLib(hSession), 1);
+    EXPECT_EQ(CountRows("GALLERY_TABLE"), 0);
 }
 
 TEST_F(StopRaces, TheClearOfAStop_KeepsLateSyncOperationsInTheirOrderAndDropsAllElse) {

@@ -104,12 +104,7 @@ int Lock(sqlite3_file* file, int level) {
     return Real(file)->pMethods->xLock(Real(file), level);
 }
 
-// The lock is given up all the same: SQLite does not ask again.
-int Unlock(sqlite3_file* file, int level) {
-    const bool fails = Self(file)->state->MustFailToo();
-    const int result = Real(file)->pMethods->xUnlock(Real(file), level);
-    return fails ? SQLITE_IOERR_UNLOCK : result;
-}
+int Unlock(sqlite3_file* file, int level) { return Real(file)->pMethods->xUnlock(Real(file), level); }
 
 int CheckReservedLock(sqlite3_file* file, int* result) {
     if (Self(file)->state->MustFailToo()) return SQLITE_IOERR_CHECKRESERVEDLOCK;

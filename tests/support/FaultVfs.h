@@ -8,9 +8,9 @@ namespace qfc::test {
 
 // A file system for SQLite that fails on demand. While it lives it is the process's default, so every connection opened
 // then goes through it; all of them must be closed before it dies. Counted are the calls that change a file (write,
-// sync, truncate and delete) or, on demand, also those that open, look for, measure, read, lock and unlock one. A
-// failing call changes nothing, but for an unlock, and nothing is really synced, so it is also the fast way to run a
-// database that no power cut threatens. Faults are for one thread; without them several may use it.
+// sync, truncate and delete) or, on demand, also those that open, look for, measure, read and lock one. A failing
+// call changes nothing, and nothing is really synced, so it is also the fast way to run a database that no power cut
+// threatens. Faults are for one thread; without them several may use it.
 class FaultVfs {
 public:
     FaultVfs();

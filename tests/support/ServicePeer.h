@@ -28,6 +28,10 @@ public:
         const MutexLocker lock(Manager().m_hServiceMutex);
         return Manager().m_queues.CountAsync();
     }
+    static std::size_t CountSync() {
+        const MutexLocker lock(Manager().m_hServiceMutex);
+        return Manager().m_queues.CountSync();
+    }
     static bool AwaitNextSync() { return Manager().AwaitNextSyncOperation(); }
     static int Clear() { return Manager().fnClearLibraryOperation(); }
     static void DropQueuedWork() { Manager().DropQueuedWork(); }
