@@ -10,6 +10,7 @@
 #include "items/CQItem.h"
 #include "items/Handles.h"
 #include "items/ItemGuid.h"
+#include "items/ItemRows.h"
 #include "items/ItemTypes.h"
 
 #include <algorithm>
@@ -24,14 +25,7 @@ bool Holds(const CQFolder::ItemArray* items, const CQItem* item) {
 
 // The payloads that are only in the item's own library or gallery file are fetched, so that a full copy of it has them.
 void FetchPayloads(CQItem& item) {
-    if (item.fnGetDbTools() == nullptr) {
-        item.TryLoadBB();
-        item.TryLoadFilm();
-        return;
-    }
-    for (const int kind : {qfc::kBlackBox, qfc::kBitmapCache, qfc::kFilm}) {
-        if (item.PayloadInMemory(kind).empty()) item.LoadCacheDataFromDb(static_cast<DWORD>(kind));
-    }
+    for (const int kind : {qfc::kBlackBox, qfc::kBitmapCache, qfc::kFilm}) qfc::FetchPayload(item, kind);
 }
 
 }  // namespace

@@ -80,8 +80,13 @@ int CQFolder::SortSubFolder() {
     if (std::erase(folders, nullptr) == 0 && std::is_sorted(folders.begin(), folders.end(), before)) return 1;
     std::stable_sort(folders.begin(), folders.end(), before);
     const std::uint64_t changes = qfc::TreeChanges();
-    list->RemoveAll();
-    for (CQFolder* folder : folders) list->AddTail(folder);
+    // In place: a list that is filled anew could lose folders when memory ends.
+    POSITION position = list->GetHeadPosition();
+    for (CQFolder* folder : folders) {
+        list->SetAt(position, folder);
+        list->GetNext(position);
+    }
+    while (list->GetCount() > static_cast<int>(folders.size())) list->RemoveTail();
     qfc::FolderNumbers::NoteReordered(*this, changes);
     return 1;
 }

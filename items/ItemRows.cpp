@@ -2,6 +2,8 @@
 
 #include "db/CachePayload.h"
 #include "db/DBTools.h"
+#include "folders/CQFolder.h"
+#include "folders/GalleryFile.h"
 #include "items/CQItem.h"
 #include "items/ItemTypes.h"
 
@@ -12,15 +14,16 @@ namespace qfc {
 
 namespace {
 
+// A bitmap in memory is enough for TryLoadBB, also when the black box is still in the gallery file. A bitmap that was
+// changed is not loaded over.
+void LoadBlackBoxBesideBitmap(CQItem& item) {
+    const CQFolder* parent = item.GetParentFolder();
+    GalleryFile* file = parent != nullptr && item.IsModified() == 0 ? GalleryFileOf(*parent) : nullptr;
+    if (file != nullptr) file->LoadBlackBox(item);
+}
+
 void BringIntoMemory(CQItem& item, int nKind, const DBTools& target) {
-    if (!item.PayloadInMemory(nKind).empty() || item.fnGetDbTools() == &target) return;
-    if (item.fnGetDbTools() != nullptr) {
-        item.LoadCacheDataFromDb(static_cast<DWORD>(nKind));
-    } else if (nKind == kFilm) {
-        item.TryLoadFilm();
-    } else {
-        item.TryLoadBB();
-    }
+    if (item.fnGetDbTools() != &target) FetchPayload(item, nKind);
 }
 
 PayloadWrite Packed(const CQItem& item, int nKind) {
@@ -32,6 +35,19 @@ PayloadWrite Packed(const CQItem& item, int nKind) {
 }
 
 }  // namespace
+
+void FetchPayload(CQItem& item, int nKind) {
+    if (!item.PayloadInMemory(nKind).empty()) return;
+    if (item.fnGetDbTools() != nullptr) {
+        item.LoadCacheDataFromDb(static_cast<DWORD>(nKind));
+    } else if (nKind == kFilm) {
+        item.TryLoadFilm();
+    } else if (nKind == kBlackBox && item.GetBlackBoxSize() != 0 && item.GetCache() != nullptr) {
+        LoadBlackBoxBesideBitmap(item);
+    } else {
+        item.TryLoadBB();
+    }
+}
 
 ItemRow RowOf(const CQItem& item) {
     ItemRow row;

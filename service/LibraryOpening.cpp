@@ -3,6 +3,7 @@
 #include "db/CppSQLite3.h"
 #include "platform/os/Files.h"
 #include "platform/os/FolderLock.h"
+#include "platform/os/LastError.h"
 #include "platform/os/Places.h"
 #include "platform/os/Sync.h"
 
@@ -32,25 +33,41 @@ std::string FolderOf(const CString& strPath) {
     return native.substr(0, native.rfind('/') + 1);
 }
 
+// Only a file of which the system says that it is not there.
+bool IsMissing(const CString& strPath) {
+    if (PathFileExistsA(strPath)) return false;
+    const DWORD nError = GetLastError();
+    return nError == ERROR_FILE_NOT_FOUND || nError == ERROR_PATH_NOT_FOUND;
+}
+
 // Who makes a missing library does so under the lock of its folder, and others wait until it is there. False when it
 // need not, or cannot, be made by us.
 bool TakeTurnToMake(const CString& strPath, FolderLock& turn) {
     for (int nTry = 0; nTry < kTurnTries; ++nTry) {
-        if (PathFileExistsA(strPath)) return false;
+        if (!IsMissing(strPath)) return false;
         // Another process may have made it between the look and the lock.
-        if (turn.TryLock()) return !PathFileExistsA(strPath);
+        if (turn.TryLock()) return IsMissing(strPath);
         Sleep(kTurnPause);
     }
     return false;
 }
 
+// What a lost library left behind would be taken for the unfinished business of the new one, or end with it. It is kept
+// under another name: whoever only moved the library aside needs it.
+bool SetJournalsAside(const CString& strPath) {
+    bool bAside = true;
+    for (const char* pszSuffix : {"-journal", "-wal"}) {
+        const CString strJournal = strPath + pszSuffix;
+        if (IsMissing(strJournal)) continue;
+        bAside = RenameDurably(NativePath(strJournal), NativePath(strJournal + ".lost")) && bAside;
+    }
+    return bAside;
+}
+
 // Whatever goes wrong is ignored: the database then starts empty.
 void Seed(const CString& strPath) {
     const CString strTemplate = TemplatePath();
-    if (!PathFileExistsA(strTemplate)) return;
-    // What a lost library left behind would be taken for the unfinished business of the seed.
-    for (const char* pszJournal : {"-journal", "-wal"}) DeleteFileA(strPath + pszJournal);
-    CopyFileA(strTemplate, strPath, 1);
+    if (PathFileExistsA(strTemplate)) CopyFileA(strTemplate, strPath, 1);
 }
 
 }  // namespace
@@ -64,7 +81,7 @@ CString FixLibraryPath() {
 std::unique_ptr<DBTools> OpenLibrary(const CString& strPath, MissingLibrary missing) {
     // Held until the database has made its tables: the journal that it makes meanwhile is nobody else's to remove.
     FolderLock turn(FolderOf(strPath));
-    if (TakeTurnToMake(strPath, turn) && missing == MissingLibrary::kSeed) Seed(strPath);
+    if (TakeTurnToMake(strPath, turn) && SetJournalsAside(strPath) && missing == MissingLibrary::kSeed) Seed(strPath);
     bool bOpened = true;
     auto pDBTools = std::make_unique<DBTools>(strPath, bOpened);
     return bOpened ? std::move(pDBTools) : nullptr;

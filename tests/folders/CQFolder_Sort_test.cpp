@@ -207,6 +207,16 @@ TEST_F(MultiKeySort, WithoutKeysNothingMoves) {
     EXPECT_EQ(ItemNames(folder.GetItemArray()), (Texts{"c", "a", "b"}));
 }
 
+TEST_F(MultiKeySort, NegativeKeysTellNothingApart) {
+    SetGlobalProc(Zero);
+    Fill({"c", "a", "b"});
+    const Texts likeEqual = Result({5});
+    folder.Clear();
+    Fill({"c", "a", "b"});
+    EXPECT_EQ(Result({-1}), likeEqual);
+    EXPECT_EQ(Result({-1, 0}), (Texts{"a", "b", "c"}));
+}
+
 TEST_F(MultiKeySort, BuiltInKeysCompareWithoutCase) {
     SetGlobalProc(Zero);
     Fill({"c", "B", "a"});

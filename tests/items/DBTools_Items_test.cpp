@@ -378,8 +378,7 @@ TEST_F(DBTools_UnloadedItems, ItemWithoutTools_WritesItsRowOnly) {
     EXPECT_EQ(other.Raw().Cell("select count(*) from CACHE_DATA_TABLE"), "0");
 }
 
-// --- The end of a loaded tree
-// ------------------------------------------------------------------------------------------
+// --- The end of a loaded tree --------------------------------------------------------------------------------------
 
 TEST_F(DBTools_UnloadedItems, TreeClosedAfterTheLibraryWasWithdrawn_FreesItsItems) {
     // Under the leak sanitizer this fails when nobody frees them.

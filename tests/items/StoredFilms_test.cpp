@@ -2,6 +2,7 @@
 #include "tests/folders/FolderBuilders.h"
 #include "tests/items/ItemLibrary.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <memory>
 
@@ -145,6 +146,37 @@ public:
         return 1;
     }
 };
+
+class BlackBoxFile : public RecordedFile {
+public:
+    int LoadBlackBox(CQItem& boxed) override {
+        auto bytes = std::make_unique<BYTE[]>(30);
+        std::fill_n(bytes.get(), 30, BYTE{7});
+        return boxed.ChangeBlackBox(bytes.release(), 30);
+    }
+};
+
+TEST_F(LazyLoads, BlackBoxThatIsOnlyInTheGalleryFile_IsFetchedAlsoBesideABitmapInMemory) {
+    for (const bool taken : {false, true}) {
+        BlackBoxFile file;
+        OpenFolder fileRoot;
+        fileRoot.m_strFilePath = "lib.gal";
+        std::unique_ptr<CQItem> boxed(NewFilledItem(taken ? 9u : 8u));
+        boxed->ChangeBlackBox(nullptr, 30);
+        boxed->SetModified(0);
+        ASSERT_NE(boxed->GetCache(), nullptr);
+        boxed->SetParentFolder(&fileRoot);
+        LibraryFile other("other.db");
+        StoredTree target(other.Tools());
+        if (taken) {
+            ASSERT_EQ(target.pA->AddItemDb(boxed.release(), 1), 1);
+        } else {
+            ASSERT_TRUE(other.Tools()->UpdateItemDB(boxed.get()));
+        }
+        EXPECT_EQ(other.Raw().Cell("select PRE_COMPRESSED_SIZE from CACHE_DATA_TABLE where CACHE_DATA_TYPE = 1"), "30");
+        fileRoot.m_strFilePath.Empty();
+    }
+}
 
 TEST_F(LazyLoads, FilmOfAGalleryFile_IsFetchedBeforeTheItemIsWritten) {
     FilmFile file;

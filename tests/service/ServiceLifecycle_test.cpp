@@ -141,6 +141,27 @@ TEST_F(ServiceLifecycle, AJournalOfALostLibrary_IsNotRolledIntoTheSeed) {
     EXPECT_EQ(RawDb(DatabaseFile()).Cell("pragma integrity_check"), "'ok'");
 }
 
+// Whoever only moved the library aside for a moment needs them.
+TEST_F(ServiceLifecycle, JournalsOfALostLibrary_AreKeptUnderAnotherName) {
+    for (const bool bTemplate : {false, true}) {
+        SCOPED_TRACE(bTemplate);
+        if (bTemplate) MakeTemplate();
+        fs::remove(DatabaseFile());
+        for (const char* pszSuffix : {"-journal", "-wal"}) {
+            std::ofstream(DatabaseFile().string() + pszSuffix) << "unfinished" << pszSuffix << bTemplate;
+        }
+        ASSERT_EQ(Start(), 1);
+        ASSERT_EQ(Stop(), 1);
+        for (const char* pszSuffix : {"-journal", "-wal"}) {
+            std::ifstream kept(DatabaseFile().string() + pszSuffix + ".lost");
+            std::string text;
+            EXPECT_TRUE(kept >> text);
+            EXPECT_EQ(text, std::string("unfinished") + pszSuffix + (bTemplate ? "1" : "0"));
+            EXPECT_FALSE(fs::exists(DatabaseFile().string() + pszSuffix));
+        }
+    }
+}
+
 TEST_F(ServiceLifecycle, AnExistingLibrary_IsNotSeeded) {
     MakeTemplate();
     RawDb(DatabaseFile()).Exec("create table MINE(N)");
