@@ -25,7 +25,7 @@ PREFIX = re.compile(r"^(non-virtual thunk to |virtual thunk to |vtable for |type
 QFC = {
     "AllocGlobalBlock", "AllocPlainBlock", "FreeGlobalBlock", "FreePlainBlock", "GuidFromText", "GuidToText",
     "LibraryFindingName", "NativePath", "RuntimeClassRegistration", "SetAnsiCodePage", "SetDataFolder",
-    "SetHostFolder", "SetModuleStrings", "ReadDibHeader",
+    "SetHostFolder", "SetModuleStrings", "TranslationFilePath", "ReadDibHeader",
 }
 # What a host cannot do without: each of these names has to be there.
 REQUIRED = """
