@@ -4,6 +4,7 @@
 #include "hosts/qfc/library/Session.h"
 #include "hosts/qfc/library/Translation.h"
 
+#include <csignal>
 #include <exception>
 #include <iostream>
 
@@ -28,6 +29,8 @@ int RunCommand(const Invocation& invocation, const Console& console) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // A reader that has left is an output that cannot be written, not the end: what was begun is put in order.
+    std::signal(SIGPIPE, SIG_IGN);
     const auto read = ReadCommandLine(argc, argv);
     if (const auto* leave = std::get_if<LeaveNow>(&read)) {
         if (leave->exit == kDone) {

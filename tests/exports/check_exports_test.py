@@ -26,7 +26,7 @@ PREFIX = re.compile(r"^(non-virtual thunk to |virtual thunk to |vtable for |type
 QFC = {
     "AllocGlobalBlock", "AllocPlainBlock", "FreeGlobalBlock", "FreePlainBlock", "GuidFromText", "GuidToText",
     "LibraryFindingName", "NativePath", "RuntimeClassRegistration", "SetAnsiCodePage", "SetDataFolder",
-    "SetHostFolder", "SetModuleStrings", "ReadDibHeader", "DefaultOf", "NumberOf",
+    "SetHostFolder", "SetModuleStrings", "TranslationFilePath", "ReadDibHeader", "DefaultOf", "NumberOf",
     "ReadFilterDescriptor", "ReadFilterTable", "ReadTransitionDescriptor",
     "WriteFilterDescriptor", "WriteFilterTable", "WriteTransitionDescriptor",
 }

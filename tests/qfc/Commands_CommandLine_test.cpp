@@ -71,6 +71,16 @@ TEST_F(CommandsCommandLine, WrongUsage_ExitsTwoWithOneLine) {
         {"gallery", "create", "12"},
         {"mkdir", "\\"},
         {"clear"},
+        {"clear", "--yes=no"},
+        {"clear", "--yes=false"},
+        {"clear", "--yes=0"},
+        {"gallery", "rm", ""},
+        {"gallery", "rm", "--", ""},
+        {"tree", "--gallery", ""},
+        {"tree", "--gallery="},
+        {"find", "a", "--gallery", ""},
+        {"tag", "delete", "Beach", "--gallery", ""},
+        {"tag", "add", "Beach", "A\\b", "--gallery", ""},
     };
     for (const Args& arguments : wrong) {
         const QfcResult result = Qfc(arguments);

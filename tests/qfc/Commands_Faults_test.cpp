@@ -137,6 +137,51 @@ TEST_F(CommandsFaults, CtrlC_FinishesWhatIsOnTheWay_AndSaysWhatWasDone) {
     ExpectSound();
 }
 
+TEST_F(CommandsFaults, AClosedTerminal_EndsAnImportLikeCtrlC) {
+    ManyImages(400);
+    QfcProcess process(WithLibrary({"import", Media("many")}), kNarrow);
+    ASSERT_TRUE(process.ReadLine());
+    process.Signal(SIGHUP);
+    const QfcResult result = process.Wait();
+    EXPECT_EQ(result.exit, 1);
+    EXPECT_NE(result.err.find("interrupted: "), std::string::npos) << result.err;
+    EXPECT_EQ(StoredNames(), AddedNames(result.out));
+    ExpectSound();
+}
+
+TEST_F(CommandsFaults, AReaderThatLeaves_IsAFailureAndNotTheEnd) {
+    ManyImages(100);
+    QfcProcess process(WithLibrary({"import", Media("many")}), kNarrow);
+    ASSERT_TRUE(process.ReadLine());
+    process.StopReading();
+    const QfcResult result = process.Wait();
+    EXPECT_EQ(result.exit, 1);
+    EXPECT_NE(result.err.find("cannot write to standard output"), std::string::npos) << result.err;
+    ExpectSound();
+}
+
+TEST_F(CommandsFaults, ImportLibraryThatIsCutOff_LeavesNoTemporaryFiles) {
+    ManyImages(300);
+    const std::string other = m_folder / "other";
+    ASSERT_EQ(QfcProcess({"--data-dir", other, "--quiet", "import", Media("many")}, {}).Wait().exit, 0);
+    const std::string temporary = m_folder.MakeFolder("tmp");
+    setenv("TMPDIR", temporary.c_str(), 1);
+    for (const bool hangUp : {true, false}) {
+        const Args arguments = {"--data-dir", m_folder / (hangUp ? "first" : "second"), "import-library",
+                                other + "/CinelumeDatabase.db"};
+        QfcProcess process(arguments, kNarrow);
+        EXPECT_TRUE(process.ReadLine());
+        if (hangUp) {
+            process.Signal(SIGHUP);
+        } else {
+            process.StopReading();
+        }
+        EXPECT_EQ(process.Wait().exit, 1);
+        EXPECT_TRUE(fs::is_empty(temporary));
+    }
+    unsetenv("TMPDIR");
+}
+
 TEST_F(CommandsFaults, KilledImport_LosesNothingItSaid) {
     ManyImages(400);
     QfcProcess process(WithLibrary({"import", Media("many")}), kNarrow);

@@ -76,6 +76,15 @@ TEST_F(CommandsGalleries, RemovingAGalleryThatIsNotStored_Fails) {
     Refused({"gallery", "rm", "Nowhere"});
 }
 
+TEST_F(CommandsGalleries, AnEmptyTextIsNoGallery_AndNothingIsRemoved) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    const std::string before = DumpOf(Database());
+    Refused({"gallery", "rm", ""}, 2);
+    Refused({"rmdir", "A", "--recursive", "--gallery", ""}, 2);
+    Refused({"mkdir", "B", "--gallery", ""}, 2);
+    EXPECT_EQ(DumpOf(Database()), before);
+}
+
 TEST_F(CommandsGalleries, ARemovedPredefinedGalleryIsMadeAgainOnUse) {
     Done({"mkdir", "A"});
     Done({"gallery", "rm", "1"});

@@ -45,6 +45,11 @@ TEST_F(CommandsImportTags, PresetsFindTranslatedTags) {
 
 // --- import --auto -------------------------------------------------------------------------------------------------
 
+Names Sorted(Names names) {
+    std::ranges::sort(names);
+    return names;
+}
+
 TEST_F(CommandsImportTags, WhatTheUserRemoved_DoesNotComeBackByItself) {
     m_media.MakeFolder("d");
     Image("d/a.ppm", 1);
@@ -56,9 +61,9 @@ TEST_F(CommandsImportTags, WhatTheUserRemoved_DoesNotComeBackByItself) {
     EXPECT_EQ(NamesIn(again["added"]), Names{"c.ppm"});
     EXPECT_EQ(again["already"].size(), 1u);
     EXPECT_EQ(again["importedBefore"], Json{fs::canonical(Media("d/a.ppm")).string()});
-    EXPECT_EQ(ItemsOf("d"), (Names{"b.ppm", "c.ppm"}));
+    EXPECT_EQ(Sorted(ItemsOf("d")), (Names{"b.ppm", "c.ppm"}));
     Done({"import", Media("d")});
-    EXPECT_EQ(ItemsOf("d"), (Names{"b.ppm", "c.ppm", "a.ppm"}));
+    EXPECT_EQ(Sorted(ItemsOf("d")), (Names{"a.ppm", "b.ppm", "c.ppm"}));
 }
 
 TEST_F(CommandsImportTags, AutoRemembersByGallery) {

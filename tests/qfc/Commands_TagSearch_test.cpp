@@ -134,6 +134,24 @@ TEST_F(CommandsTagSearch, ClearTakesTheLinksAndKeepsTheTags) {
     ExpectSound();
 }
 
+TEST_F(CommandsTagSearch, ClearTakesTheLinksToTagsThatNobodySees) {
+    TagSome();
+    Exec("delete from LIB_TAG_CATEGORY_TABLE where CATEGORY_GALLERY = 2");
+    Exec("delete from LIB_TAG_TABLE where TAG_NAME = 'Sea'");
+    Exec(
+        "insert into TAG_ITEM_RELATION_TABLE values (X'00112233445566778899AABBCCDDEEFF', "
+        "X'11112233445566778899AABBCCDDEEFF')");
+    Done({"clear", "--yes"});
+    EXPECT_EQ(Sql("select count(*) from TAG_ITEM_RELATION_TABLE"), "0");
+}
+
+TEST_F(CommandsTagSearch, LinksThatClearCannotTake_AreAFailure) {
+    TagSome();
+    Exec("delete from LIB_TAG_TABLE where TAG_NAME = 'Sea'");
+    Exec("create trigger keep before delete on TAG_ITEM_RELATION_TABLE begin select raise(ignore); end");
+    Refused({"clear", "--yes"});
+}
+
 TEST_F(CommandsTagSearch, AnItemThatCannotGo_KeepsItsTags) {
     TagSome();
     Exec("create trigger keep before delete on RELATION_TABLE begin select raise(abort, 'kept'); end");

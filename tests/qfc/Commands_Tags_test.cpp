@@ -302,6 +302,24 @@ TEST_F(CommandsTags, CategoryNamesAreTakenInAnyCase) {
     Done({"tag", "category", "delete", "Sounds:Places"});
 }
 
+TEST_F(CommandsTags, CreateTakesACategoryAsListingsPrintIt) {
+    Done({"tag", "create", "Calm", "--category", "Mood"});
+    EXPECT_EQ(Done({"tag", "create", "Wild", "--category", "media:mood"})["category"], "Mood");
+    Refused({"tag", "create", "Loud", "--category", "Media:Mood", "--gallery", "Sounds"});
+    Done({"tag", "create", "Loud", "--category", "Mood", "--gallery", "Sounds"});
+    EXPECT_EQ(Sql("select count(*) from LIB_TAG_CATEGORY_TABLE"), "2");
+    EXPECT_EQ(Sql("select count(*) from LIB_TAG_TABLE"), "3");
+}
+
+TEST_F(CommandsTags, ACategoryThatBearsTheTextAsItsName_ComesBeforeOneOfThatLabel) {
+    Done({"tag", "category", "create", "Mood"});
+    Done({"tag", "category", "create", "Media:Mood"});
+    Done({"tag", "category", "delete", "Media:Mood"});
+    EXPECT_EQ(Sql("select CATEGORY_NAME from LIB_TAG_CATEGORY_TABLE"), "'Mood'");
+    Done({"tag", "category", "delete", "Media:Mood"});
+    EXPECT_EQ(Sql("select count(*) from LIB_TAG_CATEGORY_TABLE"), "0");
+}
+
 TEST_F(CommandsTags, CategoryDeleteTakesItsTagsAndTheirLinks) {
     ImportAbc();
     Done({"tag", "create", "Beach", "--category", "Places"});
@@ -379,6 +397,7 @@ TEST_F(CommandsTags, WhatTheDatabaseDoesNotTake_IsNotDone) {
         EXPECT_TRUE(report.contains("error")) << change[1];
         EXPECT_EQ(DumpOf(Database()), before) << change[1];
     }
+    EXPECT_EQ(Refused({"tag", "defaults"}), "qfc: cannot store the default tags\n");
 }
 
 TEST_F(CommandsTags, ReadOnlyLibrary_TagsAreShownAndNotChanged) {

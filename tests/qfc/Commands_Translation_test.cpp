@@ -100,6 +100,14 @@ TEST_F(CommandsTranslation, NamesThatCannotBeKeys_AreSaid) {
     EXPECT_NE(report["refused"][0].get<std::string>().find("a=b"), std::string::npos);
 }
 
+TEST_F(CommandsTranslation, AFolderWithoutAName_IsNotCollected) {
+    Done({"mkdir", "New"});
+    Exec("update FOLDER_TABLE set FOLDER_NAME = '' where FOLDER_NAME = 'New'");
+    const Json report = Done({"translate", "collect"});
+    EXPECT_TRUE(report["written"].empty()) << report;
+    EXPECT_TRUE(report["refused"].empty()) << report;
+}
+
 TEST_F(CommandsTranslation, HelpHasAnExample) {
     for (const Args& command : {Args{"translate"}, Args{"translate", "collect"}}) {
         EXPECT_NE(Qfc(Joined(command, {"--help"})).out.find("Example:\n  qfc translate"), std::string::npos);

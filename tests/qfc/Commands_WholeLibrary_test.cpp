@@ -47,6 +47,27 @@ TEST_F(CommandsWholeLibrary, ExportRefusesTheLibraryItself_HoweverSpelt) {
     EXPECT_TRUE(fs::is_symlink(Out("link.db")));
 }
 
+// The settings would be gone, and who waits at the lock would wait at another file than who comes.
+TEST_F(CommandsWholeLibrary, ExportRefusesTheSettingsAndTheLocks_ThereOrNot) {
+    Done({"mkdir", "A"});
+    Done({"--translate", "on", "tree"});
+    const std::string settings = m_library + "/Cinelume.ini";
+    const std::string before = ReadFile(settings);
+    fs::create_symlink(settings, Out("link.db"));
+    for (const std::string& path :
+         {settings, settings + ".lock", Database() + ".lock", Out("link.db"), m_library + "/../library/Cinelume.ini"}) {
+        EXPECT_NE(Refused({"export", path}).find("belongs to the library"), std::string::npos) << path;
+    }
+    EXPECT_EQ(ReadFile(settings), before);
+    EXPECT_EQ(ReadFile(Database() + ".lock"), "");
+    fs::remove(settings);
+    fs::remove(settings + ".lock");
+    Refused({"export", settings});
+    Refused({"export", settings + ".lock"});
+    EXPECT_FALSE(fs::exists(settings));
+    EXPECT_FALSE(fs::exists(settings + ".lock"));
+}
+
 TEST_F(CommandsWholeLibrary, ExportFollowsALink_AndReplacesWhatItNames) {
     Done({"import", Image("a.ppm")});
     std::filesystem::create_symlink("real.db", Out("link.db"));
@@ -229,7 +250,10 @@ TEST_F(CommandsWholeLibrary, ClearKeepsTags) {
 
 TEST_F(CommandsWholeLibrary, ClearWithoutYes_ChangesNothing) {
     Done({"import", Image("a.ppm")});
-    Refused({"clear"}, 2);
+    for (const Args& arguments : {Args{"clear"}, Args{"clear", "--yes=no"}, Args{"clear", "--yes=false"},
+                                  Args{"clear", "--yes=0"}, Args{"clear", "--yes", "--yes=no"}}) {
+        Refused(arguments, 2);
+    }
     EXPECT_EQ(ItemsOf("Imported"), Names{"a.ppm"});
 }
 

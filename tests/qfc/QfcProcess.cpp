@@ -90,6 +90,11 @@ std::optional<std::string> QfcProcess::ReadLine() {
 
 void QfcProcess::Signal(int signal) { kill(m_child, signal); }
 
+void QfcProcess::StopReading() {
+    close(m_out);
+    m_out = -1;
+}
+
 QfcResult QfcProcess::Wait() {
     while (ReadMore()) {
     }

@@ -58,6 +58,9 @@ std::string OneOrMore(const std::string& text) {
     return error == std::errc() && stop == end && count < 1 ? "must be 1 or more" : "";
 }
 
+// An unset variable in a script must not stand for Media, which is what no gallery at all means.
+std::string SomeGallery(const std::string& text) { return text.empty() ? "wants a gallery" : ""; }
+
 // Builds the parser and keeps the options it writes to while it runs.
 class Parser {
 public:
@@ -136,7 +139,7 @@ private:
 
     template <class Options>
     static void AddGallery(CLI::App* app, Options* options, const std::string& help = kGalleryHelp) {
-        app->add_option("--gallery", options->gallery, help)->type_name("ID|NAME");
+        app->add_option("--gallery", options->gallery, help)->type_name("ID|NAME")->check(SomeGallery);
     }
     static CLI::Option* AddPlace(CLI::App* app, const std::string& name, std::string& value, const std::string& help) {
         return app->add_option(name, value, help)->required()->type_name("");
@@ -212,7 +215,7 @@ private:
         Add<GalleryListOptions>(*gallery, "list", "List the galleries", "gallery list");
         auto [remove, removeOptions] = Add<GalleryRemoveOptions>(
             *gallery, "rm", "Remove a gallery with all its folders and items", "gallery rm Holidays");
-        AddPlace(remove, "ID|NAME", removeOptions->gallery, "The gallery, by id or name");
+        AddPlace(remove, "ID|NAME", removeOptions->gallery, "The gallery, by id or name")->check(SomeGallery);
     }
 
     void AddFolders() {
@@ -291,7 +294,11 @@ private:
             "import-library backup.db");
         AddPlace(imported, "FILE", importOptions->file, "The other library; it is never changed");
 
-        auto [clear, clearOptions] = Add<ClearOptions>(m_app, "clear", "Empty the library; tags stay", "clear --yes");
+        // A flag may be given as "--yes=no".
+        auto [clear, clearOptions] =
+            Add<ClearOptions>(m_app, "clear", "Empty the library; tags stay", "clear --yes", [](const ClearOptions& o) {
+                if (!o.yes) throw WrongUsage("clear wants --yes");
+            });
         clear->add_flag("--yes", clearOptions->yes, "Really do it")->required();
 
         CLI::App* translate = m_app.add_subcommand("translate", "Translated names of folders and items");

@@ -8,6 +8,21 @@ namespace {
 std::atomic<bool> g_raised{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may only touch lock-free values");
 
+// The closed terminal ends work like the user's own word.
+constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
+// Who asked to be spared, as nohup does, stays so.
+bool IsIgnored(int signal) {
+    struct sigaction action {};
+    return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+void SetUnlessIgnored(void (*handler)(int)) {
+    for (const int signal : kSignals) {
+        if (!IsIgnored(signal)) std::signal(signal, handler);
+    }
+}
+
 void OnSignal(int signal) {
     g_raised = true;
     std::signal(signal, SIG_DFL);
@@ -17,14 +32,10 @@ void OnSignal(int signal) {
 
 Interrupt::Interrupt() {
     g_raised = false;
-    std::signal(SIGINT, OnSignal);
-    std::signal(SIGTERM, OnSignal);
+    SetUnlessIgnored(OnSignal);
 }
 
-Interrupt::~Interrupt() {
-    std::signal(SIGINT, SIG_DFL);
-    std::signal(SIGTERM, SIG_DFL);
-}
+Interrupt::~Interrupt() { SetUnlessIgnored(SIG_DFL); }
 
 const std::atomic<bool>& Interrupt::Flag() const { return g_raised; }
 

@@ -32,6 +32,20 @@ void RefuseClash(const Tags& tags, const std::string& name, int gallery, const G
     if (other && !(other->tag.m_guid == self)) throw Failure("there is a tag " + QualifiedName(*other) + " already");
 }
 
+// A name means one of the gallery. What listings print of a category means that category; null when the
+// text is the name of a new one.
+const CTagCategory* CategoryFor(const Tags& tags, const std::string& text, int gallery) {
+    if (const CTagCategory* named = tags.CategoryNamed(text, gallery)) return named;
+    const CTagCategory* other = nullptr;
+    for (const CTagCategory& called : tags.CategoriesCalled(text, std::nullopt)) {
+        if (IsSameTagName(ToText(called.m_strName), text)) continue;
+        other = tags.CategoryByGuid(called.m_guid);
+        if (called.m_nGallery == gallery) return other;
+    }
+    if (other == nullptr) return nullptr;
+    throw Failure("the category " + text + " is one of the gallery " + tags.GalleryName(other->m_nGallery));
+}
+
 // By gallery, each once: what one call of the library can change together.
 std::map<int, std::vector<FoundTag>> ByGallery(const Tags& tags, const std::vector<std::string>& texts,
                                                std::optional<int> gallery) {
@@ -82,7 +96,7 @@ int Run(const TagCreateOptions& options, const Console& console) {
     RefuseClash(tags, options.name, gallery, GUID_NULL);
     TagChanges changes(tags, galleries);
     const std::string what = "cannot make the tag " + options.name;
-    const CTagCategory* known = tags.CategoryNamed(categoryName, gallery);
+    const CTagCategory* known = CategoryFor(tags, categoryName, gallery);
     CLibTag tag = NewTag(options.name, known != nullptr ? known->m_guid : NewGuid());
     if (known != nullptr) {
         changes.StoreTags(gallery, {tag}, what);

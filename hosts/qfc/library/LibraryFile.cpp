@@ -3,7 +3,9 @@
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/library/Session.h"
 
+#include <algorithm>
 #include <fmt/format.h>
+#include <initializer_list>
 #include <random>
 
 namespace qfc::host {
@@ -22,17 +24,21 @@ fs::path Canonical(const fs::path& path) {
     return error ? path : canonical;
 }
 
+// One of the files that are named after the first, or another name of the first itself.
+bool IsOneOf(const fs::path& path, const fs::path& first, std::initializer_list<const char*> suffixes) {
+    std::error_code error;
+    if (fs::equivalent(path, first, error) && !error) return true;
+    const fs::path canonical = Canonical(path);
+    return std::ranges::any_of(suffixes,
+                               [&](const char* suffix) { return canonical == Canonical(first.string() + suffix); });
+}
+
 }  // namespace
 
-bool IsOwnLibrary(const fs::path& path) {
-    const fs::path library = LibraryPath();
-    std::error_code error;
-    if (fs::equivalent(path, library, error) && !error) return true;
-    const fs::path canonical = Canonical(path);
-    for (const char* suffix : {"", "-journal", "-wal", "-shm"}) {
-        if (canonical == Canonical(library.string() + suffix)) return true;
-    }
-    return false;
+bool IsOwnLibrary(const fs::path& path) { return IsOneOf(path, LibraryPath(), {"", "-journal", "-wal", "-shm"}); }
+
+bool IsBesideOwnLibrary(const fs::path& path) {
+    return IsOneOf(path, SettingsPath(), {"", ".lock"}) || IsOneOf(path, LibraryPath() + ".lock", {""});
 }
 
 TemporaryFolder::TemporaryFolder() {

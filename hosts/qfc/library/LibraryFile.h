@@ -10,6 +10,9 @@ namespace qfc::host {
 // True for the file of this library and for those that its database keeps beside it, however the path is spelt.
 bool IsOwnLibrary(const std::filesystem::path& path);
 
+// The same for the settings and the locks, there or not.
+bool IsBesideOwnLibrary(const std::filesystem::path& path);
+
 // A folder for temporary files that goes with everything in it. Throws Failure when it cannot be made.
 class TemporaryFolder {
 public:

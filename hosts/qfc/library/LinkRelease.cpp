@@ -10,6 +10,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <utility>
 
 namespace qfc::host {
@@ -39,6 +40,19 @@ void WithStandIns(const std::vector<GUID>& guids, const std::function<void(const
         pointers.push_back(items.back().get());
     }
     act(pointers);
+}
+
+// Tags do not lead to all of them: some links are to tags that nobody sees, or that are gone.
+std::set<GUID> LinkedWithoutRow() {
+    const std::string library = LibraryPath();
+    std::vector<LibraryFinding> findings;
+    if (!fnCheckLibrary(library.c_str(), findings)) throw Failure("cannot read " + library);
+    std::set<GUID> items;
+    for (const LibraryFinding& finding : findings) {
+        if (finding.kind != LibraryFindingKind::kLinkWithoutItem) continue;
+        if (const auto guid = GuidFromText(finding.row)) items.insert(*guid);
+    }
+    return items;
 }
 
 }  // namespace
@@ -78,16 +92,16 @@ void LinkRelease::GiveBack(DBTools& tools) {
 
 void ReleaseAllLinks(const Session& session) {
     const Tags tags(session);
-    for (const CTagCategory& category : tags.Categories()) {
-        for (const CLibTag& tag : category.m_tags) {
-            const std::set<GUID> carriers = tags.CarriersOf(tag.m_guid);
-            if (carriers.empty()) continue;
-            WithStandIns({carriers.begin(), carriers.end()}, [&](const std::vector<CQItem*>& items) {
-                QFCLibraryManager::fnDeleteLibTagFromItem(items, {tag.m_guid});
-            });
-            if (!tags.CarriersOf(tag.m_guid).empty()) throw Failure("cannot clear the links of tags");
-        }
+    std::map<GUID, std::vector<GUID>> links;
+    for (const GUID& item : LinkedWithoutRow()) {
+        for (const GUID& tag : tags.LinksOf(item)) links[tag].push_back(item);
     }
+    for (const auto& [tag, linked] : links) {
+        WithStandIns(linked, [tag = tag](const std::vector<CQItem*>& items) {
+            QFCLibraryManager::fnDeleteLibTagFromItem(items, {tag});
+        });
+    }
+    if (!LinkedWithoutRow().empty()) throw Failure("cannot clear the links of tags");
 }
 
 }  // namespace qfc::host

@@ -20,6 +20,7 @@ fs::path OutputPath(const std::string& name) {
     const auto target = FileToReplace(name);
     if (!target) throw Failure(name + " is not a regular file");
     if (IsOwnLibrary(*target)) throw Failure(name + " is the library itself");
+    if (IsBesideOwnLibrary(*target)) throw Failure(name + " belongs to the library");
     return *target;
 }
 

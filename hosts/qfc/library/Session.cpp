@@ -29,6 +29,12 @@ std::string LibraryPath() {
     return path;
 }
 
+std::string SettingsPath() {
+    char folder[MAX_PATH];
+    if (!GetAppDataFolder(folder, sizeof folder, 0, 0)) throw Failure("the path of the data folder is too long");
+    return std::string(folder) + "Cinelume.ini";
+}
+
 Session::Session() {
     if (!CreateGalleryDoc() || !QFCLibraryManager::fnStartService()) {
         throw Failure("cannot open the library " + LibraryPath());

@@ -12,7 +12,9 @@ namespace {
 
 constexpr const char* kNoDefaults = "there are no default tags beside the program";
 
-bool HasDefaults(const CLibTagsMgr& store) {
+// What a store that could not be filled has read was taken back, so it reads once more.
+bool HasDefaults(CLibTagsMgr& store) {
+    store.GenerateCategoryTemplate();
     return std::ranges::any_of(store.GetCategoryTemplate(),
                                [](const auto& each) { return !each.second.second.empty(); });
 }

@@ -15,6 +15,16 @@ DBTools& ToolsOf(unsigned long long session) {
     return *reinterpret_cast<DBTools*>(static_cast<std::uintptr_t>(session));
 }
 
+std::set<GUID> GuidsIn(CppSQLite3Query& query, const char* column) {
+    std::set<GUID> guids;
+    for (; !query.eof(); query.nextRow()) {
+        int length = 0;
+        const unsigned char* bytes = query.getBlobField(column, length);
+        if (const auto guid = GuidFromBytes(bytes, static_cast<std::size_t>(length))) guids.insert(*guid);
+    }
+    return guids;
+}
+
 std::string InCategory(const FoundTag& tag) { return tag.category + "/" + ToText(tag.tag.m_strName); }
 
 // What tells one of several from the others: its place, and its GUID where places are alike.
@@ -31,6 +41,10 @@ std::string TellApart(const std::vector<Found>& found, Label&& label, Guid&& gui
 
 std::string Where(const Tags& tags, std::optional<int> gallery) {
     return gallery ? " in the gallery " + tags.GalleryName(*gallery) : "";
+}
+
+std::string LabelOf(const Tags& tags, const CTagCategory& category) {
+    return tags.GalleryName(category.m_nGallery) + ":" + ToText(category.m_strName);
 }
 
 FoundTag OnlyOne(const std::vector<FoundTag>& found, const std::string& text, const std::string& where) {
@@ -71,13 +85,13 @@ std::string Tags::GalleryName(int gallery) const {
 std::set<GUID> Tags::CarriersOf(const GUID& tag) const {
     CppSQLite3Query query;
     if (!ToolsOf(m_session).QueryTagItems(tag, query)) throw Failure("cannot read the links of a tag");
-    std::set<GUID> items;
-    for (; !query.eof(); query.nextRow()) {
-        int length = 0;
-        const unsigned char* bytes = query.getBlobField("ITEM_GUID", length);
-        if (const auto guid = GuidFromBytes(bytes, static_cast<std::size_t>(length))) items.insert(*guid);
-    }
-    return items;
+    return GuidsIn(query, "ITEM_GUID");
+}
+
+std::set<GUID> Tags::LinksOf(const GUID& item) const {
+    CppSQLite3Query query;
+    if (!ToolsOf(m_session).QueryItemTags(item, query)) throw Failure("cannot read the links of an item");
+    return GuidsIn(query, "TAGS_GUID");
 }
 
 FoundTag Tags::Entry(const CTagCategory& category, const CLibTag& tag) const {
@@ -123,18 +137,28 @@ FoundTag Tags::FindFor(const std::string& text, int gallery) const {
     return near.empty() ? Find(text, std::nullopt) : OnlyOne(near, text, "");
 }
 
-CTagCategory Tags::FindCategory(const std::string& text, std::optional<int> gallery) const {
-    const auto guid = GuidFromText(text);
-    const auto label = [&](const CTagCategory& c) { return GalleryName(c.m_nGallery) + ":" + ToText(c.m_strName); };
-    std::vector<CTagCategory> found;
-    for (const CTagCategory& category : m_categories) {
-        const bool isHere = !gallery || category.m_nGallery == *gallery;
-        const bool isNamed =
-            isHere && (IsSameTagName(ToText(category.m_strName), text) || IsSameTagName(label(category), text));
-        if (guid ? category.m_guid == *guid : isNamed) found.push_back(category);
+std::vector<CTagCategory> Tags::CategoriesCalled(const std::string& text, std::optional<int> gallery) const {
+    if (const auto guid = GuidFromText(text)) {
+        const CTagCategory* category = CategoryByGuid(*guid);
+        return category != nullptr ? std::vector{*category} : std::vector<CTagCategory>{};
     }
+    std::vector<CTagCategory> byName, byPlace;
+    for (const CTagCategory& category : m_categories) {
+        if (gallery && category.m_nGallery != *gallery) continue;
+        if (IsSameTagName(ToText(category.m_strName), text)) {
+            byName.push_back(category);
+        } else if (IsSameTagName(LabelOf(*this, category), text)) {
+            byPlace.push_back(category);
+        }
+    }
+    return byName.empty() ? byPlace : byName;
+}
+
+CTagCategory Tags::FindCategory(const std::string& text, std::optional<int> gallery) const {
+    const std::vector<CTagCategory> found = CategoriesCalled(text, gallery);
     if (found.empty()) throw Failure("no category " + text + Where(*this, gallery));
     if (found.size() == 1) return found.front();
+    const auto label = [&](const CTagCategory& category) { return LabelOf(*this, category); };
     throw Failure("several categories are called " + text + ": " +
                   TellApart(found, label, [](const CTagCategory& category) { return category.m_guid; }));
 }

@@ -39,6 +39,8 @@ public:
     std::string GalleryName(int gallery) const;
     // Which items the database links to the tag, living or not.
     std::set<GUID> CarriersOf(const GUID& tag) const;
+    // Which tags the database links to the item, both living or not.
+    std::set<GUID> LinksOf(const GUID& item) const;
 
     std::optional<FoundTag> ByGuid(const GUID& guid) const;
     const CTagCategory* CategoryByGuid(const GUID& guid) const;
@@ -49,6 +51,8 @@ public:
     FoundTag Find(const std::string& text, std::optional<int> gallery) const;
     // The same for an item of the gallery: there first, then in all.
     FoundTag FindFor(const std::string& text, int gallery) const;
+    // The same for categories: a name, "GALLERY:Category" or a GUID.
+    std::vector<CTagCategory> CategoriesCalled(const std::string& text, std::optional<int> gallery) const;
     CTagCategory FindCategory(const std::string& text, std::optional<int> gallery) const;
     // The first category of the gallery with the name, in either case.
     const CTagCategory* CategoryNamed(const std::string& name, int gallery) const;

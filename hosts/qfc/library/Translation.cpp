@@ -3,6 +3,7 @@
 #include "api/QFCLib.h"
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/library/Galleries.h"
+#include "hosts/qfc/library/Session.h"
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Tree.h"
 
@@ -18,12 +19,6 @@ constexpr const char* kTranslateSection = "Orvel Cinelume Init Project";
 constexpr const char* kTranslateKey = "SupportTWTranslateMode";
 constexpr const char* kCollectSection = "USERMODE";
 constexpr const char* kCollectKey = "CreateTWTranslateData";
-
-std::string ApplicationIni() {
-    char folder[MAX_PATH];
-    if (!GetAppDataFolder(folder, sizeof folder, 0, 0)) throw Failure("the path of the data folder is too long");
-    return std::string(folder) + "Cinelume.ini";
-}
 
 std::string Read(const std::string& section, const std::string& key, const char* fallback, const std::string& file) {
     std::vector<char> text(0x10000);
@@ -66,7 +61,7 @@ private:
 
 // From here on the library collects names in this process; the switches themselves are as they were.
 void StartCollecting() {
-    const std::string ini = ApplicationIni();
+    const std::string ini = SettingsPath();
     const BorrowedSwitch translate(kTranslateSection, kTranslateKey, ini);
     const BorrowedSwitch collect(kCollectSection, kCollectKey, ini);
     // Both are read by the first question. Names of videos are not collected, so this one asks and writes nothing.
@@ -117,7 +112,8 @@ public:
 
 private:
     bool IsNew(const std::string& section, const std::string& name) {
-        if (!m_seen.emplace(section, name).second) return false;
+        // A folder of a damaged library may have no name; there is nothing to translate.
+        if (name.empty() || !m_seen.emplace(section, name).second) return false;
         if (!Read(section, name, "", m_names.file).empty()) {
             ++m_names.already;
             return false;
@@ -134,7 +130,7 @@ private:
 }  // namespace
 
 void SwitchTranslation(bool on) {
-    const std::string ini = ApplicationIni();
+    const std::string ini = SettingsPath();
     // What stands there already need not be written: a library that may only be read can be looked at with it.
     if (IsOn(kTranslateSection, kTranslateKey, ini) == on) return;
     WritePrivateProfileStringA(kTranslateSection, kTranslateKey, on ? "1" : "0", ini.c_str());
