@@ -4,8 +4,8 @@
 
 namespace qfc::host {
 
-// While one lives, the first Ctrl-C (request to terminate, closed terminal) raises a flag instead of ending the process; a second one
-// ends it as usual. One at a time, on the main thread; the flag may be read by any thread.
+// While one lives, the first Ctrl-C (request to terminate, closed terminal) raises a flag instead of ending the
+// process; a second one ends it as usual. One at a time, on the main thread; the flag may be read by any thread.
 class Interrupt {
 public:
     Interrupt();
