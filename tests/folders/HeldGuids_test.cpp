@@ -122,6 +122,7 @@ TEST_F(FullFolder, ItemsThatOnlyChangePlaces_StayKnownWhenThatIsNoted) {
     EXPECT_EQ(VisitsOf(GuidOf(kManyItems)), 0u);
     EXPECT_TRUE(Looks(m_folder, GuidOf(7)));
 
+    const std::unique_ptr<CQItem> taken(Item(0));
     items.SetAt(0, nullptr);  // Not noted by anybody.
     const unsigned long long later = items.ModificationCount();
     swapEnds();

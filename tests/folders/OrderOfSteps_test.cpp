@@ -126,7 +126,8 @@ TEST(OrderOfSteps, GetPreSubFolderByName_StopsBehindTheSubtree) {
 
 TEST(OrderOfSteps, SortSubFolder_LeavesAListOfOneAsItIs) {
     CQFolder root;
-    AddSub(root, "A")->DetachParent(0);
+    const std::unique_ptr<CQFolder> alone(AddSub(root, "A"));
+    alone->DetachParent(0);
     root.GetFolderList()->AddTail(nullptr);
     EXPECT_EQ(root.SortSubFolder(), 1);
     EXPECT_EQ(Names(root.GetFolderList()), Texts{"-"});

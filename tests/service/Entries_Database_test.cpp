@@ -32,7 +32,8 @@ protected:
     }
     static bool IsInDocument(ULONGLONG hGallery) {
         const auto& galleries = GetGalleryDoc()->GetGalleryList();
-        return std::ranges::find(galleries, AsGallery(hGallery)) != galleries.end();
+        // The handle may be of a gallery that has ended, so it is not made a pointer.
+        return std::ranges::any_of(galleries, [&](CQGallery* pGallery) { return ToHandle(pGallery) == hGallery; });
     }
     static std::vector<int> Ids(const std::vector<qfc::StoredGallery>& galleries) {
         std::vector<int> ids;
