@@ -24,6 +24,7 @@ Removed RemoveHere(Galleries& galleries, const FoundItem& found) {
     const std::string path = PathOf(*found.folder, *found.item);
     DBTools& tools = *found.gallery->GetDBTools();
     LinkRelease links(galleries, {found.folder}, {found.item});
+    if (!links.IsComplete()) return {{}, {path}};
     const bool removed = RemovePlacement(*found.folder, found.item->GetUniqueID());
     links.GiveBack(tools);
     if (removed) return {{path}, {}};
@@ -47,12 +48,16 @@ Removed RemoveEverywhere(Galleries& galleries, const FoundItem& found) {
     Removed removed;
     std::vector<CQFolder*> leaving;
     std::vector<CQItem*> items;
+    std::vector<std::string> paths;
     for (CQGallery* gallery : galleries.All()) {
         for (CQFolder* folder : FoldersOf(*gallery, guid)) leaving.push_back(folder);
         CQItem* item = nullptr;
-        if (gallery->IsItemHasParentByGuid(guid, item)) items.push_back(item);
+        if (!gallery->IsItemHasParentByGuid(guid, item)) continue;
+        items.push_back(item);
+        std::ranges::copy(PathsOf(*gallery, *item), std::back_inserter(paths));
     }
     LinkRelease links(galleries, leaving, items);
+    if (!links.IsComplete()) return {{}, paths};
     DBTools& tools = *found.gallery->GetDBTools();
     for (CQGallery* gallery : galleries.All()) RemoveFromGallery(*gallery, guid, removed);
     links.GiveBack(tools);

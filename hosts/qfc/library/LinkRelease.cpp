@@ -75,7 +75,8 @@ LinkRelease::LinkRelease(Galleries& galleries, const std::vector<CQFolder*>& lea
             continue;
         }
         GiveBack(*group.front()->fnGetDbTools());
-        throw Failure("cannot take the tags from " + std::string(group.front()->GetItemName().View()));
+        m_isComplete = false;
+        return;
     }
 }
 
@@ -83,11 +84,17 @@ void LinkRelease::GiveBack(DBTools& tools) {
     for (Taken& taken : m_taken) {
         std::erase_if(taken.items, [&](const GUID& guid) { return LoadFresh(tools, guid) == nullptr; });
         if (taken.items.empty()) continue;
-        WithStandIns(taken.items, [&](const std::vector<CQItem*>& items) {
-            QFCLibraryManager::fnInsertLibTag2Item(items, taken.tags);
-        });
+        LinkStored(taken.items, taken.tags);
     }
     m_taken.clear();
+}
+
+void LinkStored(const std::vector<GUID>& items, const std::list<GUID>& tags) {
+    WithStandIns(items, [&](const auto& standIns) { QFCLibraryManager::fnInsertLibTag2Item(standIns, tags); });
+}
+
+void UnlinkStored(const std::vector<GUID>& items, const std::list<GUID>& tags) {
+    WithStandIns(items, [&](const auto& standIns) { QFCLibraryManager::fnDeleteLibTagFromItem(standIns, tags); });
 }
 
 void ReleaseAllLinks(const Session& session) {
@@ -96,11 +103,7 @@ void ReleaseAllLinks(const Session& session) {
     for (const GUID& item : LinkedWithoutRow()) {
         for (const GUID& tag : tags.LinksOf(item)) links[tag].push_back(item);
     }
-    for (const auto& [tag, linked] : links) {
-        WithStandIns(linked, [tag = tag](const std::vector<CQItem*>& items) {
-            QFCLibraryManager::fnDeleteLibTagFromItem(items, {tag});
-        });
-    }
+    for (const auto& [tag, linked] : links) UnlinkStored(linked, {tag});
     if (!LinkedWithoutRow().empty()) throw Failure("cannot clear the links of tags");
 }
 

@@ -35,6 +35,7 @@ bool RemoveFolder(Galleries& galleries, CQFolder& folder) {
         }
     }
     LinkRelease links(galleries, parts, items);
+    if (!links.IsComplete()) return false;
     QFCLibraryManager::fnDeleteFolder(ToHandle(&folder));
     links.GiveBack(tools);
     return std::ranges::all_of(rows, [&](int row) { return IsNothingLeft(tools, row); }) &&

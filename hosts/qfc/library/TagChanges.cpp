@@ -24,15 +24,6 @@ bool IsSamePicture(const CLibTag& left, const CLibTag& right) {
     return (left.m_pPicture ? *left.m_pPicture : kNone) == (right.m_pPicture ? *right.m_pPicture : kNone);
 }
 
-bool IsStoredAs(const Tags& tags, const CLibTag& wanted) {
-    const auto found = tags.ByGuid(wanted.m_guid);
-    if (!found) return false;
-    const CLibTag& tag = found->tag;
-    return tag.m_strName == wanted.m_strName && tag.m_nType == wanted.m_nType && tag.m_bChecked == wanted.m_bChecked &&
-           tag.m_bDeletable == wanted.m_bDeletable && tag.m_guidCategory == wanted.m_guidCategory &&
-           IsSamePicture(tag, wanted);
-}
-
 void ForEachItem(Galleries& galleries, const std::function<void(const FoundItem&)>& visit) {
     for (CQGallery* gallery : galleries.All()) {
         std::set<GUID> seen;
@@ -55,6 +46,15 @@ std::list<GUID> GuidsOf(const std::list<CLibTag>& tags) {
 }
 
 }  // namespace
+
+bool IsStoredAs(const Tags& tags, const CLibTag& wanted) {
+    const auto found = tags.ByGuid(wanted.m_guid);
+    if (!found) return false;
+    const CLibTag& tag = found->tag;
+    return tag.m_strName == wanted.m_strName && tag.m_nType == wanted.m_nType && tag.m_bChecked == wanted.m_bChecked &&
+           tag.m_bDeletable == wanted.m_bDeletable && tag.m_guidCategory == wanted.m_guidCategory &&
+           IsSamePicture(tag, wanted);
+}
 
 TagChanges::TagChanges(Tags& tags, Galleries& galleries) : m_tags(tags), m_galleries(galleries) {
     QFCLibraryManager::fnLoadLibTag();

@@ -40,6 +40,8 @@ private:
     Galleries& m_galleries;
 };
 
+// The tag stands there with exactly these values.
+bool IsStoredAs(const Tags& tags, const CLibTag& wanted);
 // The loaded items of all galleries that carry one of the tags, as they stand in memory.
 std::vector<FoundItem> Carriers(Galleries& galleries, const std::list<GUID>& tags);
 // How many living items carry each tag; an item that is in several galleries counts once.

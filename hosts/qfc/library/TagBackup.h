@@ -1,0 +1,35 @@
+#pragma once
+
+#include "hosts/qfc/library/Tags.h"
+#include "platform/framework/Guid.h"
+
+#include <list>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace qfc::host {
+
+// Tags as they stood with their links: what takes several calls of the library is to be done as a whole, so when a
+// later one fails, the earlier ones are undone. Main thread.
+class TagBackup {
+public:
+    // Keeps tags of one gallery as they stand. Throws Failure when their links cannot be read.
+    void Keep(const Tags& tags, int gallery, const std::list<CLibTag>& kept);
+
+    // Stores them again as they stood, where they do not stand so any more. Nothing when they all do then, else what to
+    // tell: "; changed are A, B". Loaded items learn nothing of it.
+    std::string PutBack(Tags& tags) const;
+
+private:
+    struct Kept {
+        FoundTag tag;
+        std::set<GUID> items;
+    };
+    static bool IsAsKept(const Tags& tags, const Kept& kept);
+    static void PutBackLinks(const Tags& tags, const Kept& kept);
+
+    std::vector<Kept> m_kept;
+};
+
+}  // namespace qfc::host
