@@ -44,6 +44,20 @@ TEST_F(German, EveryFolderOfThePresetsHasAName) {
     }
 }
 
+TEST_F(German, EveryFolderOfEffectsHasANameWhateverItHolds) {
+    for (const std::string& section : Sections(EffectFolders())) {
+        const char* full = section.starts_with("FILTERS") ? "TW_FOLDER_128" : "TW_FOLDER_64";
+        std::set<std::string> folders{"Other"};
+        for (const std::string& name : Keys(EffectFolders(), section)) {
+            folders.insert(Value(EffectFolders(), section, name));
+        }
+        for (const std::string& folder : folders) {
+            EXPECT_NE(Value(Names(), full, folder), "") << folder;
+            EXPECT_EQ(Value(Names(), "TW_FOLDER_0", folder), Value(Names(), full, folder));
+        }
+    }
+}
+
 TEST_F(German, FoldersHaveTheSameNameWhateverTheyHold) {
     for (int mask = 0; mask <= 7; ++mask) {
         const std::string section = "TW_FOLDER_" + std::to_string(mask);

@@ -28,6 +28,7 @@ protected:
     static std::string File(const char* name) { return (HostFolder() / "Orvel.dat" / name).string(); }
     static std::string Tags() { return File("Default_Libtag.ini"); }
     static std::string Presets() { return File("PresetItemTag.ini"); }
+    static std::string EffectFolders() { return File("EffectFolders.ini"); }
 
     // --- Through the reader's functions, with more room than the readers have. ---
     static Texts Split(const std::string& text, char separator) {

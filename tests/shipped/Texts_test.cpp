@@ -104,4 +104,24 @@ TEST_F(ShippedTexts, EachStickerOfThePresetsHasADisplayNameAndNothingElseHas) {
     EXPECT_EQ(Sections(File("ARFilter.ini")), stickers);
 }
 
+TEST_F(ShippedTexts, EachEffectHasOneFolderAndNoFolderHoldsMostOfThem) {
+    for (const char* section : {"FILTERS_BY_NAME", "TRANSITIONS_BY_NAME"}) {
+        const Texts names = Keys(EffectFolders(), section);
+        EXPECT_EQ(std::set<std::string>(names.begin(), names.end()).size(), names.size()) << section;
+        std::map<std::string, std::size_t> folders;
+        for (const std::string& name : names) ++folders[Value(EffectFolders(), section, name)];
+        EXPECT_GE(folders.size(), 5U) << section;
+        for (const auto& [folder, count] : folders) EXPECT_LE(count, names.size() / 4) << section << ": " << folder;
+    }
+}
+
+TEST_F(ShippedTexts, AKeywordOfEffectsIsWrittenSmallAndOnce) {
+    for (const char* section : {"FILTERS_BY_KEYWORD", "TRANSITIONS_BY_KEYWORD"}) {
+        const Texts words = Keys(EffectFolders(), section);
+        EXPECT_FALSE(words.empty()) << section;
+        EXPECT_EQ(std::set<std::string>(words.begin(), words.end()).size(), words.size()) << section;
+        for (const std::string& word : words) EXPECT_THAT(word, testing::MatchesRegex("[a-z ]+")) << section;
+    }
+}
+
 }  // namespace

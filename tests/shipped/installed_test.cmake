@@ -13,7 +13,7 @@ set(shipped ${WORK}/moved/${LIBDIR}/qfclib)
 if(NOT IS_SYMLINK ${program} OR IS_SYMLINK ${shipped}/qfc)
     message(FATAL_ERROR "the program is not reached through a link")
 endif()
-foreach(file IN ITEMS Orvel.dat/Default_Libtag.ini Orvel.dat/PresetItemTag.ini Orvel.dat/ARFilter.ini
+foreach(file IN ITEMS Orvel.dat/Default_Libtag.ini Orvel.dat/PresetItemTag.ini Orvel.dat/ARFilter.ini Orvel.dat/EffectFolders.ini
         Orvel.dat/CinelumeDatabase.db german/Orvel.dat/CinelumeDatabase.db german/Orvel.dat/qvTWTranslateData.dat)
     if(NOT EXISTS ${shipped}/${file})
         message(FATAL_ERROR "not installed: ${file}")

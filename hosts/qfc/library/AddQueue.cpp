@@ -1,6 +1,7 @@
 #include "hosts/qfc/library/AddQueue.h"
 
 #include "api/QFCLib.h"
+#include "hosts/qfc/library/ItemPayloads.h"
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Verify.h"
 
@@ -22,13 +23,6 @@ constexpr int kMarkersBeforeGivingUp = 3;
 // A look at the database is worth it when there is news of this part of what it reads; so all looks of an import
 // together read no more than about this many times what it adds.
 constexpr std::size_t kWorthLooking = 16;
-
-// As the item would be after loading: the film keeps its sizes, which the row repeats, the others are loaded on demand.
-void ReleasePayloads(CQItem& item) {
-    item.ChangeBlackBox(nullptr, 0);
-    item.ChangeCache(nullptr, 0);
-    item.ChangeFilm(nullptr, item.GetFilmSize(), item.GetFrameSize());
-}
 
 }  // namespace
 
