@@ -12,9 +12,10 @@ class CQGallery;
 // The process-wide document: owns the open galleries and knows which one is current. Constructing one records it as
 // the document that GetGalleryDoc hands out. int results are 1 and 0.
 //
-// Threads: from any thread galleries may be added, taken off and closed, and what is current be asked for. All else is
-// used from one thread at a time, and the list is walked only while nobody adds or closes: the service adds every
-// gallery that it makes, and loads from its own database.
+// Threads: from any thread galleries may be added, taken off and closed, and the addresses of what is current be asked
+// for. All else, GetCurrentFolder too, which looks into the gallery, is used from one thread at a time, and the list is
+// walked only while nobody adds or closes: the service adds every gallery that it makes, and loads from its own
+// database.
 class QFCLIB_API CQGalleryDoc : public CDocument {
     DECLARE_DYNCREATE(CQGalleryDoc)
 

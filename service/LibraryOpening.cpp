@@ -8,6 +8,7 @@
 #include "platform/os/Sync.h"
 
 #include <array>
+#include <string>
 
 namespace qfc {
 namespace {
@@ -15,6 +16,7 @@ namespace {
 constexpr DWORD kTurnPause = 10;  // Milliseconds.
 // A minute, as long as a database waits for another process.
 constexpr int kTurnTries = 6000;
+constexpr int kMostLostJournals = 1000;
 
 CString LibraryIn(const char* pszFolder) {
     CString strPath;
@@ -26,11 +28,6 @@ CString TemplatePath() {
     CString strTemplate;
     strTemplate.Format("%sOrvel.dat\\%s", HostFolder().c_str(), kLibraryName);
     return strTemplate;
-}
-
-std::string FolderOf(const CString& strPath) {
-    const std::string native = NativePath(strPath);
-    return native.substr(0, native.rfind('/') + 1);
 }
 
 // Only a file of which the system says that it is not there.
@@ -52,6 +49,16 @@ bool TakeTurnToMake(const CString& strPath, FolderLock& turn) {
     return false;
 }
 
+// Under the first name that is free: what an earlier lost library left is as dear.
+bool SetAside(const std::string& journal) {
+    for (int nNumber = 1; nNumber <= kMostLostJournals; ++nNumber) {
+        const std::string lost = journal + ".lost" + (nNumber == 1 ? "" : std::to_string(nNumber));
+        if (RenameDurablyToNew(journal, lost)) return true;
+        if (GetLastError() != ERROR_FILE_EXISTS) return false;
+    }
+    return false;
+}
+
 // What a lost library left behind would be taken for the unfinished business of the new one, or end with it. It is kept
 // under another name: whoever only moved the library aside needs it.
 bool SetJournalsAside(const CString& strPath) {
@@ -59,7 +66,7 @@ bool SetJournalsAside(const CString& strPath) {
     for (const char* pszSuffix : {"-journal", "-wal"}) {
         const CString strJournal = strPath + pszSuffix;
         if (IsMissing(strJournal)) continue;
-        bAside = RenameDurably(NativePath(strJournal), NativePath(strJournal + ".lost")) && bAside;
+        bAside = SetAside(NativePath(strJournal)) && bAside;
     }
     return bAside;
 }
@@ -80,7 +87,7 @@ CString FixLibraryPath() {
 
 std::unique_ptr<DBTools> OpenLibrary(const CString& strPath, MissingLibrary missing) {
     // Held until the database has made its tables: the journal that it makes meanwhile is nobody else's to remove.
-    FolderLock turn(FolderOf(strPath));
+    FolderLock turn(FolderOf(NativePath(strPath)));
     if (TakeTurnToMake(strPath, turn) && SetJournalsAside(strPath) && missing == MissingLibrary::kSeed) Seed(strPath);
     bool bOpened = true;
     auto pDBTools = std::make_unique<DBTools>(strPath, bOpened);

@@ -24,6 +24,13 @@ bool Holds(const Records& records, const GUID& guid) {
     return std::any_of(records.begin(), records.end(), [&](const auto& record) { return record.m_guid == guid; });
 }
 
+// Whether an earlier key reads the same: of both, the file answers the first one's value.
+template <typename Iterator>
+bool NamesOneOf(Iterator first, Iterator key) {
+    const CString name(key->c_str());
+    return std::any_of(first, key, [&](const std::string& other) { return name.CompareNoCase(other.c_str()) == 0; });
+}
+
 void AddTag(CTagCategory& category, const std::string& key, const TagSpecifier& specifier) {
     if (specifier.value.IsEmpty()) return;
     CLibTag tag;
@@ -65,10 +72,9 @@ std::map<DWORD, std::vector<CTagCategory>> BuildDefaultCategories(const CLibTags
     for (const auto& [dwGallery, content] : categories) {
         const auto& [section, keys] = content;
         std::vector<CTagCategory> made;
-        for (const std::string& key : keys) {
-            const int galleryId = static_cast<int>(dwGallery);
-            if (key.empty() || Holds(made, DefaultCategoryGuid(galleryId, key))) continue;
-            made.push_back(MakeCategory(galleryId, section, key, today));
+        for (auto key = keys.begin(); key != keys.end(); ++key) {
+            if (key->empty() || NamesOneOf(keys.begin(), key)) continue;
+            made.push_back(MakeCategory(static_cast<int>(dwGallery), section, *key, today));
         }
         if (!made.empty()) built.emplace(dwGallery, std::move(made));
     }

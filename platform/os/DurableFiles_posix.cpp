@@ -16,11 +16,6 @@
 namespace qfc {
 namespace {
 
-std::string FolderOf(const std::string& path) {
-    const auto slash = path.rfind('/');
-    return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
-}
-
 Descriptor OpenFolderOf(const std::string& path) {
     return Descriptor(open(FolderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }
@@ -58,7 +53,17 @@ bool MoveInPlace(const std::string& temporary, const std::string& target, bool r
     return errno == EINVAL && rename(temporary.c_str(), target.c_str()) == 0;
 }
 
+// For file systems that know no flags: a name that is taken is not given a second time.
+bool LinkInPlace(const std::string& from, const std::string& to) {
+    return link(from.c_str(), to.c_str()) == 0 && unlink(from.c_str()) == 0;
+}
+
 }  // namespace
+
+std::string FolderOf(const std::string& path) {
+    const auto slash = path.rfind('/');
+    return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
+}
 
 bool CopyFileDurably(const std::string& source, const std::string& target, bool replace) {
     const Descriptor from(open(source.c_str(), O_RDONLY | O_CLOEXEC));
@@ -97,6 +102,16 @@ bool RenameDurably(const std::string& from, const std::string& to) {
     const Descriptor folder = OpenFolderOf(to);
     if (!folder.IsOpen()) return FailWithErrno();
     if (rename(from.c_str(), to.c_str()) != 0) return FailWithErrno();
+    return SyncFolder(folder) || FailWithErrno();
+}
+
+bool RenameDurablyToNew(const std::string& from, const std::string& to) {
+    const Descriptor folder = OpenFolderOf(to);
+    if (!folder.IsOpen()) return FailWithErrno();
+    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) != 0 &&
+        (errno != EINVAL || !LinkInPlace(from, to))) {
+        return FailWithErrno();
+    }
     return SyncFolder(folder) || FailWithErrno();
 }
 

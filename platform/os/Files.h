@@ -49,6 +49,11 @@ bool WriteFileDurably(const std::string& target, std::string_view bytes);
 // Renames over `target` and syncs the folder. False: not known to be durable; either nothing was renamed, or the sync
 // failed behind the rename.
 bool RenameDurably(const std::string& from, const std::string& to);
+// The same, but fails where `to` is there already.
+bool RenameDurablyToNew(const std::string& from, const std::string& to);
+
+// The folder part of a path with its slash; "./" for a bare name.
+std::string FolderOf(const std::string& path);
 
 // Makes the folder and those above it that are missing; true when it is there afterwards.
 bool MakeFolders(const std::string& folder);

@@ -130,10 +130,24 @@ std::string WithoutLinks(const std::string& path) {
     return target.string();
 }
 
+// Whoever may write the profile can hold its lock, whatever the mask of the one who made it.
+void LetWritersHold(const Descriptor& lock, const std::string& path) {
+    struct stat profile;
+    struct stat status;
+    if (stat(path.c_str(), &profile) != 0 || fstat(lock.Get(), &status) != 0) return;
+    const mode_t readers = (profile.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) << 1;
+    // Only its owner can; others hold it already.
+    if (S_ISREG(status.st_mode) && (status.st_mode & readers) != readers) {
+        static_cast<void>(fchmod(lock.Get(), (status.st_mode | readers) & 0777));
+    }
+}
+
 // Held until it is closed. The file stays: whoever removed it would part those who wait from those who come. Opened for
-// reading alone, so that all who may write beside it can hold it, whoever made it.
+// reading alone, so that others than its owner can, and without waiting, lest a pipe of that name stop every writer.
 Descriptor LockForWriting(const std::string& path) {
-    Descriptor lock(open((path + ".lock").c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0666));
+    const int flags = O_RDONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+    Descriptor lock(open((path + ".lock").c_str(), flags, 0666));
+    if (lock.IsOpen()) LetWritersHold(lock, path);
     while (lock.IsOpen() && flock(lock.Get(), LOCK_EX) != 0) {
         if (errno != EINTR) return Descriptor(-1);
     }

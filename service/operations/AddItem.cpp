@@ -19,10 +19,12 @@ bool Holds(CQFolder& folder, const CQItem& item) {
     return pItems != nullptr && std::find(pItems->begin(), pItems->end(), &item) != pItems->end();
 }
 
-// The gallery's own object of a GUID is held by some folder.
-bool Holds(const CQGallery& gallery, const CQItem& item) {
+// The index knows one object of a GUID, and none that a session loaded; others know their folder.
+bool Holds(CQGallery& gallery, const CQItem& item) {
     CQItem* pKnown = nullptr;
-    return gallery.IsItemHasParentByGuid(qfc::GuidOfItem(item), pKnown) != 0 && pKnown == &item;
+    if (gallery.IsItemHasParentByGuid(qfc::GuidOfItem(item), pKnown) != 0 && pKnown == &item) return true;
+    CQFolder* const pParent = item.GetParentFolder();
+    return pParent != nullptr && gallery.IsSubFolderValid(pParent) != 0 && Holds(*pParent, item);
 }
 
 }  // namespace

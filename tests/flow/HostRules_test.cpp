@@ -2,10 +2,12 @@
 // taken out, adds that wait for a start, galleries that come and go on several threads.
 #include "tests/support/LibraryFixture.h"
 
+#include <atomic>
 #include <cstdint>
 #include <future>
 #include <gtest/gtest.h>
 #include <memory>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -184,6 +186,8 @@ TEST_F(HostRules, GalleriesComeAndGoOnSeveralThreads) {
             const ULONGLONG hMade = Manager::fnCreateGallery(nFirstId + i, "Made", 0, 0, 0);
             const ULONGLONG hLoaded = Manager::fnLoadGallery(kMedia);
             ASSERT_TRUE(hMade != 0 && hLoaded != 0);
+            GetGalleryDoc()->ChangeGallery(AsGallery(hMade));
+            GetGalleryDoc()->NoteCurrentFolder(AsGallery(hMade));
             for (const ULONGLONG h : {hLoaded, hMade}) EXPECT_EQ(GetGalleryDoc()->CloseGallery(AsGallery(h)), 1);
         }
     };
@@ -199,7 +203,19 @@ TEST_F(HostRules, GalleriesComeAndGoOnSeveralThreads) {
     hosts.emplace_back(keepMaking, 100);
     hosts.emplace_back(keepMaking, 200);
     hosts.emplace_back(keepImporting);
+    std::atomic<bool> bMade = false;
+    // What is current, an address, may be asked for while the current gallery is closed.
+    std::thread looking([&bMade] {
+        std::set<const void*> seen;
+        while (!bMade) {
+            seen.insert(GetGalleryDoc()->GetCurrentGallery());
+            seen.insert(GetGalleryDoc()->GetNotedFolder());
+        }
+        EXPECT_TRUE(seen.contains(nullptr));
+    });
     for (std::thread& host : hosts) host.join();
+    bMade = true;
+    looking.join();
     EXPECT_EQ(GetGalleryDoc()->GetGalleryList().GetCount(), 1);
     EXPECT_EQ(Manager::EndDbSession4ImportLib(hSession), 1);
 }

@@ -98,6 +98,27 @@ TEST(RenameDurably, FailsWithoutSourceOrTargetFolder) {
     EXPECT_THAT(folder.Entries(), UnorderedElementsAre("from"));
 }
 
+TEST(RenameDurablyToNew, LeavesWhatIsThere) {
+    const TempFolder folder;
+    const std::string from = folder.Write("from", "new");
+    const std::string to = folder.Write("to", "old");
+    EXPECT_FALSE(qfc::RenameDurablyToNew(from, to));
+    EXPECT_EQ(GetLastError(), ERROR_FILE_EXISTS);
+    EXPECT_EQ(ReadFile(to), "old");
+    EXPECT_TRUE(qfc::RenameDurablyToNew(from, folder / "other"));
+    EXPECT_EQ(ReadFile(folder / "other"), "new");
+    EXPECT_FALSE(qfc::RenameDurablyToNew(from, folder / "third"));
+    EXPECT_FALSE(qfc::RenameDurablyToNew(to, folder / "missing/to"));
+    EXPECT_THAT(folder.Entries(), UnorderedElementsAre("other", "to"));
+}
+
+TEST(FolderOf, EndsBehindTheLastSlash) {
+    EXPECT_EQ(qfc::FolderOf("/a/b"), "/a/");
+    EXPECT_EQ(qfc::FolderOf("/a/"), "/a/");
+    EXPECT_EQ(qfc::FolderOf("/a"), "/");
+    EXPECT_EQ(qfc::FolderOf("a"), "./");
+}
+
 TEST(MakeFolders, MakesAllThatAreMissing) {
     const TempFolder folder;
     EXPECT_TRUE(qfc::MakeFolders(folder / "a/b/c/"));

@@ -161,6 +161,22 @@ TEST_F(IniWriteOfAnotherUser, LockThatSomebodyElseMadeIsNoObstacle) {
     EXPECT_EQ(File(), "[S]\na=2\n");
 }
 
+TEST_F(IniWriteOfAnotherUser, LockMadeUnderANarrowMaskIsNoObstacle) {
+    fs::permissions(path, fs::perms(0666));
+    const mode_t before = umask(077);
+    EXPECT_EQ(Write("S", "a", "2"), 1);
+    umask(before);
+    EXPECT_EQ(AsAnotherUser([&] { return Write("S", "a", "3"); }), 1);
+    EXPECT_EQ(File(), "[S]\na=3\n");
+}
+
+TEST_F(IniWrite, PipeInPlaceOfTheLockIsNotWaitedFor) {
+    File("[S]\na=1\n");
+    ASSERT_EQ(mkfifo((path + ".lock").c_str(), 0666), 0);
+    EXPECT_EQ(Write("S", "a", "2"), 1);
+    EXPECT_EQ(File(), "[S]\na=2\n");
+}
+
 TEST_F(IniWriteOfAnotherUser, WhatChangesNothingSucceedsWhereNothingMayBeMade) {
     fs::permissions(folder.Path(), fs::perms(0755));
     EXPECT_EQ(AsAnotherUser([&] { return Write("S", "k", nullptr); }), 1);

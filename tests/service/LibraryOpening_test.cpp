@@ -7,7 +7,7 @@
 #include "tests/support/RawDb.h"
 #include "tests/support/SqlTrace.h"
 
-#include <chrono>
+#include <atomic>
 #include <fstream>
 #include <sqlite3.h>
 #include <stdexcept>
@@ -57,11 +57,53 @@ TEST_F(LibraryOpening, WhileAnotherMakesTheLibrary_ItsJournalIsLeftAlone) {
     EXPECT_EQ(CountRows("sqlite_master where name = 'SEED'"), 0);
 }
 
+// Looks at each commit of a new connection whether another host could take the folder.
+class FolderWatch {
+public:
+    explicit FolderWatch(const fs::path& folder) {
+        s_folder = folder;
+        s_commits = s_free = 0;
+        sqlite3_auto_extension(reinterpret_cast<void (*)()>(&Attach));
+    }
+    ~FolderWatch() { sqlite3_cancel_auto_extension(reinterpret_cast<void (*)()>(&Attach)); }
+    FolderWatch(const FolderWatch&) = delete;
+    FolderWatch& operator=(const FolderWatch&) = delete;
+    static int Commits() { return s_commits; }
+    static int TimesFree() { return s_free; }
+
+private:
+    static int Attach(sqlite3* db, char**, const void*) {
+        sqlite3_commit_hook(db, &Look, nullptr);
+        return SQLITE_OK;
+    }
+    static int Look(void*) {
+        qfc::FolderLock lock(s_folder);
+        ++s_commits;
+        if (lock.TryLock()) ++s_free;
+        return 0;
+    }
+    static inline fs::path s_folder;
+    static inline std::atomic<int> s_commits;
+    static inline std::atomic<int> s_free;
+};
+
 TEST_F(LibraryOpening, TheFolderIsHeldUntilTheTablesAreThere_AndNotLonger) {
     MakeTemplate();
-    ASSERT_EQ(Start(), 1);
+    {
+        const FolderWatch watch(DataFolder());
+        ASSERT_EQ(Start(), 1);
+        EXPECT_GT(FolderWatch::Commits(), 5);
+        EXPECT_EQ(FolderWatch::TimesFree(), 0);
+    }
     qfc::FolderLock lock(DataFolder());
     EXPECT_TRUE(lock.TryLock());
+}
+
+TEST_F(LibraryOpening, LibraryThatCannotBeLookedAt_KeepsItsJournal) {
+    fs::create_symlink(DatabaseFile(), DatabaseFile());
+    std::ofstream(Journal()) << "unfinished";
+    EXPECT_EQ(Start(), 0);
+    EXPECT_TRUE(fs::exists(Journal()));
 }
 
 TEST_F(LibraryOpening, LibraryThatIsThere_NeedsNoTurn) {

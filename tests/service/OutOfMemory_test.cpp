@@ -1,4 +1,7 @@
-// What happens when memory ends between two steps. The allocation function of this program can be told to fail.
+// What happens when memory ends between two steps.
+#include "items/CQGallery.h"
+#include "items/CQItem.h"
+#include "items/Handles.h"
 #include "platform/os/LastError.h"
 #include "platform/os/Sync.h"
 #include "platform/os/Thread.h"
@@ -6,70 +9,22 @@
 #include "service/operations/LoadGallery.h"
 #include "service/operations/QueryLibItemThumbnailInfo.h"
 #include "tests/support/LibraryFixture.h"
+#include "tests/support/MemoryFaults.h"
 #include "tests/support/ServicePeer.h"
 
 #include <atomic>
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <new>
 #include <set>
 
 namespace {
 
-constexpr int kNever = -1;
-// How many allocations of this thread still succeed.
-thread_local int t_left = kNever;
-thread_local bool t_bOnce = false;
-
-void* Allocate(std::size_t size) {
-    if (t_left == 0) {
-        if (t_bOnce) t_left = kNever;
-        return nullptr;
-    }
-    if (t_left > 0) --t_left;
-    return std::malloc(size != 0 ? size : 1);
-}
-
-class MemoryEndsAfter {
-public:
-    explicit MemoryEndsAfter(int nAllocations) { t_left = nAllocations; }
-    ~MemoryEndsAfter() { t_left = kNever; }
-    MemoryEndsAfter(const MemoryEndsAfter&) = delete;
-    MemoryEndsAfter& operator=(const MemoryEndsAfter&) = delete;
-};
-
-// The one behind these.
-class OneAllocationFails {
-public:
-    explicit OneAllocationFails(int nAllocations) {
-        t_left = nAllocations;
-        t_bOnce = true;
-    }
-    ~OneAllocationFails() {
-        t_left = kNever;
-        t_bOnce = false;
-    }
-    OneAllocationFails(const OneAllocationFails&) = delete;
-    OneAllocationFails& operator=(const OneAllocationFails&) = delete;
-};
-
-}  // namespace
-
-// Out of line, so that the compiler does not look through them.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-    if (void* const bytes = Allocate(size)) return bytes;
-    throw std::bad_alloc();
-}
-[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
-[[gnu::noinline]] void operator delete(void* bytes) noexcept { std::free(bytes); }
-[[gnu::noinline]] void operator delete(void* bytes, std::size_t) noexcept { std::free(bytes); }
-[[gnu::noinline]] void operator delete(void* bytes, const std::nothrow_t&) noexcept { std::free(bytes); }
-
-namespace {
-
 using qfc::EntrySteps;
 using qfc::ServicePeer;
 using qfc::test::LambdaOperation;
+using qfc::test::MemoryFaults;
+
+constexpr bool kFromThenOn = true;
 
 unsigned Nothing(void*) { return 0; }
 
@@ -77,7 +32,7 @@ TEST(OutOfMemory, AThreadThatCannotBeMade_IsReportedWhereverMemoryEnds) {
     int nAllocations = 0;
     for (bool bCreated = false; !bCreated; ++nAllocations) {
         ASSERT_LT(nAllocations, 100);
-        const MemoryEndsAfter end(nAllocations);
+        const MemoryFaults end(nAllocations + 1, kFromThenOn);
         SetLastError(0);
         qfc::WorkerThread thread(&Nothing, nullptr);
         bCreated = thread.IsCreated();
@@ -98,11 +53,11 @@ TEST_F(OutOfMemoryService, AThumbnailQueryThatEndsEarly_KeepsTheRowsItHas) {
     }
     std::set<std::size_t> gathered;
     for (int nAllocations = 0; !gathered.contains(3); ++nAllocations) {
-        ASSERT_LT(nAllocations, 5000);
+        ASSERT_LT(nAllocations, 20000);
         LibraryOperation_QueryLibItemThumbnailInfo operation(m_pClips->GetDBTools());
         bool bEndedEarly = false;
         try {
-            const MemoryEndsAfter end(nAllocations);
+            const MemoryFaults end(nAllocations + 1, kFromThenOn);
             operation.execute();
         } catch (const std::bad_alloc&) {
             bEndedEarly = true;
@@ -122,7 +77,7 @@ TEST_F(OutOfMemoryService, ASyncCallThatIsRefused_IsNeverExecuted) {
         ASSERT_LT(nAllocations, 100);
         std::shared_ptr<LambdaOperation> pOperation;
         try {
-            const MemoryEndsAfter end(nAllocations);
+            const MemoryFaults end(nAllocations + 1, kFromThenOn);
             pOperation = EntrySteps::RunSync<LambdaOperation>(work);
             (pOperation != nullptr ? nSucceeded : nRefused) += 1;
         } catch (const std::bad_alloc&) {
@@ -143,7 +98,7 @@ TEST_F(OutOfMemoryService, TheClearOfAStop_NeedsNoMemory) {
         }));
     }
     {
-        const MemoryEndsAfter end(0);
+        const MemoryFaults end(1, kFromThenOn);
         ServicePeer::DropQueuedWork();
     }
     ASSERT_EQ(QFCLibraryManager::fnStartService(), 1);
@@ -154,16 +109,19 @@ TEST_F(OutOfMemoryService, TheClearOfAStop_NeedsNoMemory) {
 // What the document did not take would belong to nobody.
 template <typename Operation, typename... Args>
 void ExpectListedOrNoHandle(ULONGLONG (Operation::*handle)() const, Args... args) {
-    constexpr int kMoreThanItTakes = 300;
     const auto& listed = GetGalleryDoc()->GetGalleryList();
     int nRefused = 0;
-    for (int nAllocations = 0; nAllocations < kMoreThanItTakes; ++nAllocations) {
+    bool bFailed = true;
+    for (int nAllocations = 0; bFailed; ++nAllocations) {
+        ASSERT_LT(nAllocations, 5000);
         Operation operation(args...);
         const auto before = listed.GetCount();
         int nResult = 0;
+        bFailed = true;
         try {
-            const OneAllocationFails end(nAllocations);
+            const MemoryFaults end(nAllocations + 1);
             nResult = operation.execute();
+            bFailed = end.HasFailed();
         } catch (const std::bad_alloc&) {
         } catch (CException* pException) {
             pException->Delete();
@@ -181,6 +139,43 @@ TEST_F(OutOfMemoryService, AGalleryThatIsMade_IsTheDocumentsOrThereIsNone) {
 
 TEST_F(OutOfMemoryService, AGalleryThatIsLoaded_IsTheDocumentsOrThereIsNone) {
     ExpectListedOrNoHandle(&LibraryOperation_LoadGallery::Loaded, kMedia, m_pClips->GetDBTools());
+}
+
+// Nobody else knows the items that were loaded until then: the leak sanitizer looks.
+TEST_F(OutOfMemoryService, AGalleryThatASessionLoads_LeavesNoItemBehind) {
+    for (const char* pszName : {"First", "Second", "Third"}) {
+        ASSERT_EQ(QFCLibraryManager::fnAddItem(m_hMedia, {"Clips"}, NewItem(pszName)), 1);
+    }
+    const CString strForeign((Scratch() / "foreign.db").c_str());
+    ASSERT_EQ(QFCLibraryManager::fnExportDB(strForeign), 1);
+    const ULONGLONG hSession = QFCLibraryManager::StartDbSession4ImportLib(strForeign);
+    int nRefused = 0;
+    for (int nAllocations = 0;; ++nAllocations) {
+        ASSERT_LT(nAllocations, 5000);
+        LibraryOperation_LoadGallery operation(kMedia, reinterpret_cast<DBTools*>(hSession));
+        bool bFailed = false;
+        try {
+            const MemoryFaults end(nAllocations + 1);
+            operation.execute();
+            bFailed = end.HasFailed();
+        } catch (const std::bad_alloc&) {
+            bFailed = true;
+        } catch (CException* pException) {
+            pException->Delete();
+            bFailed = true;
+        }
+        nRefused += operation.Loaded() == 0 ? 1 : 0;
+        if (operation.Loaded() == 0) continue;
+        // Kept: a folder whose rows could not be read is left out, and the gallery counts as loaded.
+        CQFolder* const pClips = qfc::AsGallery(operation.Loaded())->GetFolderByName("Clips");
+        if (!bFailed) {
+            EXPECT_EQ(pClips != nullptr ? pClips->GetItemArray()->GetSize() : -1, 3);
+        }
+        EXPECT_EQ(QFCLibraryManager::fnCloseSessionGallery(operation.Loaded()), 1);
+        if (!bFailed) break;
+    }
+    EXPECT_GT(nRefused, 10);
+    EXPECT_EQ(QFCLibraryManager::EndDbSession4ImportLib(hSession), 1);
 }
 
 }  // namespace

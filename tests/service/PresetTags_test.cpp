@@ -332,6 +332,33 @@ TEST_F(PresetTags, OfAnItemThatIsHeldElsewhere_AreGivenWhateverTheFoldersNamed) 
     EXPECT_TRUE(IsLinked(*pItem, 1));
 }
 
+TEST_F(PresetTags, OfASecondObjectThatIsHeldElsewhere_AreGiven) {
+    ASSERT_NE(MakeFolder("", "More"), nullptr);
+    CQItem* const pHeld = Add("Second", "second.wav");
+    auto* const pSecond = new CQItem("Second");
+    pSecond->SetFileName("second.wav");
+    pSecond->SetUniqueID(std::as_const(*pHeld).GetUniqueID());
+    ASSERT_EQ(Manager::fnAddItem(m_hMedia, {"More"}, pSecond), 1);
+    Preset(Section("Second", "second.wav", "String@Beach"));
+    ASSERT_EQ(Manager::fnAddItem(m_hMedia, {"Gone"}, pSecond), 1);
+    EXPECT_EQ(TagsOf(*pSecond), "1 ");
+}
+
+TEST_F(PresetTags, OfAnItemThatASessionLoaded_AreGivenWhateverTheFoldersNamed) {
+    Add("Loaded", "loaded.wav");
+    const CString strForeign((Scratch() / "foreign.db").c_str());
+    ASSERT_EQ(Manager::fnExportDB(strForeign), 1);
+    Preset(Section("Loaded", "loaded.wav", "String@Beach"));
+    const ULONGLONG hSession = Manager::StartDbSession4ImportLib(strForeign);
+    const ULONGLONG hForeign = Manager::fnLoadGallery(kMedia, reinterpret_cast<DBTools*>(hSession));
+    ASSERT_NE(hForeign, 0u);
+    CQItem* const pLoaded = qfc::AsGallery(hForeign)->GetFolderByName("Clips")->GetItemArray()->GetAt(0);
+    ASSERT_EQ(Manager::fnAddItem(hForeign, {"Gone"}, pLoaded), 1);
+    EXPECT_EQ(TagsOf(*pLoaded), "1 ");
+    EXPECT_EQ(Manager::fnCloseSessionGallery(hForeign), 1);
+    EXPECT_EQ(Manager::EndDbSession4ImportLib(hSession), 1);
+}
+
 TEST_F(PresetTags, OfAnItemAddedAgain_AreGivenAgain) {
     Preset(Section("Twice", "twice.wav", "String@Beach"));
     CQItem* const pItem = Add("Twice", "twice.wav");

@@ -148,6 +148,7 @@ TEST_F(ServiceLifecycle, JournalsOfALostLibrary_AreKeptUnderAnotherName) {
         if (bTemplate) MakeTemplate();
         fs::remove(DatabaseFile());
         for (const char* pszSuffix : {"-journal", "-wal"}) {
+            fs::remove(DatabaseFile().string() + pszSuffix + ".lost");
             std::ofstream(DatabaseFile().string() + pszSuffix) << "unfinished" << pszSuffix << bTemplate;
         }
         ASSERT_EQ(Start(), 1);
@@ -160,6 +161,24 @@ TEST_F(ServiceLifecycle, JournalsOfALostLibrary_AreKeptUnderAnotherName) {
             EXPECT_FALSE(fs::exists(DatabaseFile().string() + pszSuffix));
         }
     }
+}
+
+TEST_F(ServiceLifecycle, JournalOfASecondLostLibrary_LeavesTheFirstOnesAlone) {
+    const std::string strJournal = DatabaseFile().string() + "-journal";
+    for (const char* pszWhich : {"first", "second", "third"}) {
+        fs::remove(DatabaseFile());
+        std::ofstream(strJournal) << pszWhich;
+        ASSERT_EQ(Start(), 1);
+        ASSERT_EQ(Stop(), 1);
+    }
+    const auto textOf = [](const std::string& path) {
+        std::string text;
+        std::ifstream(path) >> text;
+        return text;
+    };
+    EXPECT_EQ(textOf(strJournal + ".lost"), "first");
+    EXPECT_EQ(textOf(strJournal + ".lost2"), "second");
+    EXPECT_EQ(textOf(strJournal + ".lost3"), "third");
 }
 
 TEST_F(ServiceLifecycle, AnExistingLibrary_IsNotSeeded) {

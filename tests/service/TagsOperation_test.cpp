@@ -24,6 +24,23 @@ TEST_F(TagsOperations, WithoutDatabase_EveryOneFailsAndChangesNothing) {
     EXPECT_EQ(Seen(), before);
 }
 
+TEST_F(TagsOperations, LoadAnswersWhetherAllCouldBeRead) {
+    const std::string tags = StoreText(kMedia);
+    EmptyStore();
+    EXPECT_EQ(CLibTagsOperation_Load(Database()).execute(), 1);
+    EXPECT_EQ(StoreText(kMedia), tags);
+    RawDb(DatabaseFile()).Exec("alter table LIB_TAG_TABLE rename to AWAY");
+    EXPECT_EQ(CLibTagsOperation_Load(Database()).execute(), 0);
+    EXPECT_EQ(StoreText(kMedia), tags);
+    RawDb(DatabaseFile())
+        .Exec(
+            "alter table AWAY rename to LIB_TAG_TABLE; delete from LIB_TAG_TABLE;"
+            " delete from LIB_TAG_CATEGORY_TABLE");
+    EmptyStore();
+    EXPECT_EQ(CLibTagsOperation_Load(Database()).execute(), 1);
+    EXPECT_EQ(StoreText(kMedia), "");
+}
+
 TEST_F(TagsOperations, WithoutAnythingToDo_EveryOneFails) {
     const State before = Seen();
     EXPECT_EQ(CLibTagsOperation_UpdateCategory(Database(), {}, kMedia).execute(), 0);

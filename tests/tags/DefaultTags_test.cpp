@@ -55,13 +55,21 @@ TEST_F(DefaultTags, GalleryWithoutCategoriesIsNotThere) {
 }
 
 TEST_F(DefaultTags, KeysOfMeaningGiveTheTypes) {
-    const auto categories = BuildMedia("Date=Date@x\nUntagged=\nFace=\nface=\nPlaces=\n");
-    ASSERT_EQ(NamesOf(categories), "Date, Untagged, Face, face, Places");
+    const auto categories = BuildMedia("Date=Date@x\nUntagged=\nFace=\nFaces=\nPlaces=\n");
+    ASSERT_EQ(NamesOf(categories), "Date, Untagged, Face, Faces, Places");
     EXPECT_EQ(categories[0].m_nType, qfc::category_type::kDate);
     EXPECT_EQ(categories[1].m_nType, qfc::category_type::kUntagged);
     EXPECT_EQ(categories[2].m_nType, qfc::category_type::kFace);
     EXPECT_EQ(categories[3].m_nType, qfc::category_type::kPlain);
     EXPECT_EQ(categories[4].m_nType, qfc::category_type::kPlain);
+}
+
+TEST_F(DefaultTags, KeyThatStandsTwiceInAnyCaseIsMadeOnceWithTheFirstValue) {
+    const auto categories = BuildMedia("Places=String@Beach\nplaces=String@Lake\nface=String@Emoji\nFACE=\n");
+    ASSERT_EQ(NamesOf(categories), "Places, face");
+    EXPECT_EQ(NamesOf(categories[0].m_tags), "Beach");
+    EXPECT_EQ(NamesOf(categories[1].m_tags), "Emoji");
+    EXPECT_EQ(categories[1].m_nType, qfc::category_type::kPlain);
 }
 
 TEST_F(DefaultTags, WhatTheProgramMeansCannotBeDeleted) {

@@ -19,6 +19,7 @@ TEST_F(TagTranslation, WithoutTextTheNameStands) {
     EXPECT_EQ(g_GetTagTranslateName("Beach"), CString("Beach"));
     WriteTranslation("[TW_TAG_TRANSLATE]\nBeach=\n");
     EXPECT_EQ(g_GetTagTranslateName("Beach"), CString("Beach"));
+    WriteTranslation("[TW_TAG_TRANSLATE]\n=x\n");
     EXPECT_EQ(g_GetTagTranslateName(""), CString(""));
 }
 
