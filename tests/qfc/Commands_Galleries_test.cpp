@@ -92,5 +92,56 @@ TEST_F(CommandsGalleries, ARemovedPredefinedGalleryIsMadeAgainOnUse) {
     EXPECT_EQ(FoldersOf("\\"), Names{"B"});
 }
 
+// --- Tags of own galleries -----------------------------------------------------------------------------------------
+
+TEST_F(CommandsGalleries, RmTakesTheTagsOfAnOwnGallery_SoThatTheNextHasNone) {
+    Done({"gallery", "create", "A"});
+    Done({"import", Image("a.ppm")});
+    const std::string guid = GuidOf("Imported\\a.ppm");
+    Done({"tag", "create", "secret", "--gallery", "A"});
+    Done({"tag", "create", "fixed", "--gallery", "A", "--category", "Kept"});
+    Done({"tag", "category", "create", "Empty", "--gallery", "A"});
+    Done({"tag", "create", "other"});
+    Done({"tag", "add", "secret", "fixed", "other", "--", guid});
+    RawDb(Database()).Exec("update LIB_TAG_TABLE set TAG_DELETABLE = 0 where TAG_NAME = 'fixed'");
+    RawDb(Database()).Exec("update LIB_TAG_CATEGORY_TABLE set CATEGORY_DELETABLE = 0 where CATEGORY_NAME = 'Kept'");
+    EXPECT_EQ(Done({"gallery", "rm", "A"}), (Json{{"removed", {{"id", 100}, {"name", "A"}, {"tags", 2}}}}));
+    EXPECT_EQ(Done({"gallery", "create", "B"})["id"], 100);
+    EXPECT_EQ(Document({"tag", "list", "--gallery", "B"}, 1), Json::array());
+    EXPECT_EQ(RawDb(Database()).Cell("select count(*) from LIB_TAG_TABLE"), "1");
+    EXPECT_EQ(RawDb(Database()).Cell("select count(*) from LIB_TAG_CATEGORY_TABLE"), "1");
+    EXPECT_EQ(Done({"show", guid})["tags"].size(), 1u);
+    ExpectSound();
+}
+
+TEST_F(CommandsGalleries, RmKeepsTheTagsOfAPredefinedGallery) {
+    Done({"import", Sound("s.wav"), "--gallery", "Sounds"});
+    Done({"tag", "create", "Loud", "--gallery", "Sounds"});
+    EXPECT_EQ(Done({"gallery", "rm", "Sounds"})["removed"]["tags"], 0);
+    EXPECT_EQ(Done({"tag", "list", "--gallery", "Sounds"}).size(), 1u);
+}
+
+TEST_F(CommandsGalleries, RmWhoseTagsCannotGo_KeepsTheGallery) {
+    Done({"gallery", "create", "A"});
+    Done({"tag", "create", "secret", "--gallery", "A"});
+    for (const char* table : {"LIB_TAG_TABLE", "LIB_TAG_CATEGORY_TABLE"}) {
+        RawDb(Database())
+            .Exec(std::string("create trigger keep before delete on ") + table +
+                  " begin select raise(abort, 'kept'); end");
+        EXPECT_EQ(Refused({"gallery", "rm", "A"}), "qfc: cannot remove the gallery A: the tags of My tags stay\n");
+        EXPECT_EQ(Done({"gallery", "list"}).size(), 1u);
+        RawDb(Database()).Exec("drop trigger keep");
+    }
+    Done({"gallery", "rm", "A"});
+}
+
+TEST_F(CommandsGalleries, CreatePassesOverIdsWithTagsOfAGalleryThatIsGone) {
+    Done({"gallery", "create", "A"});
+    Done({"tag", "create", "secret", "--gallery", "A"});
+    RawDb(Database()).Exec("delete from GALLERY_TABLE");
+    EXPECT_EQ(Done({"gallery", "create", "B"})["id"], 101);
+    EXPECT_EQ(Done({"tag", "list"})[0]["galleryId"], 100);
+}
+
 }  // namespace
 }  // namespace qfc::test

@@ -3,6 +3,7 @@
 #include "api/QFCLib.h"
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/library/Paths.h"
+#include "hosts/qfc/library/Tags.h"
 #include "hosts/qfc/library/Text.h"
 
 #include <algorithm>
@@ -139,9 +140,18 @@ CQGallery& Galleries::Create(const std::string& name) {
     const bool taken = std::ranges::any_of(
         stored, [&](const GalleryName& g) { return predefined ? g.id == *predefined : g.name == name; });
     if (taken) throw Failure("there is a gallery " + name + " already");
-    int id = predefined.value_or(kFirstOwnId);
-    while (!predefined && std::ranges::find(stored, id, &GalleryName::id) != stored.end()) ++id;
-    return Make({id, name});
+    return Make({predefined ? *predefined : FreeId(stored), name});
+}
+
+// Tags may be left of a gallery that is gone: the new one would begin with them.
+int Galleries::FreeId(const std::vector<GalleryName>& stored) const {
+    const Tags tags(m_session);
+    int id = kFirstOwnId;
+    while (std::ranges::find(stored, id, &GalleryName::id) != stored.end() ||
+           std::ranges::find(tags.Categories(), id, &CTagCategory::m_nGallery) != tags.Categories().end()) {
+        ++id;
+    }
+    return id;
 }
 
 void Galleries::Close(CQGallery& gallery) {

@@ -24,7 +24,7 @@ std::optional<std::string> PredefinedName(int id);
 // make a second tree beside the first. The session owns what is loaded here. Main thread.
 class Galleries {
 public:
-    explicit Galleries(const Session&) {}
+    explicit Galleries(const Session& session) : m_session(session) {}
 
     // The stored galleries, by id.
     std::vector<GalleryName> Stored() const { return Stored(nullptr); }
@@ -45,8 +45,8 @@ public:
     // Made when missing.
     CQGallery& Counterpart(const GalleryName& other);
 
-    // A new gallery: with its own id for a predefined name, else with the next free one from 100. Throws Failure when
-    // the name is taken.
+    // A new gallery: with its own id for a predefined name, else with the next one from 100 that neither a gallery nor
+    // a category of tags has. Throws Failure when the name is taken.
     CQGallery& Create(const std::string& name);
     // Closes it; it is not loaded any more.
     void Close(CQGallery& gallery);
@@ -57,7 +57,9 @@ private:
     CQGallery* Load(int id);
     CQGallery& Make(const GalleryName& gallery);
     bool IsStored(int id) const;
+    int FreeId(const std::vector<GalleryName>& stored) const;
 
+    const Session& m_session;
     std::map<int, CQGallery*> m_loaded;  // Borrowed from the gallery document.
 };
 
