@@ -6,8 +6,6 @@
 namespace qfc::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 class CommandsTags : public TagCommandsTest {
 protected:
     // The one listed tag of that name.
@@ -23,11 +21,6 @@ protected:
     }
     std::string GuidOfTag(const std::string& name, const std::string& gallery = "Media") const {
         return TagOf(name, {"--gallery", gallery})["guid"];
-    }
-    void MakeReadOnly() const {
-        fs::permissions(m_folder.Path(), fs::perms(0755));
-        fs::permissions(Database(), fs::perms(0444));
-        fs::permissions(m_library, fs::perms(0555));
     }
 };
 
@@ -191,36 +184,6 @@ TEST_F(CommandsTags, AnUnknownTagChangesNothing) {
     EXPECT_EQ(DumpOf(Database()), before);
 }
 
-// --- add, remove ---------------------------------------------------------------------------------------------------
-
-TEST_F(CommandsTags, AddTakesManyTagsAndManyItems) {
-    ImportAbc();
-    Done({"tag", "create", "Beach"});
-    Done({"tag", "create", "Sea"});
-    Done({"tag", "add", "Beach", GuidOfTag("Sea"), "--", "F\\a.ppm", "F\\b.ppm"});
-    for (const char* item : {"F\\a.ppm", "F\\b.ppm"}) EXPECT_EQ(TagsOf(item), (Names{"Beach", "Sea"}));
-    EXPECT_EQ(TagsOf("F\\c.ppm"), Names{});
-    Done({"tag", "remove", "Beach", "Sea", "--", "F\\a.ppm"});
-    EXPECT_EQ(TagsOf("F\\a.ppm"), Names{});
-    EXPECT_EQ(TagsOf("F\\b.ppm"), (Names{"Beach", "Sea"}));
-    ExpectSound();
-}
-
-TEST_F(CommandsTags, AddingTwiceLinksOnce) {
-    ImportAbc();
-    Done({"tag", "create", "Beach"});
-    for (int i = 0; i < 2; ++i) Done({"tag", "add", "Beach", "F\\a.ppm", "F\\a.ppm"});
-    EXPECT_EQ(TagsOf("F\\a.ppm"), Names{"Beach"});
-    EXPECT_EQ(Sql("select count(*) from TAG_ITEM_RELATION_TABLE"), "1");
-}
-
-TEST_F(CommandsTags, AddWithoutTagsOrItems_IsWrongUsage) {
-    Refused({"tag", "add", "Beach"}, 2);
-    Refused({"tag", "add", "Beach", "--"}, 2);
-    Refused({"tag", "add", "--", "F\\a.ppm"}, 2);
-    Refused({"tag", "add"}, 2);
-}
-
 // --- delete, merge -------------------------------------------------------------------------------------------------
 
 TEST_F(CommandsTags, DeleteTakesTheLinksAlong_AndTheLoadedItemsKnow) {
@@ -367,49 +330,7 @@ TEST_F(CommandsTags, WithoutTheFile_NothingIsMadeAndNothingWiped) {
     EXPECT_EQ(DumpOf(Database()), before);
 }
 
-// --- What cannot be stored ------------------------------------------------------------------------------------------
-
-TEST_F(CommandsTags, WhatTheDatabaseDoesNotTake_IsNotDone) {
-    WriteHost("Default_Libtag.ini", "[TW_DEFAULT_TAGS_MEDIA_CATEGORY]\r\nPlaces=String@Hill\r\n");
-    ImportAbc();
-    for (const char* tag : {"Beach", "Sea"}) Done({"tag", "create", tag});
-    Done({"tag", "add", "Sea", "F\\a.ppm"});
-    for (const char* table : {"LIB_TAG_TABLE", "LIB_TAG_CATEGORY_TABLE", "TAG_ITEM_RELATION_TABLE"}) {
-        RefuseWrites(Database(), table);
-        Exec(std::string("create trigger keep_") + table + " before delete on " + table +
-             " begin select raise(abort, 'kept'); end");
-    }
-    const std::string before = DumpOf(Database());
-    const std::vector<Args> changes = {{"tag", "create", "New"},
-                                       {"tag", "create", "New", "--category", "Fresh"},
-                                       {"tag", "rename", "Sea", "Ocean"},
-                                       {"tag", "check", "Sea"},
-                                       {"tag", "delete", "Sea"},
-                                       {"tag", "add", "Beach", "F\\a.ppm"},
-                                       {"tag", "remove", "Sea", "F\\a.ppm"},
-                                       {"tag", "merge", "Sea", "Beach"},
-                                       {"tag", "category", "create", "Fresh"},
-                                       {"tag", "category", "rename", "My tags", "Other"},
-                                       {"tag", "category", "delete", "My tags"},
-                                       {"tag", "defaults"}};
-    for (const Args& change : changes) {
-        const Json report = Document(change, 1);
-        EXPECT_TRUE(report.contains("error")) << change[1];
-        EXPECT_EQ(DumpOf(Database()), before) << change[1];
-    }
-    EXPECT_EQ(Refused({"tag", "defaults"}), "qfc: cannot store the default tags\n");
-}
-
-TEST_F(CommandsTags, ReadOnlyLibrary_TagsAreShownAndNotChanged) {
-    if (!CanRunUnprivileged()) GTEST_SKIP() << "nobody else can start the program here";
-    ImportAbc();
-    Done({"tag", "create", "Beach"});
-    MakeReadOnly();
-    const QfcWorld nobody{.unprivileged = true, .largestFile = std::nullopt, .narrowPipe = false};
-    EXPECT_EQ(Qfc({"tag", "list"}, nobody).exit, 0);
-    EXPECT_EQ(Qfc({"tag", "create", "Sea"}, nobody).exit, 1);
-    EXPECT_EQ(Qfc({"tag", "add", "Beach", "F\\a.ppm"}, nobody).exit, 1);
-}
+// --- Help -----------------------------------------------------------------------------------------------------------
 
 TEST_F(CommandsTags, EveryTagCommandHasHelpWithAnExample) {
     const std::vector<Args> commands = {{"tag"},

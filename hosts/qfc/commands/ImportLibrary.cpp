@@ -6,6 +6,7 @@
 #include "hosts/qfc/library/ChangeLock.h"
 #include "hosts/qfc/library/FolderMaker.h"
 #include "hosts/qfc/library/OtherLibrary.h"
+#include "hosts/qfc/library/TagImport.h"
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Tree.h"
 #include "hosts/qfc/library/Verify.h"
@@ -27,34 +28,42 @@ void ReleasePayloads(CQItem& item) {
 // Brings another library into this one and keeps what came of it.
 class LibraryImport {
 public:
-    LibraryImport(Galleries& galleries, OtherLibrary& other, const Interrupt& interrupt, const Console& console)
-        : m_galleries(galleries), m_other(other), m_interrupt(interrupt), m_console(console) {}
+    LibraryImport(Galleries& galleries, OtherLibrary& other, TagImport& tags, const Interrupt& interrupt,
+                  const Console& console)
+        : m_galleries(galleries), m_other(other), m_tags(tags), m_interrupt(interrupt), m_console(console) {}
 
     void Go() {
         for (const GalleryName& name : m_other.Stored()) {
             CQGallery* gallery = m_other.Load(name.id);
             if (gallery == nullptr) {
                 NoteFailed("the gallery " + name.name);
-            } else {
-                TakeGallery(*gallery, m_galleries.Counterpart(name));
+                continue;
             }
+            CQGallery& counterpart = m_galleries.Counterpart(name);
+            m_tags.Pair(name.id, Galleries::NameOf(counterpart).id);
+            TakeGallery(*gallery, counterpart);
         }
+        TakeTags();
     }
 
     int Report() const {
         m_console.ShowJson({{"foldersMade", m_foldersMade},
                             {"added", m_added},
                             {"already", m_already},
+                            {"tagsMade", m_tags.Made()},
+                            {"tagged", m_tags.Tagged()},
                             {"failed", m_failed},
                             {"interrupted", m_interrupt.IsRaised()}});
         const std::string summary = Counted(m_added.size(), "item") + " added, " + std::to_string(m_already.size()) +
-                                    " there already, " + Counted(m_foldersMade.size(), "folder") + " made";
+                                    " there already, " + Counted(m_foldersMade.size(), "folder") + " made, " +
+                                    Counted(m_tags.Made().size(), "tag") + " made, " +
+                                    Counted(m_tags.Tagged().size(), "item") + " tagged";
         if (m_interrupt.IsRaised()) {
             m_console.Complain("interrupted: " + summary);
         } else {
             m_console.Say(summary);
         }
-        const bool useful = !m_added.empty() || !m_already.empty() || !m_foldersMade.empty();
+        const bool useful = !m_added.empty() || !m_already.empty() || !m_foldersMade.empty() || !m_tags.Made().empty();
         if (!useful && m_failed.empty()) m_console.Complain("nothing to import");
         return useful && m_failed.empty() && !m_interrupt.IsRaised() ? kDone : kFailed;
     }
@@ -102,16 +111,17 @@ private:
 
     void TakeItem(CQItem& item, CQFolder& target, CQGallery& gallery) {
         const std::string name = NameIn(gallery, PathOf(target, item));
-        if (IsThere(item, target, gallery)) {
+        if (CQItem* there = nullptr; IsThere(item, target, gallery, there)) {
             m_already.push_back(name);
             m_console.Say("there already: " + name);
+            if (there != nullptr) m_tags.Note(item, *there, name);
             return;
         }
         target.AddItemFromImportLib(&item);
         CQItem* taken = nullptr;
         const bool found = target.IsItemInFolder(&target, &item, taken, 0) != 0 && taken != nullptr;
         if (found && HoldsItem(target, taken->GetUniqueID())) {
-            m_taken.push_back({name, taken->GetUniqueID()});
+            m_taken.push_back({name, taken->GetUniqueID(), &item, taken});
         } else {
             NoteFailed(name);
         }
@@ -129,6 +139,7 @@ private:
                 NoteFailed(taken.name);
                 continue;
             }
+            m_tags.Note(*taken.from, *taken.item, taken.name);
             m_added.push_back(taken.name);
             m_console.Say("added " + taken.name);
         }
@@ -137,11 +148,28 @@ private:
 
     // In the folder already, or stored in this library as another item than the one that would be found here: its row
     // would be overwritten by the other library's.
-    static bool IsThere(CQItem& item, CQFolder& target, CQGallery& gallery) {
-        CQItem* found = nullptr;
-        if (target.IsItemInFolder(&target, &item, found, 0)) return true;
-        if (gallery.IsItemInFolder(&gallery, &item, found, 1)) return false;
-        return LoadFresh(*gallery.GetDBTools(), item.GetUniqueID()) != nullptr;
+    bool IsThere(CQItem& item, CQFolder& target, CQGallery& gallery, CQItem*& there) {
+        if (target.IsItemInFolder(&target, &item, there, 0)) return true;
+        CQItem* elsewhere = nullptr;
+        if (gallery.IsItemInFolder(&gallery, &item, elsewhere, 1)) return false;
+        if (LoadFresh(*gallery.GetDBTools(), item.GetUniqueID()) == nullptr) return false;
+        there = ItemOf(item.GetUniqueID());
+        return true;
+    }
+    CQItem* ItemOf(const GUID& guid) {
+        CQItem* item = nullptr;
+        for (CQGallery* gallery : m_galleries.All()) {
+            if (gallery->IsItemHasParentByGuid(guid, item)) return item;
+        }
+        return nullptr;
+    }
+
+    // Last, since an item may carry tags of any gallery.
+    void TakeTags() {
+        m_tags.Take();
+        for (const std::string& name : m_tags.Made()) m_console.Say("made the tag " + name);
+        for (const std::string& name : m_tags.Tagged()) m_console.Say("tagged " + name);
+        for (const std::string& name : m_tags.Failed()) NoteFailed(name);
     }
 
     void NoteFailed(const std::string& name) {
@@ -152,10 +180,13 @@ private:
     struct Taken {
         std::string name;
         GUID guid;
+        CQItem* from;
+        CQItem* item;
     };
 
     Galleries& m_galleries;
     OtherLibrary& m_other;
+    TagImport& m_tags;
     const Interrupt& m_interrupt;
     const Console& m_console;
     std::vector<Taken> m_taken;  // Of the folder being filled.
@@ -173,7 +204,10 @@ int Run(const ImportLibraryOptions& options, const Console& console) {
     const Session session;
     Galleries galleries(session);
     OtherLibrary other(options.file);
-    LibraryImport import(galleries, other, interrupt, console);
+    Tags tags(session);
+    TagChanges changes(tags, galleries);
+    TagImport tagImport(tags, changes, other.Categories());
+    LibraryImport import(galleries, other, tagImport, interrupt, console);
     import.Go();
     return import.Report();
 }

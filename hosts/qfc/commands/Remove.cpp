@@ -10,6 +10,7 @@
 #include "hosts/qfc/library/Verify.h"
 
 #include <algorithm>
+#include <iterator>
 #include <nlohmann/json.hpp>
 
 namespace qfc::host {

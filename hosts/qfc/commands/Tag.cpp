@@ -4,10 +4,12 @@
 #include "hosts/qfc/commands/Describe.h"
 #include "hosts/qfc/commands/TagText.h"
 #include "hosts/qfc/library/ChangeLock.h"
+#include "hosts/qfc/library/TagBackup.h"
 #include "hosts/qfc/library/TagChanges.h"
 #include "hosts/qfc/library/Text.h"
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <nlohmann/json.hpp>
 
@@ -46,10 +48,11 @@ const CTagCategory* CategoryFor(const Tags& tags, const std::string& text, int g
     throw Failure("the category " + text + " is one of the gallery " + tags.GalleryName(other->m_nGallery));
 }
 
+using TagsByGallery = std::map<int, std::vector<FoundTag>>;
+
 // By gallery, each once: what one call of the library can change together.
-std::map<int, std::vector<FoundTag>> ByGallery(const Tags& tags, const std::vector<std::string>& texts,
-                                               std::optional<int> gallery) {
-    std::map<int, std::vector<FoundTag>> found;
+TagsByGallery ByGallery(const Tags& tags, const std::vector<std::string>& texts, std::optional<int> gallery) {
+    TagsByGallery found;
     for (const std::string& text : texts) {
         const FoundTag tag = tags.Find(text, gallery);
         std::vector<FoundTag>& same = found[tag.gallery];
@@ -59,24 +62,43 @@ std::map<int, std::vector<FoundTag>> ByGallery(const Tags& tags, const std::vect
     return found;
 }
 
+std::string NamesOf(const std::vector<FoundTag>& tags) {
+    std::string names;
+    for (const FoundTag& tag : tags) names += (names.empty() ? "" : ", ") + QualifiedName(tag);
+    return names;
+}
+
+// Changes the tags gallery by gallery; when one fails, the others are as before.
+void ForEachGallery(Tags& tags, const TagsByGallery& found,
+                    const std::function<void(int, std::list<CLibTag>, const std::string&)>& change) {
+    TagBackup backup;
+    try {
+        for (const auto& [gallery, same] : found) {
+            std::list<CLibTag> list;
+            for (const FoundTag& tag : same) list.push_back(tag.tag);
+            if (found.size() > 1) backup.Keep(tags, gallery, list);
+            change(gallery, list, NamesOf(same));
+        }
+    } catch (const Failure& failure) {
+        throw Failure(failure.what() + backup.PutBack(tags));
+    }
+}
+
 int SetChecked(const TagCheckOptions& options, bool checked, const Console& console) {
     const ChangeLock lock;
     const Session session;
     Galleries galleries(session);
     Tags tags(session);
     TagChanges changes(tags, galleries);
+    const TagsByGallery found = ByGallery(tags, options.tags, NamedGallery(galleries, options.gallery));
+    ForEachGallery(tags, found, [&](int gallery, std::list<CLibTag> same, const std::string& names) {
+        for (CLibTag& tag : same) tag.m_bChecked = checked;
+        changes.StoreTags(gallery, same, std::string("cannot ") + (checked ? "check " : "uncheck ") + names);
+    });
     Json json = Json::array();
-    for (const auto& [gallery, found] : ByGallery(tags, options.tags, NamedGallery(galleries, options.gallery))) {
-        std::list<CLibTag> stored;
-        std::string names;
-        for (const FoundTag& tag : found) {
-            stored.push_back(tag.tag);
-            stored.back().m_bChecked = checked;
-            names += (names.empty() ? "" : ", ") + QualifiedName(tag);
-        }
-        changes.StoreTags(gallery, stored, std::string("cannot ") + (checked ? "check " : "uncheck ") + names);
-        console.Say((checked ? "checked " : "unchecked ") + names);
-        for (const CLibTag& tag : stored) json.push_back(TagJson(*tags.ByGuid(tag.m_guid)));
+    for (const auto& [gallery, same] : found) {
+        console.Say((checked ? "checked " : "unchecked ") + NamesOf(same));
+        for (const FoundTag& tag : same) json.push_back(TagJson(*tags.ByGuid(tag.tag.m_guid)));
     }
     console.ShowJson({{"tags", json}});
     return kDone;
@@ -136,7 +158,7 @@ int Run(const TagDeleteOptions& options, const Console& console) {
     const Session session;
     Galleries galleries(session);
     Tags tags(session);
-    const auto found = ByGallery(tags, options.tags, NamedGallery(galleries, options.gallery));
+    const TagsByGallery found = ByGallery(tags, options.tags, NamedGallery(galleries, options.gallery));
     for (const auto& [gallery, same] : found) {
         for (const FoundTag& tag : same) {
             if (!tag.tag.m_bDeletable) throw Failure(QualifiedName(tag) + " cannot be deleted");
@@ -144,18 +166,14 @@ int Run(const TagDeleteOptions& options, const Console& console) {
     }
     TagChanges changes(tags, galleries);
     Json deleted = Json::array(), items = Json::array();
-    for (const auto& [gallery, same] : found) {
-        std::list<CLibTag> list;
-        std::string names;
-        for (const FoundTag& tag : same) {
-            list.push_back(tag.tag);
-            names += (names.empty() ? "" : ", ") + QualifiedName(tag);
-            deleted.push_back(TagJson(tag));
-        }
-        for (const FoundItem& item : changes.DeleteTags(gallery, list, "cannot delete " + names)) {
+    ForEachGallery(tags, found, [&](int gallery, const std::list<CLibTag>& same, const std::string& names) {
+        for (const FoundItem& item : changes.DeleteTags(gallery, same, "cannot delete " + names)) {
             items.push_back(ItemJson(*item.gallery, *item.item, tags));
         }
-        console.Say("deleted " + names);
+    });
+    for (const auto& [gallery, same] : found) {
+        for (const FoundTag& tag : same) deleted.push_back(TagJson(tag));
+        console.Say("deleted " + NamesOf(same));
     }
     console.ShowJson({{"deleted", deleted}, {"items", items}});
     return kDone;

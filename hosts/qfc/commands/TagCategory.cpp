@@ -4,6 +4,7 @@
 #include "hosts/qfc/commands/Describe.h"
 #include "hosts/qfc/commands/TagText.h"
 #include "hosts/qfc/library/ChangeLock.h"
+#include "hosts/qfc/library/TagBackup.h"
 #include "hosts/qfc/library/TagChanges.h"
 #include "hosts/qfc/library/Text.h"
 
@@ -24,10 +25,22 @@ void RefuseClash(const Tags& tags, const std::string& name, int gallery, const G
     }
 }
 
-// A category that is deleted would leave its tags behind: they go first, with their links.
-std::vector<FoundItem> DeleteTagsOf(TagChanges& changes, const CTagCategory& category, const std::string& what) {
-    if (category.m_tags.empty()) return {};
-    return changes.DeleteTags(category.m_nGallery, category.m_tags, what);
+// A category that is deleted would leave its tags behind: they go first, with their links, and come back when the
+// category cannot go.
+std::vector<FoundItem> DeleteWithTags(Tags& tags, TagChanges& changes, const CTagCategory& category) {
+    const std::string name = NameOf(tags, category);
+    TagBackup backup;
+    std::vector<FoundItem> items;
+    if (!category.m_tags.empty()) {
+        backup.Keep(tags, category.m_nGallery, category.m_tags);
+        items = changes.DeleteTags(category.m_nGallery, category.m_tags, "cannot delete the tags of " + name);
+    }
+    try {
+        changes.DeleteCategory(category, "cannot delete " + name);
+    } catch (const Failure& failure) {
+        throw Failure(failure.what() + backup.PutBack(tags));
+    }
+    return items;
 }
 
 }  // namespace
@@ -79,10 +92,9 @@ int Run(const TagCategoryDeleteOptions& options, const Console& console) {
     }
     TagChanges changes(tags, galleries);
     Json items = Json::array();
-    for (const FoundItem& item : DeleteTagsOf(changes, category, "cannot delete the tags of " + name)) {
+    for (const FoundItem& item : DeleteWithTags(tags, changes, category)) {
         items.push_back(ItemJson(*item.gallery, *item.item, tags));
     }
-    changes.DeleteCategory(category, "cannot delete " + name);
     console.Say("deleted " + name + " with " + Counted(category.m_tags.size(), "tag"));
     Json deleted = CategoryJson(tags, category);
     deleted["tags"] = category.m_tags.size();

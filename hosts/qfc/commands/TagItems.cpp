@@ -4,6 +4,7 @@
 #include "hosts/qfc/commands/Describe.h"
 #include "hosts/qfc/commands/TagText.h"
 #include "hosts/qfc/library/ChangeLock.h"
+#include "hosts/qfc/library/TagBackup.h"
 #include "hosts/qfc/library/TagChanges.h"
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Tree.h"
@@ -41,44 +42,84 @@ std::string Listed(const std::vector<std::string>& texts) {
     return list;
 }
 
-using Change = void (TagChanges::*)(const std::vector<CQItem*>&, const std::list<GUID>&, const std::string&);
+// What tells giving tags from taking them away.
+struct Direction {
+    void (TagChanges::*change)(const std::vector<CQItem*>&, const std::list<GUID>&, const std::string&);
+    bool carriesAfterwards;
+    const char* failure;
+    const char* done;
+    const char* nothing;
+};
+constexpr Direction kGive{&TagChanges::Link, true, "cannot add ", "tagged ", "tagged already: "};
+constexpr Direction kTake{&TagChanges::Unlink, false, "cannot remove ", "untagged ", "not tagged so: "};
 
-// Which tags a name means depends on the gallery of the item; those that get the same ones are changed together. All
-// names are looked up before anything is changed.
-int ChangeItems(const TagItemsOptions& options, Change change, const std::string& verb, const std::string& done,
-                const Console& console) {
+// Which tags a name means depends on the gallery of the item; those that get the same ones are changed together.
+using Groups = std::map<std::vector<GUID>, std::vector<CQItem*>>;
+
+void ChangeGroups(Tags& tags, Galleries& galleries, const Groups& groups, const Direction& direction,
+                  const std::string& what) {
+    TagChanges changes(tags, galleries);
+    TagBackup backup;
+    if (groups.size() > 1) {
+        std::map<int, std::map<GUID, CLibTag>> changing;
+        for (const auto& [guids, items] : groups) {
+            for (const GUID& guid : guids) {
+                const FoundTag tag = *tags.ByGuid(guid);
+                changing[tag.gallery].emplace(guid, tag.tag);
+            }
+        }
+        for (const auto& [gallery, byGuid] : changing) {
+            for (const auto& [guid, tag] : byGuid) backup.Keep(tags, gallery, {tag});
+        }
+    }
+    try {
+        for (const auto& [guids, items] : groups) {
+            (changes.*direction.change)(items, {guids.begin(), guids.end()}, what);
+        }
+    } catch (const Failure& failure) {
+        throw Failure(failure.what() + backup.PutBack(tags));
+    }
+}
+
+// All names are looked up before anything is changed. Items that stand so already are not touched, and not counted.
+int ChangeItems(const TagItemsOptions& options, const Direction& direction, const Console& console) {
     const ChangeLock lock;
     const Session session;
     Galleries galleries(session);
     Tags tags(session);
-    const std::vector<FoundItem> found = FindItems(galleries, options);
-    std::map<std::vector<GUID>, std::vector<CQItem*>> groups;
-    for (const FoundItem& item : found) {
+    Groups groups;
+    std::vector<FoundItem> changing, standing;
+    for (const FoundItem& item : FindItems(galleries, options)) {
         const std::list<GUID> guids = TagsFor(tags, options.tags, *item.gallery);
-        groups[{guids.begin(), guids.end()}].push_back(item.item);
+        const auto isSo = [&](const GUID& tag) {
+            return (item.item->IsTagExist(tag) != 0) == direction.carriesAfterwards;
+        };
+        const bool isStanding = std::ranges::all_of(guids, isSo);
+        (isStanding ? standing : changing).push_back(item);
+        if (!isStanding) groups[{guids.begin(), guids.end()}].push_back(item.item);
     }
-    TagChanges changes(tags, galleries);
-    const std::string what = "cannot " + verb + " " + Listed(options.tags);
-    for (const auto& [guids, items] : groups) (changes.*change)(items, {guids.begin(), guids.end()}, what);
-    Json json = Json::array();
-    for (const FoundItem& item : found) {
-        json.push_back(ItemJson(*item.gallery, *item.item, tags));
+    const std::string listed = Listed(options.tags);
+    if (changing.empty() && !direction.carriesAfterwards) throw Failure("nothing to remove: no item has " + listed);
+    ChangeGroups(tags, galleries, groups, direction, direction.failure + listed);
+    Json changed = Json::array(), unchanged = Json::array();
+    for (const FoundItem& item : changing) {
+        changed.push_back(ItemJson(*item.gallery, *item.item, tags));
         const std::string names = TagNames(tags.Of(*item.item));
-        console.Say(done + " " + ToText(item.item->GetItemName()) + (names.empty() ? "" : ": " + names));
+        console.Say(direction.done + ShownName(*item.item) + (names.empty() ? "" : ": " + names));
     }
-    console.ShowJson({{"items", json}});
+    for (const FoundItem& item : standing) {
+        unchanged.push_back(ItemJson(*item.gallery, *item.item, tags));
+        console.Say(direction.nothing + ShownName(*item.item));
+    }
+    console.ShowJson({{"items", changed}, {"unchanged", unchanged}});
     return kDone;
 }
 
 }  // namespace
 
-int Run(const TagAddOptions& options, const Console& console) {
-    return ChangeItems(options, &TagChanges::Link, "add", "tagged", console);
-}
+int Run(const TagAddOptions& options, const Console& console) { return ChangeItems(options, kGive, console); }
 
-int Run(const TagRemoveOptions& options, const Console& console) {
-    return ChangeItems(options, &TagChanges::Unlink, "remove", "untagged", console);
-}
+int Run(const TagRemoveOptions& options, const Console& console) { return ChangeItems(options, kTake, console); }
 
 int Run(const TagMergeOptions& options, const Console& console) {
     const ChangeLock lock;

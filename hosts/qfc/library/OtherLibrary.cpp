@@ -39,6 +39,12 @@ DBTools* OtherLibrary::Tools() const { return reinterpret_cast<DBTools*>(static_
 
 std::vector<GalleryName> OtherLibrary::Stored() const { return Galleries::Stored(Tools()); }
 
+std::vector<CTagCategory> OtherLibrary::Categories() const {
+    std::vector<CTagCategory> categories;
+    if (!Tools()->LoadTags(categories)) throw Failure("cannot read the tags of the other library");
+    return categories;
+}
+
 CQGallery* OtherLibrary::Load(int id) {
     CQGallery* gallery = AsGallery(QFCLibraryManager::fnLoadGallery(id, Tools()));
     if (gallery != nullptr) m_galleries.push_back(gallery);

@@ -2,6 +2,7 @@
 
 #include "hosts/qfc/library/Galleries.h"
 #include "hosts/qfc/library/LibraryFile.h"
+#include "tags/TagRecords.h"
 
 #include <string>
 #include <vector>
@@ -23,6 +24,8 @@ public:
     OtherLibrary& operator=(const OtherLibrary&) = delete;
 
     std::vector<GalleryName> Stored() const;
+    // With their tags. Throws Failure when they cannot be read.
+    std::vector<CTagCategory> Categories() const;
     // Null when it cannot be read. Lives as long as this object.
     CQGallery* Load(int id);
 
