@@ -4,7 +4,7 @@
 #include "hosts/qfc/library/Find.h"
 #include "hosts/qfc/library/ItemPictures.h"
 #include "hosts/qfc/library/Output.h"
-#include "hosts/qfc/library/Text.h"
+#include "hosts/qfc/library/Tree.h"
 #include "hosts/qfc/media/ItemTexts.h"
 #include "hosts/qfc/pictures/FilmStrip.h"
 
@@ -39,7 +39,7 @@ int Run(const FilmOptions& options, const Console& console) {
     Galleries galleries(session);
     CQItem& item = *FindItem(galleries, options.gallery, options.item).item;
     FilmStrip strip;
-    strip.title = ToText(item.GetItemName());
+    strip.title = ShownName(item);
     strip.frames = LoadFilm(item);
     if (strip.frames.empty()) throw Failure(strip.title + " has no film");
     const MediaFacts facts = LoadFacts(item);
@@ -50,7 +50,10 @@ int Run(const FilmOptions& options, const Console& console) {
     RefuseMediaFile(galleries, target);
     WriteFilmStrip(strip, options.output);
     console.Say("wrote " + options.output);
-    console.ShowJson({{"file", options.output}, {"frames", strip.frames.size()}, {"moments", strip.captions}});
+    console.ShowJson({{"file", options.output},
+                      {"title", strip.title},
+                      {"frames", strip.frames.size()},
+                      {"moments", strip.captions}});
     return kDone;
 }
 

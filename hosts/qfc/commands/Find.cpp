@@ -17,7 +17,10 @@ namespace {
 bool Fits(CQItem& item, const FindOptions& options) {
     if (!options.kind.empty() && options.kind != KindOf(item)) return false;
     if (!options.text) return true;
-    return item.FindSomeThing(ToCString(*options.text), options.description, options.annotation, 0, 0) != 0;
+    const CString text = ToCString(*options.text);
+    if (item.FindSomeThing(text, options.description, options.annotation, 0, 0) != 0) return true;
+    // The stored name is what the library looks at; people look for the one they see.
+    return CQItem(ToCString(ShownName(item))).FindSomeThing(text, 0, 0, 0, 0) != 0;
 }
 
 // Each item once, however many folders hold it, in the order of the tree.

@@ -86,7 +86,8 @@ int Run(const SheetOptions& options, const Console& console) {
     if (shown.items.empty()) throw Failure("nothing to draw: no items");
 
     ContactSheet sheet;
-    sheet.title = ShownName(*start.folder);
+    // Galleries are shown as they are named on the command line.
+    sheet.title = start.folder == start.gallery ? Galleries::NameOf(*start.gallery).name : ShownName(*start.folder);
     sheet.subtitle = Counted(shown.items.size(), "item");
     sheet.columns = options.columns > 0 ? options.columns : FittingColumns(shown.items.size());
     sheet.cells = std::move(shown.cells);
@@ -96,7 +97,8 @@ int Run(const SheetOptions& options, const Console& console) {
     }
     const std::vector<std::string> files = WriteContactSheet(sheet, options.output);
     for (const std::string& file : files) console.Say("wrote " + file);
-    console.ShowJson({{"files", files}, {"items", shown.items.size()}, {"columns", sheet.columns}});
+    console.ShowJson(
+        {{"files", files}, {"title", sheet.title}, {"items", shown.items.size()}, {"columns", sheet.columns}});
     return kDone;
 }
 
