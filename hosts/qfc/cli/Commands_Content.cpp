@@ -51,8 +51,8 @@ void AddLooking(Parser& parser) {
     find->add_option("TEXT", findOptions->text, "Text to look for, in either case")->type_name("");
     AddTagFilter(find, findOptions->tags, findOptions->any);
     find->add_option("--kind", findOptions->kind, "Only items of this kind")
-        ->type_name("video|audio|image|other")
-        ->check(CLI::IsMember({"video", "audio", "image", "other"}));
+        ->type_name("video|audio|image|filter|transition|other")
+        ->check(CLI::IsMember({"video", "audio", "image", "filter", "transition", "other"}));
     find->add_flag("--description", findOptions->description, "Look in descriptions too");
     find->add_flag("--annotation", findOptions->annotation, "Look in annotations too");
     AddGallery(find, findOptions->gallery, kOnlyGalleryHelp);

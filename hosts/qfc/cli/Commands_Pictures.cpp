@@ -18,8 +18,9 @@ void AddPictureCommands(Parser& parser) {
     AddTagFilter(sheet, sheetOptions->tags, sheetOptions->any);
     sheet->add_option("--columns", sheetOptions->columns, "Pictures in a row")->type_name("N")->check(OneOrMore);
 
-    auto [film, filmOptions] = parser.Add<FilmOptions>(parser.Root(), "film", "Draw the frames of a video as a strip",
-                                                       "film \"Imported\\holiday.mp4\" strip.png");
+    auto [film, filmOptions] =
+        parser.Add<FilmOptions>(parser.Root(), "film", "Draw the frames of a video or a transition as a strip",
+                                "film \"Imported\\holiday.mp4\" strip.png");
     AddPlace(film, "ITEM", filmOptions->item, kItemHelp);
     AddPlace(film, "OUT.png", filmOptions->output, "Picture to write");
     AddGallery(film, filmOptions->gallery);

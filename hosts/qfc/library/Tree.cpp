@@ -123,6 +123,10 @@ const char* KindOf(const CQItem& item) {
             return "audio";
         case 4:
             return "image";
+        case item_type::kTransition:
+            return "transition";
+        case item_type::kVideoFilter:
+            return "filter";
         default:
             return "other";
     }

@@ -35,7 +35,7 @@ std::vector<CQFolder*> FoldersOf(CQGallery& gallery, const GUID& guid);
 // One path for every folder that holds the item.
 std::vector<std::string> PathsOf(CQGallery& gallery, const CQItem& item);
 
-// "video", "audio", "image" or, for content of other kinds, "other".
+// "video", "audio", "image", "transition", "filter" or, for content of other kinds, "other".
 const char* KindOf(const CQItem& item);
 
 }  // namespace qfc::host
