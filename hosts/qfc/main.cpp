@@ -16,6 +16,7 @@ int RunCommand(const Invocation& invocation, const Console& console) {
     try {
         if (!invocation.global.dataDir.empty()) UseDataFolder(invocation.global.dataDir);
         if (!invocation.global.translate.empty()) SwitchTranslation(invocation.global.translate == "on");
+        if (const std::string warning = CollectingWarning(); !warning.empty()) console.Complain(warning);
         return std::visit([&](const auto& options) { return Run(options, console); }, invocation.command);
     } catch (const Failure& failure) {
         console.Fail(failure.what());

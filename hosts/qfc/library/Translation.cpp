@@ -7,10 +7,13 @@
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Tree.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <optional>
 #include <set>
 #include <utility>
+#include <vector>
 
 namespace qfc::host {
 namespace {
@@ -32,31 +35,83 @@ bool IsOn(const char* section, const char* key, const std::string& file) {
     return std::atoi(Read(section, key, "", file).c_str()) == 1;
 }
 
-std::optional<std::string> ReadSwitch(const char* section, const char* key, const std::string& file) {
-    constexpr const char* kNone = "\x01";
-    const std::string value = Read(section, key, kNone, file);
-    return value == kNone ? std::nullopt : std::optional(value);
+// The list that such a function of the library fills in: each text ends with a NUL.
+template <class Fill>
+std::vector<std::string> ReadList(Fill&& fill) {
+    std::vector<char> buffer(0x10000);
+    const std::string texts(buffer.data(), fill(buffer.data(), static_cast<DWORD>(buffer.size())));
+    std::vector<std::string> list;
+    for (std::size_t begin = 0; begin < texts.size();) {
+        const std::size_t end = std::min(texts.find('\0', begin), texts.size());
+        if (end > begin) list.push_back(texts.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    return list;
 }
 
-// Sets a switch while it lives. A null text takes the key out again.
+bool IsSameKey(const std::string& left, const std::string& right) {
+    return ToCString(left).CompareNoCase(right.c_str()) == 0;
+}
+
+bool HasSection(const char* section, const std::string& file) {
+    const auto names =
+        ReadList([&](char* buffer, DWORD size) { return GetPrivateProfileSectionNamesA(buffer, size, file.c_str()); });
+    return std::ranges::any_of(names, [&](const std::string& name) { return IsSameKey(name, section); });
+}
+
+// The value as it stands in the file, with its quotes.
+std::optional<std::string> WrittenValue(const char* section, const char* key, const std::string& file) {
+    const auto lines = ReadList(
+        [&](char* buffer, DWORD size) { return GetPrivateProfileSectionA(section, buffer, size, file.c_str()); });
+    for (const std::string& line : lines) {
+        const std::size_t equals = line.find('=');
+        if (equals != std::string::npos && IsSameKey(line.substr(0, equals), key)) return line.substr(equals + 1);
+    }
+    return std::nullopt;
+}
+
+bool IsThere(const std::string& file) {
+    std::error_code error;
+    return std::filesystem::exists(file, error);
+}
+
+// Sets a switch while it lives; then the file is as it was, and gone when it was not there.
 class BorrowedSwitch {
 public:
     BorrowedSwitch(const char* section, const char* key, const std::string& file)
-        : m_section(section), m_key(key), m_file(file), m_before(ReadSwitch(section, key, file)) {
-        Write("1");
-        if (!IsOn(section, key, file)) throw Failure("cannot write " + file);
+        : m_section(section),
+          m_key(key),
+          m_file(file),
+          m_hadFile(IsThere(file)),
+          m_hadSection(HasSection(section, file)),
+          m_before(WrittenValue(section, key, file)),
+          m_isBorrowed(!IsOn(section, key, file)) {
+        if (!m_isBorrowed) return;
+        Write(m_key, "1");
+        if (IsOn(section, key, file)) return;
+        throw Failure("cannot write " + file + ", where collecting has to be switched on for a moment");
     }
-    ~BorrowedSwitch() { Write(m_before ? m_before->c_str() : nullptr); }
+    ~BorrowedSwitch() {
+        if (!m_isBorrowed) return;
+        Write(m_hadSection ? m_key : nullptr, m_hadSection && m_before ? m_before->c_str() : nullptr);
+        std::error_code error;
+        if (!m_hadFile && std::filesystem::is_empty(m_file, error) && !error) std::filesystem::remove(m_file, error);
+    }
     BorrowedSwitch(const BorrowedSwitch&) = delete;
     BorrowedSwitch& operator=(const BorrowedSwitch&) = delete;
 
 private:
-    void Write(const char* value) const { WritePrivateProfileStringA(m_section, m_key, value, m_file.c_str()); }
+    void Write(const char* key, const char* value) const {
+        WritePrivateProfileStringA(m_section, key, value, m_file.c_str());
+    }
 
     const char* m_section;
     const char* m_key;
     std::string m_file;
+    bool m_hadFile;
+    bool m_hadSection;
     std::optional<std::string> m_before;
+    bool m_isBorrowed;
 };
 
 // From here on the library collects names in this process; the switches themselves are as they were.
@@ -135,6 +190,12 @@ void SwitchTranslation(bool on) {
     if (IsOn(kTranslateSection, kTranslateKey, ini) == on) return;
     WritePrivateProfileStringA(kTranslateSection, kTranslateKey, on ? "1" : "0", ini.c_str());
     if (IsOn(kTranslateSection, kTranslateKey, ini) != on) throw Failure("cannot write " + ini);
+}
+
+std::string CollectingWarning() {
+    const std::string ini = SettingsPath();
+    if (!IsOn(kTranslateSection, kTranslateKey, ini) || !IsOn(kCollectSection, kCollectKey, ini)) return {};
+    return std::string("names that are shown are written over their translations: ") + kCollectKey + " is 1 in " + ini;
 }
 
 CollectedNames CollectNames(Galleries& galleries) {

@@ -14,6 +14,10 @@ class Galleries;
 // stored there.
 void SwitchTranslation(bool on);
 
+// What to tell when the settings have the library write each name that it shows over its translation, as a collecting
+// that was killed leaves them; empty when they do not.
+std::string CollectingWarning();
+
 struct CollectedNames {
     std::string file;
     std::vector<std::string> written;  // As "section: name".
