@@ -1,6 +1,7 @@
 #include "TagCommandsTest.h"
 
 #include <algorithm>
+#include <csignal>
 
 namespace qfc::test {
 namespace {
@@ -102,6 +103,32 @@ TEST_F(CommandsImportTags, WhatCannotBeRemembered_IsSaid) {
     const Json report = Document({"import", "--auto", Image("a.ppm"), "--folder", "F"}, 1);
     EXPECT_EQ(report["added"].size(), 1u);
     EXPECT_EQ(report["notRemembered"].size(), 1u);
+}
+
+TEST_F(CommandsImportTags, AfterAClear_WhatWasRememberedComesAgain) {
+    const std::string image = Image("a.ppm");
+    Done({"import", "--auto", image});
+    Done({"clear", "--yes"});
+    EXPECT_EQ(NamesIn(Done({"import", "--auto", image})["added"]), Names{"a.ppm"});
+}
+
+TEST_F(CommandsImportTags, CtrlC_RemembersExactlyWhatWasAdded) {
+    m_media.MakeFolder("many");
+    // Names so long that few lines of the report fill a narrow pipe.
+    for (int i = 0; i < 200; ++i) Image("many/" + std::to_string(1000 + i) + std::string(180, 'x') + ".ppm", i, 64);
+    const QfcWorld narrow{.unprivileged = false, .largestFile = std::nullopt, .narrowPipe = true};
+    QfcProcess process(WithLibrary({"import", "--auto", Media("many")}), narrow);
+    EXPECT_TRUE(process.ReadLine());
+    process.Signal(SIGINT);
+    EXPECT_EQ(process.Wait().exit, 1);
+    const auto remembered = RawDb(Database()).Rows("select FILE_PATH from ITEM_AUTO_LOADED_TABLE order by 1");
+    EXPECT_GE(remembered.size(), 1u);
+    EXPECT_LT(remembered.size(), 200u);
+    // Paths are remembered in lower case.
+    EXPECT_TRUE(remembered == RawDb(Database()).Rows("select lower(FILE_NAME) from ITEM_TABLE order by 1"));
+    const Json again = Done({"import", "--auto", Media("many")});
+    EXPECT_EQ(again["added"].size(), 200u - remembered.size());
+    EXPECT_EQ(again["already"].size(), remembered.size());
 }
 
 // --- Directories with telling names --------------------------------------------------------------------------------
