@@ -1,6 +1,7 @@
 #include "hosts/qfc/cli/CommandLine.h"
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/effects/ProbeReport.h"
 #include "hosts/qfc/library/Session.h"
 #include "hosts/qfc/library/Translation.h"
 
@@ -30,6 +31,7 @@ int RunCommand(const Invocation& invocation, const Console& console) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (IsProbeProcess(argc, argv)) return RunProbeProcess(argc, argv);
     // A reader that has left is an output that cannot be written, not the end: what was begun is put in order.
     std::signal(SIGPIPE, SIG_IGN);
     const auto read = ReadCommandLine(argc, argv);

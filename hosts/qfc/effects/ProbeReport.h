@@ -84,11 +84,13 @@ struct ProbedEffect {
     bool noVisibleEffect = false;       // With the parameters' defaults; filters only.
     std::vector<MovedParameter> moved;  // The thumbnail is made with these; empty also when nothing shows anything.
 
-    // Transitions only, as in their descriptor (api/EffectBlocks.h).
+    // Transitions only, as in their descriptor (api/EffectBlocks.h). The mix of progress mode 2 may show something only
+    // of pictures that are partly transparent.
     std::uint8_t progressMode = 0;
     std::int16_t progressParameter = -1;
     float start = 0;
     float end = 1;
+    bool fadedInputs = false;
 };
 
 // How a file is recognised as unchanged: its bytes, and its last change in nanoseconds since 1970. Zeros when it cannot

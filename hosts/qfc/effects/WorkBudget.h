@@ -1,0 +1,22 @@
+#pragma once
+
+#include <chrono>
+
+namespace qfc::host {
+
+// How much of its time this process has used: real time since the budget was made, or processor time of all threads,
+// whichever is more. Measuring ends early when it runs short, so that slow effects still give an answer. One thread.
+class WorkBudget {
+public:
+    explicit WorkBudget(std::chrono::milliseconds limit) : m_limit(limit) {}
+
+    // From 0, to 1 when the process is about to be ended.
+    double Spent() const;
+    bool IsSpent(double share) const { return Spent() >= share; }
+
+private:
+    std::chrono::milliseconds m_limit;
+    std::chrono::steady_clock::time_point m_begin = std::chrono::steady_clock::now();
+};
+
+}  // namespace qfc::host
