@@ -13,7 +13,7 @@ void AddLibraryCommands(Parser& parser) {
     AddPlace(exported, "FILE", exportOptions->file, "File to write; replaced when it exists");
 
     auto [imported, importOptions] = parser.Add<ImportLibraryOptions>(
-        parser.Root(), "import-library", "Add the galleries, folders and items of another library",
+        parser.Root(), "import-library", "Add the galleries, folders, items and tags of another library",
         "import-library backup.db");
     AddPlace(imported, "FILE", importOptions->file, "The other library; it is never changed");
 
