@@ -10,7 +10,6 @@
 #include "items/CQItem.h"
 
 #include <memory>
-#include <vector>
 
 IMPLEMENT_SERIAL(CQFolder, CObject, 1)
 
@@ -114,12 +113,13 @@ int CQFolder::IsPredefinedFolder() const {
     return m_pParent != nullptr && qfc::IsTemplatesGallery(m_pParent->GetFolderID());
 }
 
-// A folder that is the root of a gallery file writes it before its content goes. Whether it is such a root: what could
-// not be written is lost as well.
+// A folder that is the root of a gallery file writes it before its content goes. Whether it is such a root: what was
+// not to be written, or could not be, is lost as well.
 bool CQFolder::SaveOwnFile() {
-    if (m_strFilePath.IsEmpty() || m_bDeleted != 0) return false;
+    if (m_strFilePath.IsEmpty()) return false;
     // What a clearing has emptied is not what the file is to hold.
-    if (m_bCleared && GetFirstSubFolder() == nullptr && GetItemsCount() == 0) return true;
+    const bool emptied = m_bCleared && GetFirstSubFolder() == nullptr && GetItemsCount() == 0;
+    if (m_bDeleted != 0 || emptied) return true;
     qfc::GalleryFile* file = qfc::GalleryFileOf(*this);
     if (file == nullptr) return true;
     if (FolderList* list = GetFolderList()) {
@@ -131,23 +131,23 @@ bool CQFolder::SaveOwnFile() {
     return true;
 }
 
-// Bottom-up without recursion, so that the depth of a tree cannot overflow the stack. A sub-folder with a file of its
-// own is destroyed whole: it saves its tree first.
+// Bottom-up, without recursion and without memory: however deep the tree, its end cannot fail. A sub-folder with a file
+// of its own is destroyed whole: it saves its tree first.
 void CQFolder::DestroySubFolders() {
-    std::vector<CQFolder*> branch{this};
+    CQFolder* folder = this;
     while (true) {
-        FolderList* list = branch.back()->GetFolderList();
+        FolderList* list = folder->GetFolderList();
         if (list == nullptr || list->IsEmpty()) {
-            if (branch.size() == 1) break;
-            branch.pop_back();
-            FolderList* siblings = branch.back()->GetFolderList();
-            delete siblings->RemoveHead();
+            if (folder == this) break;
+            folder = folder->m_pParent;
+            delete folder->GetFolderList()->RemoveHead();
             continue;
         }
         CQFolder* child = list->GetHead();
         const bool filled = child != nullptr && child->GetFirstSubFolder() != nullptr;
         if (filled && child->m_strFilePath.IsEmpty()) {
-            branch.push_back(child);
+            child->m_pParent = folder;  // Also when it was put into the list by hand.
+            folder = child;
         } else {
             list->RemoveHead();
             delete child;
@@ -160,14 +160,11 @@ void CQFolder::DestroySubFolders() {
 void CQFolder::LetGoOfItems() {
     ItemArray* items = GetItemArray();
     if (items == nullptr) return;
-    const bool ends = qfc::EndsItsItems(*this);
-    const CObArray& objects = *items;  // Some may be dead, ended in another folder: not items yet.
-    for (CObject* object : objects) {
-        if (ends) {
-            qfc::Teardown::LetGo(object, *this);
-        } else {
-            qfc::Teardown::PassOn(object, *this);
-        }
+    if (qfc::Teardown::EndsItemsOf(*this)) {
+        for (CQItem* item : *items) qfc::Teardown::LetGo(item, *this);
+    } else {
+        const CObArray& objects = *items;  // Some may be dead: who left them alone may have ended them.
+        for (const CObject* object : objects) qfc::Teardown::PassOn(object, *this);
     }
     items->RemoveAll();
     m_pNumbers.reset();

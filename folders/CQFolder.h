@@ -243,7 +243,7 @@ protected:
     IStorage* m_pSecondStorage = nullptr;
     DWORD m_dwAdopt = 0;
     DWORD m_dwTrusty = 0;
-    int m_nItemsCount = 0;
+    int m_nItemsCount = 0;  // Kept: nothing counts here, GetItemsCount asks the array.
     DWORD m_dwNextFolderNumber = 0;
     int m_bDeleted = 0;
     int m_bWritable = 1;

@@ -5,6 +5,7 @@
 #include "folders/GalleryOf.h"
 #include "folders/HeldGuids.h"
 #include "folders/ImportPort.h"
+#include "folders/ObjectArrays.h"
 #include "folders/Teardown.h"
 #include "items/CQGallery.h"
 #include "items/CQItem.h"
@@ -18,10 +19,6 @@
 #include <vector>
 
 namespace {
-
-bool Holds(const CQFolder::ItemArray* items, const CQItem* item) {
-    return items != nullptr && std::find(items->begin(), items->end(), item) != items->end();
-}
 
 // The payloads that are only in the item's own library or gallery file are fetched, so that a full copy of it has them.
 void FetchPayloads(CQItem& item) {
@@ -71,7 +68,7 @@ int CQFolder::AddItemFromImportLib(CQItem* pItem) {
     // The service answers 1 also when the folder did not take the item; then it is still ours.
     CQItem* known = nullptr;
     const bool taken = gallery->IsItemHasParentByGuid(qfc::GuidOfItem(*copy), known) != 0 && known == copy.get();
-    if (taken || Holds(GetItemArray(), copy.get())) static_cast<void>(copy.release());
+    if (taken || qfc::Holds(GetItemArray(), copy.get())) static_cast<void>(copy.release());
     return added;
 }
 
@@ -90,7 +87,8 @@ int CQFolder::RemoveItemDB(GUID guid, int bRecursive) {
         CQItem* item = items->GetAt(position);
         if (item == nullptr || !(qfc::GuidOfItem(*item) == guid)) continue;
         qfc::DropOccurrences(*items, item);
-        qfc::LeaveGallery(gallery, *item, *this);
+        const qfc::Teardown teardown(*this, qfc::Teardown::Extent::kOwnItems);
+        if (!qfc::Teardown::LeaveIndex(*item, *this)) qfc::Teardown::PassOn(item, *this);
         return m_pDBTools->DeleteItemFromFolder(guid, m_nDBId);
     }
     return 0;

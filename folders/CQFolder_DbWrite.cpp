@@ -52,16 +52,14 @@ void CQFolder::EmptyOfItemsInDb() {
     ItemArray* items = GetItemArray();
     const CQGallery* gallery = qfc::GalleryOf(*this);
     while (items != nullptr && !items->IsEmpty()) {
-        CObject* object = std::as_const(static_cast<CObArray&>(*items)).GetAt(0);
-        if (object == nullptr || qfc::Teardown::IsGone(object)) {
+        CQItem* item = items->GetAt(0);
+        if (item == nullptr) {
             items->RemoveAt(0);
             continue;
         }
-        auto* item = static_cast<CQItem*>(object);
         CQItem* canonical = nullptr;
         const bool known = gallery != nullptr && gallery->IsItemHasParentByGuid(qfc::GuidOfItem(*item), canonical) != 0;
         const int before = items->GetSize();
-        // The GUID travels by value: the item may die in the call.
         RemoveItemDB(qfc::GuidOfItem(*item), 0);
         if (items->GetSize() < before) {
             // An item that its gallery does not know ends with the last folder that has it.
@@ -69,7 +67,7 @@ void CQFolder::EmptyOfItemsInDb() {
             continue;
         }
         items->RemoveAt(0);
-        if (qfc::EndsItsItems(*this)) qfc::Teardown::LetGo(item, *this);
+        if (qfc::Teardown::EndsItemsOf(*this)) qfc::Teardown::LetGo(item, *this);
     }
 }
 
@@ -83,10 +81,9 @@ void CQFolder::EndSubFolderInDb(CQFolder* pTaken, int nRowId) {
 // Depth-first without recursion, as deep as the tree may be: each folder's items, then its sub-folders one by one.
 int CQFolder::DeleteFolderFromDb() {
     const qfc::Teardown teardown(*this);
-    std::vector<CQFolder*> branch{this};
     EmptyOfItemsInDb();
+    CQFolder* folder = this;
     while (true) {
-        CQFolder* folder = branch.back();
         FolderList* list = folder->GetFolderList();
         if (list != nullptr && !list->IsEmpty()) {
             CQFolder* child = list->GetHead();
@@ -95,12 +92,13 @@ int CQFolder::DeleteFolderFromDb() {
                 continue;
             }
             child->EmptyOfItemsInDb();
-            branch.push_back(child);
+            child->m_pParent = folder;  // Also when it was put into the list by hand.
+            folder = child;
             continue;
         }
-        branch.pop_back();
-        if (branch.empty()) return 1;
-        branch.back()->EndSubFolderInDb(folder, folder->m_nDBId);
+        if (folder == this) return 1;
+        CQFolder* emptied = std::exchange(folder, folder->m_pParent);
+        folder->EndSubFolderInDb(emptied, emptied->m_nDBId);
     }
 }
 

@@ -3,11 +3,11 @@
 #include "folders/FolderNumbers.h"
 #include "folders/GalleryFile.h"
 #include "folders/HeldGuids.h"
+#include "folders/ObjectArrays.h"
 #include "folders/Teardown.h"
 #include "items/CQItem.h"
 #include "items/ItemGuid.h"
 
-#include <unordered_set>
 #include <utility>
 
 namespace {
@@ -22,7 +22,7 @@ int PositionOf(CQFolder::ItemArray* items, Matches&& matches) {
     return -1;
 }
 
-// An item that is ended afterwards leaves every place it has.
+// An item that is ended afterwards leaves every place it has; another one is passed on once it has left the last.
 void TakeOut(CQFolder& folder, int position, int bDelete) {
     CQFolder::ItemArray& items = *folder.GetItemArray();
     CQItem* item = items.GetAt(position);
@@ -30,15 +30,8 @@ void TakeOut(CQFolder& folder, int position, int bDelete) {
         qfc::DropOccurrences(items, item);
     } else {
         items.RemoveAt(position);
-        qfc::PassOnIfHeldElsewhere(*item, folder);
-    }
-}
-
-// Every object keeps its first place only.
-void NullRepeated(CQFolder::ItemArray& items) {
-    std::unordered_set<const CObject*> met;
-    for (int position = 0; position < items.GetSize(); ++position) {
-        if (!met.insert(items.GetAt(position)).second) items.SetAt(position, nullptr);
+        const qfc::Teardown teardown(folder, qfc::Teardown::Extent::kOwnItems);
+        if (item->GetParentFolder() == &folder && !qfc::Holds(&items, item)) qfc::Teardown::PassOn(item, folder);
     }
 }
 
@@ -116,7 +109,6 @@ int CQFolder::RemoveAllItems(int bDelete) {
     if (items == nullptr) return 0;
     const qfc::Teardown teardown(*this, qfc::Teardown::Extent::kOwnItems);
     if (bDelete != 0) {
-        NullRepeated(*items);
         for (int position = 0; position < items->GetSize(); ++position) {
             CQItem* item = items->GetAt(position);
             if (item == nullptr) continue;
@@ -133,7 +125,7 @@ int CQFolder::RemoveAllItems(int bDelete) {
 }
 
 int CQFolder::DeleteItemEx(CQItem* pItem, IStorage* /*pStorage*/) {
-    if (pItem == nullptr || qfc::Teardown::IsGone(pItem)) return 0;
+    if (pItem == nullptr) return 0;
     const qfc::Teardown teardown(*this, qfc::Teardown::Extent::kOwnItems);
     const GUID guid = qfc::GuidOfItem(*pItem);
     int done = 1;

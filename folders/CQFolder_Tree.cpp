@@ -16,17 +16,13 @@
 #include <new>
 #include <vector>
 
-namespace {
-
-CQFolder* TopmostOf(const CQFolder& folder) {
+CQFolder& qfc::TopmostOf(const CQFolder& folder) {
     const CQFolder* top = &folder;
     while (top->GetParent() != nullptr) top = top->GetParent();
-    return const_cast<CQFolder*>(top);
+    return const_cast<CQFolder&>(*top);
 }
 
-}  // namespace
-
-CQGallery* qfc::GalleryOf(const CQFolder& folder) { return DYNAMIC_DOWNCAST(CQGallery, TopmostOf(folder)); }
+CQGallery* qfc::GalleryOf(const CQFolder& folder) { return DYNAMIC_DOWNCAST(CQGallery, &TopmostOf(folder)); }
 
 CQFolder* CQFolder::GetRoot() const { return qfc::GalleryOf(*this); }
 
@@ -34,7 +30,7 @@ CQFolder* CQFolder::GetFileRoot() const {
     for (const CQFolder* folder = this; folder != nullptr; folder = folder->m_pParent) {
         if (!folder->m_strFilePath.IsEmpty()) return const_cast<CQFolder*>(folder);
     }
-    return TopmostOf(*this);
+    return &qfc::TopmostOf(*this);
 }
 
 CQFolder* CQFolder::GetFirstSubFolder() {
@@ -77,8 +73,7 @@ int CQFolder::IsSubFolderValid(const CQFolder* pFolder) {
         if (folder == pFolder) return 1;
     }
     if (IsRoot()) return 0;
-    CQFolder* top = TopmostOf(*this);
-    return top->IsSubFolderValid(pFolder);
+    return qfc::TopmostOf(*this).IsSubFolderValid(pFolder);
 }
 
 int CQFolder::AddFolder(CQFolder* pChild, int bAssignStorage, int bAtTail) {
@@ -95,7 +90,6 @@ int CQFolder::AddFolder(CQFolder* pChild, int bAssignStorage, int bAtTail) {
         place = bAtTail != 0 ? list->AddTail(pChild) : list->AddHead(pChild);
         pChild->m_pParent = this;
         pChild->m_pDBTools = m_pDBTools;
-        m_bCleared = false;
         if (bAssignStorage != 0) qfc::FolderNumbers::AssignStorageNumber(*pChild, changes);
     } catch (const std::bad_alloc&) {
         if (place != nullptr) list->RemoveAt(place);
@@ -104,6 +98,7 @@ int CQFolder::AddFolder(CQFolder* pChild, int bAssignStorage, int bAtTail) {
         pChild->m_dwStorageNumber = formerNumber;
         return 0;
     }
+    m_bCleared = false;
     if (bAssignStorage != 0) {
         if (qfc::GalleryFile* file = qfc::GalleryFileOf(*pChild)) file->OpenFolderStorage(*pChild);
     }

@@ -6,6 +6,10 @@
 #include <map>
 #include <memory>
 
+namespace qfc {
+class Teardown;
+}
+
 // The root of one folder tree: adds the current folder and an index of the tree's items by GUID. The gallery owns its
 // folders and, through the index, one canonical object for each GUID. int results are 1 and 0.
 //
@@ -62,6 +66,8 @@ public:
     static int WakeUpGallery(DWORD dwGallery);
 
 private:
+    friend class qfc::Teardown;  // Takes items out of the index without needing memory.
+
     struct ItemEntry {
         std::unique_ptr<CQItem> pItem;  // The canonical object of the GUID.
         std::list<ULONGLONG> parents;   // Never empty.

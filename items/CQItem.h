@@ -20,8 +20,10 @@ class DBTools;
 
 namespace qfc {
 class HeldGuids;
+class Teardown;
 struct FolderLife;
 struct ItemRow;
+void FetchPayload(CQItem& item, int nKind);
 void FillFromRow(CQItem& item, ItemRow row);
 }  // namespace qfc
 
@@ -179,9 +181,11 @@ protected:
     std::span<const std::byte> GetDataBlock() const { return m_dataBlock.bytes(); }
 
 private:
+    friend void qfc::FetchPayload(CQItem& item, int nKind);
     friend void qfc::FillFromRow(CQItem& item, qfc::ItemRow row);
     friend class CQFolder;  // Attaches items: the attached flag and the number.
     friend class qfc::HeldGuids;
+    friend class qfc::Teardown;  // Chains what is to end.
 
     enum class GuidPlace : unsigned char {
         kOwn,        // Changed by SetUniqueID alone.
@@ -194,6 +198,7 @@ private:
     void CopyGroups(const CQItem& source, DWORD dwMask);
     int ReloadBlackBox();
     int LoadFilmFromDb(int nDefaultSize);
+    // The kind bitmap cache loads the black box as well.
     int LoadFromGalleryFile(int nKind);
 
     int m_nDBId = 0;
@@ -227,4 +232,6 @@ private:
     DWORD m_dwCurThumbFrameNum = 0;
     DWORD m_dwOrgThumbFrameNum = 0;
     std::vector<GUID> m_tags;
+    bool m_bEnding = false;
+    CQItem* m_pNextEnding = nullptr;
 };

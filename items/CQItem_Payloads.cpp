@@ -168,5 +168,18 @@ int CQItem::LoadFromGalleryFile(int nKind) {
     const CQFolder* const pParent = GetParentFolder();
     auto* const pFile = pParent != nullptr ? qfc::GalleryFileOf(*pParent) : nullptr;
     if (pFile == nullptr) return 0;
-    return nKind == qfc::kFilm ? pFile->LoadFilm(*this) : pFile->LoadBlackBox(*this);
+    if (nKind == qfc::kFilm) return pFile->LoadFilm(*this);
+    // One load brings both. What was given to the item and not stored yet is not loaded over.
+    qfc::PlainBlock blackBox = m_bModified != 0 ? std::move(m_blackBox) : qfc::PlainBlock();
+    qfc::GlobalBlock cache = m_bModified != 0 ? std::move(m_cache) : qfc::GlobalBlock();
+    const int bLoaded = pFile->LoadBlackBox(*this);
+    if (blackBox) {
+        m_dwBlackBoxSize = static_cast<DWORD>(blackBox.size());
+        m_blackBox = std::move(blackBox);
+    }
+    if (cache) {
+        m_dwCacheSize = static_cast<DWORD>(cache.size());
+        m_cache = std::move(cache);
+    }
+    return bLoaded;
 }

@@ -2,8 +2,6 @@
 
 #include "db/CachePayload.h"
 #include "db/DBTools.h"
-#include "folders/CQFolder.h"
-#include "folders/GalleryFile.h"
 #include "items/CQItem.h"
 #include "items/ItemTypes.h"
 
@@ -13,14 +11,6 @@
 namespace qfc {
 
 namespace {
-
-// A bitmap in memory is enough for TryLoadBB, also when the black box is still in the gallery file. A bitmap that was
-// changed is not loaded over.
-void LoadBlackBoxBesideBitmap(CQItem& item) {
-    const CQFolder* parent = item.GetParentFolder();
-    GalleryFile* file = parent != nullptr && item.IsModified() == 0 ? GalleryFileOf(*parent) : nullptr;
-    if (file != nullptr) file->LoadBlackBox(item);
-}
 
 void BringIntoMemory(CQItem& item, int nKind, const DBTools& target) {
     if (item.fnGetDbTools() != &target) FetchPayload(item, nKind);
@@ -43,7 +33,8 @@ void FetchPayload(CQItem& item, int nKind) {
     } else if (nKind == kFilm) {
         item.TryLoadFilm();
     } else if (nKind == kBlackBox && item.GetBlackBoxSize() != 0 && item.GetCache() != nullptr) {
-        LoadBlackBoxBesideBitmap(item);
+        // The bitmap in memory is enough for TryLoadBB, also when the black box is still in the gallery file.
+        item.LoadFromGalleryFile(kBitmapCache);
     } else {
         item.TryLoadBB();
     }

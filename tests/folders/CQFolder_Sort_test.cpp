@@ -33,6 +33,18 @@ TEST(CQFolderSort, SubFolders_NullEntriesAreDroppedFromTwoEntriesOn) {
     EXPECT_EQ(root.SortSubFolder(), 1);
 }
 
+TEST(CQFolderSort, SubFolders_NullEntriesAmongUnorderedOnesAreDropped) {
+    CQFolder root;
+    for (const int index : {4, 2, 3, 1}) AddSub(root, std::to_string(index).c_str())->SetIndex(index);
+    CQFolder::FolderList* list = root.GetFolderList();
+    list->AddHead(nullptr);
+    list->InsertAfter(list->FindIndex(2), nullptr);
+    list->AddTail(nullptr);
+    EXPECT_EQ(root.SortSubFolder(), 1);
+    EXPECT_EQ(Names(list), (Texts{"1", "2", "3", "4"}));
+    EXPECT_EQ(list->GetCount(), 4);
+}
+
 Texts Sorted(const std::vector<const char*>& names, DWORD type, int ascending,
              const std::vector<const char*>& descriptions = {}, const std::vector<DWORD>& types = {}) {
     CQFolder folder;

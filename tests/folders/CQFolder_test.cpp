@@ -265,6 +265,20 @@ public:
     ItemArray items;
 };
 
+class FolderThatCounts : public CQFolder {
+public:
+    FolderThatCounts() { m_nItemsCount = 7; }
+    int Counted() const { return m_nItemsCount; }
+};
+
+TEST(CQFolder, ItemsCount_IsNotThatOfTheMember) {
+    FolderThatCounts folder;
+    EXPECT_EQ(folder.GetItemsCount(), 0);
+    AddNew(folder, 1);
+    EXPECT_EQ(folder.GetItemsCount(), 1);
+    EXPECT_EQ(folder.Counted(), 7);
+}
+
 TEST(CQFolder, DerivedFolder_SubstitutesItsContainersEverywhere) {
     FolderWithOwnContainers folder;
     CQItem first("one");

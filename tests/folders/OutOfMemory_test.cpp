@@ -2,8 +2,10 @@
 #include "tests/folders/FolderBuilders.h"
 #include "tests/support/MemoryFaults.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <memory>
+#include <new>
 
 // Trees while memory runs out: what could not be done leaves everything as it was.
 namespace qfc::test {
@@ -67,6 +69,59 @@ TEST_F(TreeWithoutMemory, AddFolder_Gives0AndLeavesTheChildAsItWas) {
                                 });
     EXPECT_GE(failed, 2);
     EXPECT_EQ(child.release()->GetParent(), &root);
+}
+
+TEST_F(TreeWithoutMemory, AddFolder_LeavesAClearedRootAsItWas) {
+    RecordedFile file;
+    {
+        CQFolder root("r", 0, 0, 0);
+        FolderInside::FilePath(root) = "lib.gal";
+        AddSub(root, "A");
+        root.Clear();
+        file.calls.clear();
+        const CQFolder former;
+        auto child = std::make_unique<CQFolder>("child", 0, 0, 0);
+        bool failed = true;
+        for (int n = 1; failed; ++n) {
+            {
+                const MemoryFaults faults(n);
+                const int added = root.AddFolder(child.get(), 1, 1);
+                failed = faults.HasFailed();
+                ASSERT_EQ(added, failed ? 0 : 1);
+            }
+            // Its emptied tree is not what the file is to hold.
+            if (failed) root.Clear();
+            EXPECT_EQ(file.calls, failed ? Texts{} : Texts{"open child"}) << n;
+        }
+        static_cast<void>(child.release());
+        file.calls.clear();
+    }
+    EXPECT_EQ(file.calls, (Texts{"flush child", "save r"}));
+}
+
+TEST_F(TreeWithoutMemory, SortSubFolder_LosesNoFolder) {
+    bool failed = true;
+    for (int n = 1; failed; ++n) {
+        CQFolder root;
+        for (const int index : {3, 1, 2}) AddSub(root, std::to_string(index).c_str())->SetIndex(index);
+        root.GetFolderList()->InsertAfter(root.GetFolderList()->GetHeadPosition(), nullptr);
+        {
+            const MemoryFaults faults(n);
+            try {
+                root.SortSubFolder();
+            } catch (const std::bad_alloc&) {
+            }
+            failed = faults.HasFailed();
+        }
+        Texts names = Names(root.GetFolderList());
+        if (!failed) {
+            EXPECT_EQ(names, (Texts{"1", "2", "3"}));
+        }
+        std::erase(names, "-");
+        std::sort(names.begin(), names.end());
+        EXPECT_EQ(names, (Texts{"1", "2", "3"})) << n;
+        EXPECT_TRUE(failed || n > 1);
+    }
 }
 
 // The set of GUIDs is a help: without memory for it the items are compared.

@@ -301,6 +301,32 @@ TEST(FileRoots, RootThatIsAssignedTo_IsSavedBeforeAndNotOnceMoreWhileItIsEmpty) 
     EXPECT_EQ(file.calls, (Texts{"flush A", "save r"}));
 }
 
+TEST(FileRoots, DeletedRootThatIsAssignedTo_IsNotSavedWhileItIsEmpty) {
+    const CQFolder source("s", 0, 0, 0);
+    RecordedFile file;
+    {
+        CQFolder root("r", 0, 0, 0);
+        FolderInside::FilePath(root) = "lib.gal";
+        AddSub(root, "A");
+        root.SetDeleteFlag();
+        root = source;
+    }
+    EXPECT_EQ(file.calls, Texts{});
+}
+
+TEST(FileRoots, DeletedRootThatIsAssignedToAndFilled_IsSaved) {
+    const CQFolder source("s", 0, 0, 0);
+    RecordedFile file;
+    {
+        CQFolder root("r", 0, 0, 0);
+        FolderInside::FilePath(root) = "lib.gal";
+        root.SetDeleteFlag();
+        root = source;
+        AddSub(root, "B");
+    }
+    EXPECT_EQ(file.calls, (Texts{"flush B", "save s"}));
+}
+
 TEST(FileRoots, ClearingWithoutAFileToSaveTo_DoesNotSaveTheEmptiedTreeOnceThereIsOne) {
     CQFolder root("r", 0, 0, 0);
     FolderInside::FilePath(root) = "lib.gal";

@@ -347,6 +347,7 @@ TEST_F(DBTools_UnloadedItems, LoadOfOneKindThatReplacesAnother_LeavesNothingDang
     CQItem item("in a file");
     item.SetParentFolder(&folder);
     GiveBlackBox(item, Pattern(4000));
+    item.SetModified(0);
     LibraryFile other("other.db");
     ASSERT_TRUE(other.Tools()->UpdateItemDB(&item));
     CQItem stored;

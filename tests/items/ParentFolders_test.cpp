@@ -1,3 +1,4 @@
+#include "items/ItemTypes.h"
 #include "tests/folders/FolderBuilders.h"
 #include "tests/items/ItemLibrary.h"
 
@@ -98,6 +99,70 @@ TEST_F(ParentFolders, ItemTakenOutWithoutDeletingThatAnotherFolderHas_GetsThatOn
     EXPECT_EQ(b->GetItemArray()->GetAt(0)->TryLoadBB(), 1);
 }
 
+// The index knows it for A alone, or not at all; B has it all the same.
+TEST_F(ParentFolders, ItemTakenOutWithoutDeletingThatAFolderBesideTheIndexHas_GetsThatOneAsItsParent) {
+    for (const bool known : {true, false}) {
+        for (const int way : {0, 1, 2}) {
+            CQItem* item = NewFilledItem(known ? 1 : 2);
+            item->SetDBID(7);
+            ASSERT_EQ(a->AddItemDb(item, known ? 1 : 0), 1);
+            ASSERT_EQ(b->AddItem(item, 0), 1);
+            const int removed = way == 0   ? a->RemoveItem(std::as_const(*item).GetUniqueID(), 0)
+                                : way == 1 ? a->RemoveItem(7, 0)
+                                           : a->RemoveItem2(item->GetNumber(), 0);
+            ASSERT_EQ(removed, 1);
+            EXPECT_EQ(item->GetParentFolder(), b) << known << way;
+            ASSERT_EQ(b->RemoveAllItems(1), 1);
+        }
+    }
+}
+
+TEST_F(ParentFolders, ItemTakenOutWithoutDeletingThatAFolderBesideTheIndexHas_IsStillLoadedOnceItsFolderIsDestroyed) {
+    ASSERT_EQ(a->AddItemDb(NewFilledItem(1), 1), 1);
+    LoadedTree loaded(library.Tools());
+    CQItem* item = loaded.Item(1);
+    ASSERT_EQ(loaded.pB->AddItem(item, 0), 1);
+    ASSERT_EQ(loaded.pA->RemoveItem2(item->GetNumber(), 0), 1);
+    loaded.pA->DetachParent(0);
+    delete loaded.pA;
+    EXPECT_EQ(item->TryLoadBB(), 1);
+    EXPECT_EQ(InMemory(*item, kBlackBox), Pattern(3000, 1));
+}
+
+TEST_F(ParentFolders, ItemTakenOutWithoutDeletingThatStandsInItsFolderOnceMore_KeepsItsParent) {
+    CQItem* item = NewFilledItem(1);
+    ASSERT_EQ(a->AddItem(item, 1), 1);
+    ASSERT_EQ(a->AddItem(item, 0), 1);
+    ASSERT_EQ(b->AddItem(item, 0), 1);
+    ASSERT_EQ(a->RemoveItem2(item->GetNumber(), 0), 1);
+    EXPECT_EQ(item->GetParentFolder(), a);
+    ASSERT_EQ(a->RemoveItem2(item->GetNumber(), 0), 1);
+    EXPECT_EQ(item->GetParentFolder(), b);
+}
+
+TEST_F(ParentFolders, UnknownItemRemovedFromTheDatabase_GetsTheOtherFolderThatHasItAsItsParent) {
+    CQItem* item = NewFilledItem(1);
+    ASSERT_EQ(a->AddItemDb(item, 0), 1);
+    ASSERT_EQ(b->AddItem(item, 0), 1);
+    a->RemoveItemDB(GuidOf(1), 0);
+    EXPECT_EQ(a->GetItemsCount(), 0);
+    EXPECT_EQ(item->GetParentFolder(), b);
+}
+
+// A parent of the index that no longer has the item would take it along when it ends.
+TEST_F(ParentFolders, ItemThatLosesItsParent_GetsAFolderThatHasItNotOneThatHadIt) {
+    CQFolder* c = AddSub(tree.Gallery(), "C");
+    ASSERT_EQ(c->InsertOrUpdateFolder(), 1);
+    for (const bool known : {true, false}) {
+        CQItem* item = NewFilledItem(known ? 1 : 2);
+        for (CQFolder* folder : {b, c, a}) ASSERT_EQ(folder->AddItemDb(item, folder != c || known ? 1 : 0), 1);
+        ASSERT_EQ(b->RemoveItem2(item->GetNumber(), 0), 1);
+        ASSERT_EQ(item->GetParentFolder(), a);
+        ASSERT_EQ(a->RemoveItem2(item->GetNumber(), 1), 1);
+        EXPECT_EQ(item->GetParentFolder(), c) << known;
+    }
+}
+
 // What is loaded lazily is still found.
 TEST_F(ParentFolders, ItemsOfAFolderEmptiedWithoutDeleting_GetTheOtherFolderThatHasThemAsTheirParent) {
     for (const unsigned number : {1u, 2u, 3u}) {
@@ -135,6 +200,21 @@ TEST_F(ParentFolders, SharedItemWhoseFolderIsGone_GetsTheFolderThatLoadsItAsItsP
     ASSERT_EQ(b->GetItemsCount(), 1);
     EXPECT_EQ(b->GetItemArray()->GetAt(0), item);
     EXPECT_EQ(item->GetParentFolder(), b);
+}
+
+// What a host does when it has changed items in between, as the host guide says.
+TEST_F(ParentFolders, FolderThatIsPutBack_GetsItsItemsBackWithSetAllParent) {
+    CQItem* item = NewFilledItem(1);
+    ASSERT_EQ(b->AddItemDb(item, 1), 1);
+    ASSERT_EQ(a->AddItemDb(item, 1), 1);
+    ASSERT_EQ(b->DetachParent(0), 1);
+    ASSERT_EQ(a->RemoveItem(GuidOf(1), 1), 1);
+    ASSERT_EQ(item->GetParentFolder(), nullptr);
+    ASSERT_EQ(tree.Gallery().AddFolder(b, 0, 1), 1);
+    EXPECT_EQ(item->GetParentFolder(), nullptr);
+    b->SetAllParent();
+    EXPECT_EQ(item->GetParentFolder(), b);
+    EXPECT_EQ(item->TryLoadBB(), 1);
 }
 
 TEST_F(ParentFolders, FolderThatTookAnItemAsItsOwn_IsStillItsParentWhileItLives) {

@@ -178,6 +178,61 @@ TEST_F(LazyLoads, BlackBoxThatIsOnlyInTheGalleryFile_IsFetchedAlsoBesideABitmapI
     }
 }
 
+// Brings both, as a gallery file does.
+class PairFile : public RecordedFile {
+public:
+    int LoadBlackBox(CQItem& boxed) override {
+        ++asked;
+        GiveBlackBox(boxed, Pattern(30, 5));
+        GiveCache(boxed, Dib24(2, 2));
+        return 1;
+    }
+    int asked = 0;
+};
+
+class ModifiedItemOfAGalleryFile : public testing::Test {
+protected:
+    ModifiedItemOfAGalleryFile() {
+        fileRoot.m_strFilePath = "lib.gal";
+        item.SetParentFolder(&fileRoot);
+    }
+    ~ModifiedItemOfAGalleryFile() override { fileRoot.m_strFilePath.Empty(); }
+
+    PairFile file;
+    OpenFolder fileRoot;
+    CQItem item{"changed"};
+};
+
+TEST_F(ModifiedItemOfAGalleryFile, KeepsItsBlackBoxWhenTheBitmapIsLoaded) {
+    GiveBlackBox(item, Pattern(50, 9));
+    EXPECT_EQ(item.TryLoadBB(), 1);
+    EXPECT_EQ(file.asked, 1);
+    EXPECT_EQ(InMemory(item, kBlackBox), Pattern(50, 9));
+    EXPECT_EQ(item.GetBlackBoxSize(), 50u);
+    EXPECT_EQ(InMemory(item, kBitmapCache), Dib24(2, 2));
+}
+
+TEST_F(ModifiedItemOfAGalleryFile, KeepsItsBitmapWhenTheBlackBoxIsFetched) {
+    GiveCache(item, Dib24(10, 10));
+    item.ChangeBlackBox(nullptr, 30);
+    ASSERT_NE(item.IsModified(), 0);
+    LibraryFile other("other.db");
+    ASSERT_TRUE(other.Tools()->UpdateItemDB(&item));
+    EXPECT_EQ(file.asked, 1);
+    EXPECT_EQ(InMemory(item, kBlackBox), Pattern(30, 5));
+    EXPECT_EQ(InMemory(item, kBitmapCache), Dib24(10, 10));
+    EXPECT_EQ(item.GetCacheSize(), Dib24(10, 10).size());
+    EXPECT_EQ(other.Raw().Cell("select PRE_COMPRESSED_SIZE from CACHE_DATA_TABLE where CACHE_DATA_TYPE = 1"), "30");
+}
+
+TEST_F(ModifiedItemOfAGalleryFile, UnmodifiedOneTakesBoth) {
+    GiveBlackBox(item, Pattern(50, 9));
+    item.SetModified(0);
+    EXPECT_EQ(item.TryLoadBB(), 1);
+    EXPECT_EQ(InMemory(item, kBlackBox), Pattern(30, 5));
+    EXPECT_EQ(InMemory(item, kBitmapCache), Dib24(2, 2));
+}
+
 TEST_F(LazyLoads, FilmOfAGalleryFile_IsFetchedBeforeTheItemIsWritten) {
     FilmFile file;
     OpenFolder fileRoot;
