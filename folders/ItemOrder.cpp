@@ -74,14 +74,6 @@ const char* KindWord(DWORD dwItemType) {
     }
 }
 
-int CompareForSort(const CQItem& earlier, const CQItem& later, DWORD dwSortType, int bAscending) {
-    const auto key = [&](const CQItem& item) {
-        const bool byDate = dwSortType == kSortByDate;
-        return SortKey{const_cast<CQItem*>(&item), byDate ? ReadItemDate(item.GetDescription()) : std::nullopt};
-    };
-    return CompareKeys(key(earlier), key(later), dwSortType, bAscending);
-}
-
 // Every comparison is a strict weak order, so a stable merge sort gives what inserting one by one would.
 void SortItems(std::vector<CQItem*>& items, DWORD dwSortType, int bAscending) {
     std::vector<SortKey> keys;

@@ -19,9 +19,6 @@ std::optional<ItemDate> ReadItemDate(const char* pszDescription);
 // "Audio", "Image" or "Movie".
 const char* KindWord(DWORD dwItemType);
 
-// Compares the earlier item with the later one: negative when the later one belongs in front.
-int CompareForSort(const CQItem& earlier, const CQItem& later, DWORD dwSortType, int bAscending);
-
 // Sorts as inserting each item, from the second on, behind the last one that it does not belong in front of. Stable.
 // Null entries end up behind all others.
 void SortItems(std::vector<CQItem*>& items, DWORD dwSortType, int bAscending);

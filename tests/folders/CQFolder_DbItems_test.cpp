@@ -1,7 +1,4 @@
-#include "folders/ImportPort.h"
-#include "tests/folders/FolderBuilders.h"
-#include "tests/items/ItemLibrary.h"
-#include "tests/support/SqlTrace.h"
+#include "tests/folders/StoredItemsFixture.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -12,46 +9,7 @@ namespace {
 using Texts = std::vector<std::string>;
 using Row = RawDb::Row;
 
-class CQFolder_DbItems : public testing::Test {
-protected:
-    CQItem* NewCounted(unsigned number, DWORD type = 1) {
-        auto* item = new CountedItem(destroyed);
-        item->SetUniqueID(GuidOf(number));
-        item->SetItemType(type);
-        item->SetItemName(("i" + std::to_string(number)).c_str());
-        return item;
-    }
-    CQItem* StoredItem(CQFolder& folder, unsigned number) {
-        CQItem* item = NewCounted(number);
-        EXPECT_EQ(folder.AddItemDb(item, 1), 1);
-        return item;
-    }
-    std::string Count(const std::string& tableAndCondition) {
-        return library.Raw().Cell("select count(*) from " + tableAndCondition);
-    }
-    // Item number and index of the folder's placements, by index.
-    std::vector<Row> Placements(const CQFolder& folder) {
-        return library.Raw().Rows(
-            "select ITEM_NAME, ITEM_INDEX from RELATION_TABLE join ITEM_TABLE using (ITEM_ID) "
-            "where PARENT_ID = " +
-            std::to_string(folder.GetDBId()) + " order by ITEM_INDEX, ITEM_NAME");
-    }
-    void RefuseInserts(const char* table) {
-        library.Raw().Exec(std::string("create trigger refuse before insert on ") + table +
-                           " begin select raise(abort, 'no'); end");
-    }
-    void RefuseDeletes(const char* table) {
-        library.Raw().Exec(std::string("create trigger refuse before delete on ") + table +
-                           " begin select raise(abort, 'no'); end");
-    }
-
-    int destroyed = 0;
-    CurrentLibrary library;
-    StoredTree tree{library.Tools()};
-    CQGallery& gallery = tree.Gallery();
-    CQFolder& a = *tree.pA;
-    CQFolder& b = *tree.pB;
-};
+class CQFolder_DbItems : public StoredItemsFixture {};
 
 // --- Adding ------------------------------------------------------------------------------------------------------
 
@@ -172,6 +130,15 @@ TEST_F(CQFolder_DbItems, RemoveItemDB_RecursiveTakesItFromEveryFolderWhereverItI
     EXPECT_EQ(Count("ITEM_TABLE"), "1");
     EXPECT_EQ(destroyed, 1);
     EXPECT_EQ(a.RemoveItemDB(GuidOf(77), 1), 1);
+}
+
+TEST_F(CQFolder_DbItems, RemoveItemDB_RecursiveLeavesTheRootsOwnItems) {
+    CQItem* item = StoredItem(a, 1);
+    ASSERT_EQ(gallery.AddItemDb(item, 1), 1);
+    EXPECT_EQ(gallery.RemoveItemDB(GuidOf(1), 1), 1);
+    EXPECT_EQ(gallery.GetItemsCount(), 1);
+    EXPECT_EQ(a.HasItem(GuidOf(1), 0), 0);
+    EXPECT_EQ(Count("RELATION_TABLE where ITEM_ID = " + BlobLiteral(GuidOf(1))), "1");
 }
 
 TEST_F(CQFolder_DbItems, RemoveItemDB_GivesTheResultOfTheDatabase) {
@@ -314,169 +281,6 @@ TEST_F(CQFolder_DbItems, ReOrder_InAFolderWithoutRowWritesNothing) {
     const std::string before = library.Raw().Dump();
     EXPECT_EQ(unstored->ReOrderItemsDb(0, -1), 1);
     EXPECT_EQ(library.Raw().Dump(), before);
-}
-
-// --- Importing ---------------------------------------------------------------------------------------------------
-
-struct Request {
-    ULONGLONG gallery = 0;
-    Texts paths;
-    CQItem* item = nullptr;
-    GUID guid{};
-    std::string name;
-    std::size_t blackBox = 0;
-    CQFolder* parent = nullptr;
-};
-std::vector<Request> g_requests;
-int g_answer = 1;
-
-int RecordAdd(ULONGLONG gallery, std::vector<CString> paths, CQItem* item) {
-    Request request{gallery,
-                    {},
-                    item,
-                    item->GetUniqueID(),
-                    std::string(item->GetItemName().View()),
-                    item->PayloadInMemory(kBlackBox).size(),
-                    item->GetParentFolder()};
-    for (const CString& path : paths) request.paths.emplace_back(path.View());
-    g_requests.push_back(request);
-    return g_answer;
-}
-
-// Adds as the service does.
-int ReallyAdd(ULONGLONG gallery, std::vector<CString> paths, CQItem* item) {
-    auto* root = reinterpret_cast<CQFolder*>(static_cast<std::uintptr_t>(gallery));
-    for (const CString& path : paths) root->GetFolderByPath(path)->AddItemDb(item, 1);
-    return 1;
-}
-
-class ImportFromLibrary : public CQFolder_DbItems {
-protected:
-    ImportFromLibrary() {
-        g_requests.clear();
-        g_answer = 1;
-        SetImportPort(RecordAdd);
-        foreign.SetUniqueID(GuidOf(1));
-        foreign.SetItemName("foreign");
-        foreign.SetFileName("C:\\media\\clip.avi");
-    }
-    ~ImportFromLibrary() override { SetImportPort(nullptr); }
-
-    CQItem foreign;
-};
-
-TEST_F(ImportFromLibrary, ANewItem_IsAddedAsAFullCopyWithItsGuid) {
-    CQFolder* below = AddSub(a, "below");
-    below->InsertOrUpdateFolder();
-    EXPECT_EQ(below->AddItemFromImportLib(&foreign), 1);
-    ASSERT_EQ(g_requests.size(), 1u);
-    EXPECT_EQ(g_requests[0].gallery, reinterpret_cast<std::uintptr_t>(static_cast<CQFolder*>(&gallery)));
-    EXPECT_EQ(g_requests[0].paths, Texts{"\\A\\below"});
-    EXPECT_NE(g_requests[0].item, &foreign);
-    EXPECT_TRUE(g_requests[0].guid == GuidOf(1));
-    EXPECT_EQ(g_requests[0].name, "foreign");
-    EXPECT_EQ(g_requests[0].parent, below);
-}
-
-TEST_F(ImportFromLibrary, TheAddedCopy_BelongsToTheFolder) {
-    SetImportPort(ReallyAdd);
-    EXPECT_EQ(a.AddItemFromImportLib(&foreign), 1);
-    ASSERT_EQ(a.GetItemsCount(), 1);
-    EXPECT_NE(a.GetItemArray()->GetAt(0), &foreign);
-    EXPECT_EQ(Count("ITEM_TABLE"), "1");
-}
-
-TEST_F(ImportFromLibrary, AFailedAdd_GivesItsResultAndKeepsNoCopy) {
-    g_answer = 0;
-    EXPECT_EQ(a.AddItemFromImportLib(&foreign), 0);
-    EXPECT_EQ(a.GetItemsCount(), 0);
-}
-
-TEST_F(ImportFromLibrary, AnItemTheGalleryHasElsewhere_IsAddedItself) {
-    CQItem* existing = StoredItem(b, 9);
-    existing->SetFileName("C:\\media\\clip.avi");
-    EXPECT_EQ(a.AddItemFromImportLib(&foreign), 1);
-    ASSERT_EQ(g_requests.size(), 1u);
-    EXPECT_EQ(g_requests[0].item, existing);
-    EXPECT_EQ(g_requests[0].paths, Texts{"\\A"});
-}
-
-TEST_F(ImportFromLibrary, AnItemTheFolderHas_IsNotAdded) {
-    StoredItem(a, 9)->SetFileName("C:\\media\\clip.avi");
-    EXPECT_EQ(a.AddItemFromImportLib(&foreign), 0);
-    EXPECT_TRUE(g_requests.empty());
-}
-
-TEST_F(ImportFromLibrary, FolderWhosePathLeadsToAnotherOfItsName_TakesNothing) {
-    CQFolder* namesake = AddSub(gallery, "A");
-    namesake->InsertOrUpdateFolder();
-    EXPECT_EQ(namesake->AddItemFromImportLib(&foreign), 0);
-    EXPECT_TRUE(g_requests.empty());
-}
-
-TEST_F(ImportFromLibrary, NeedsAnItemAGalleryAndSomebodyWhoAdds) {
-    EXPECT_EQ(a.AddItemFromImportLib(nullptr), 0);
-    CQFolder plain;
-    EXPECT_EQ(plain.AddItemFromImportLib(&foreign), 0);
-    SetImportPort(nullptr);
-    EXPECT_EQ(a.AddItemFromImportLib(&foreign), 0);
-    EXPECT_TRUE(g_requests.empty());
-}
-
-TEST_F(ImportFromLibrary, PayloadsLeftInTheItemsOwnLibrary_AreFetchedFirst) {
-    LibraryFile other("other.db");
-    {
-        CQItem stored("foreign");
-        stored.SetUniqueID(GuidOf(1));
-        GiveBlackBox(stored, Pattern(700));
-        stored.fnSetDbTools(other.Tools());
-        ASSERT_EQ(stored.UpdateItemDB(), 1);
-    }
-    foreign.fnSetDbTools(other.Tools());
-    EXPECT_EQ(a.AddItemFromImportLib(&foreign), 1);
-    ASSERT_EQ(g_requests.size(), 1u);
-    EXPECT_EQ(g_requests[0].blackBox, 700u);
-}
-
-// Writes down which kinds are asked for.
-class AskedTools : public DBTools {
-public:
-    using DBTools::DBTools;
-    bool QueryCacheData(const GUID& item, int kind, CppSQLite3Query& query) override {
-        kinds.push_back(kind);
-        return DBTools::QueryCacheData(item, kind, query);
-    }
-    std::vector<int> kinds;
-};
-
-TEST_F(ImportFromLibrary, Payloads_AreFetchedInTheOrderBlackBoxBitmapFilm) {
-    LibraryFile other("other.db");
-    const std::unique_ptr<CQItem> stored(NewFilledItem(1));
-    stored->fnSetDbTools(other.Tools());
-    ASSERT_EQ(stored->UpdateItemDB(), 1);
-    bool ok = false;
-    AskedTools asked(other.Path().c_str(), ok);
-    foreign.fnSetDbTools(&asked);
-    ASSERT_EQ(foreign.fnLoadItemFromDb(), 1);
-    EXPECT_EQ(a.AddItemFromImportLib(&foreign), 1);
-    EXPECT_EQ(asked.kinds, (std::vector<int>{1, 0, 2}));
-}
-
-TEST_F(ImportFromLibrary, AllPayloads_AreFetchedInOrderAndLandInTheTargetsRows) {
-    SqlTrace trace;
-    LibraryFile other("other.db");
-    const std::unique_ptr<CQItem> stored(NewFilledItem(1));
-    stored->fnSetDbTools(other.Tools());
-    ASSERT_EQ(stored->UpdateItemDB(), 1);
-    foreign.fnSetDbTools(other.Tools());
-    ASSERT_EQ(foreign.fnLoadItemFromDb(), 1);
-    SetImportPort(ReallyAdd);
-    trace.Clear();
-    ASSERT_EQ(a.AddItemFromImportLib(&foreign), 1);
-    EXPECT_EQ(trace.Count("Select * from CACHE_DATA_TABLE where ITEM_ID = ? AND CACHE_DATA_TYPE = ?"), 3);
-    EXPECT_EQ(Count("CACHE_DATA_TABLE"), "3");
-    const auto payloads = "select * from CACHE_DATA_TABLE order by CACHE_DATA_TYPE";
-    EXPECT_EQ(library.Raw().Rows(payloads), other.Raw().Rows(payloads));
 }
 
 }  // namespace

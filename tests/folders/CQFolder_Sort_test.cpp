@@ -1,9 +1,7 @@
-#include "folders/FolderConstants.h"
-#include "folders/GlobalProc.h"
 #include "folders/ItemOrder.h"
-#include "platform/framework/Exceptions.h"
 #include "tests/folders/FolderBuilders.h"
 
+#include <cstdio>
 #include <gtest/gtest.h>
 #include <memory>
 
@@ -146,12 +144,39 @@ TEST(CQFolderSort, SortingAllItem_StoresTypeAndDirection) {
     EXPECT_EQ(order, 1);
 }
 
-// Inserts each item behind the last one it does not belong in front of, comparing as the texts say.
+// The twelve numbers of a description, or none.
+std::vector<int> ScannedDate(const CQItem& item) {
+    std::vector<int> d(12);
+    const int read = std::sscanf(item.GetDescription(), "%d%d%d %d%d%d %d%d%d %d%d%d", &d[0], &d[1], &d[2], &d[3],
+                                 &d[4], &d[5], &d[6], &d[7], &d[8], &d[9], &d[10], &d[11]);
+    return read == 12 ? d : std::vector<int>{};
+}
+
+// Three words, whose order tells the kinds apart.
+std::string WordOfKind(DWORD type) {
+    if (type == 2 || type == 0x80000) return "Audio";
+    return type == 4 || type == 0x100000 || type == 0x800 ? "Image" : "Movie";
+}
+
+// Negative when the later item belongs in front of the earlier one, as the rule of each type tells it.
+int CompareAsTold(const CQItem& earlier, const CQItem& later, DWORD type, int ascending) {
+    const auto directed = [&](int result) { return ascending != 0 ? result : -result; };
+    if (type == 2) return directed(WordOfKind(later.GetItemType()).compare(WordOfKind(earlier.GetItemType())));
+    if (type != 1) return directed(later.GetItemName().CompareNoCase(earlier.GetItemName()));
+    const auto a = ScannedDate(earlier);
+    const auto b = ScannedDate(later);
+    if (a.empty()) return b.empty() ? 0 : -1;
+    if (b.empty()) return 1;
+    if ((a[0] == 0) != (b[0] == 0)) return a[0] == 0 ? -1 : 1;
+    return a == b ? 0 : directed(a < b ? 1 : -1);
+}
+
+// Inserts each item behind the last one it does not belong in front of, comparing two at a time.
 std::vector<CQItem*> InsertionSorted(std::vector<CQItem*> items, DWORD type, int ascending) {
     for (std::size_t next = 1; next < items.size(); ++next) {
         CQItem* item = items[next];
         std::size_t place = next;
-        while (place > 0 && CompareForSort(*items[place - 1], *item, type, ascending) < 0) {
+        while (place > 0 && CompareAsTold(*items[place - 1], *item, type, ascending) < 0) {
             items[place] = items[place - 1];
             --place;
         }
@@ -179,137 +204,6 @@ TEST(CQFolderSort, SortItems_IsTheLiteralInsertionSort) {
         SortItems(items, type, ascending);
         EXPECT_EQ(items, expected) << "type " << type << " ascending " << ascending;
     }
-}
-
-int Zero(DWORD, ULONGLONG, std::int64_t, void*) { return 0; }
-
-int CompareIds(DWORD message, ULONGLONG key, std::int64_t item, void* extra) {
-    EXPECT_EQ(message, 512u);
-    EXPECT_EQ(key, 3u);
-    const auto* a = reinterpret_cast<CQItem*>(static_cast<std::intptr_t>(item));
-    const auto* b = static_cast<CQItem*>(extra);
-    return a->GetDBID() - b->GetDBID();
-}
-
-class MultiKeySort : public testing::Test {
-protected:
-    ~MultiKeySort() override { SetGlobalProc(nullptr); }
-
-    void Fill(const std::vector<const char*>& names) {
-        for (std::size_t i = 0; i < names.size(); ++i) AddNew(folder, static_cast<unsigned>(i + 1), names[i]);
-    }
-    Texts Result(std::vector<int> keys) {
-        EXPECT_EQ(folder.Sorting(keys.data(), static_cast<int>(keys.size()), 0, folder.GetItemsCount() - 1), 1);
-        return ItemNames(folder.GetItemArray());
-    }
-
-    CQFolder folder;
-};
-
-TEST_F(MultiKeySort, WithoutAGlobalProcedureNothingMoves) {
-    Fill({"c", "a", "b", "a"});
-    EXPECT_EQ(Result({0}), (Texts{"c", "a", "b", "a"}));
-}
-
-TEST_F(MultiKeySort, WithoutKeysNothingMoves) {
-    SetGlobalProc(Zero);
-    Fill({"c", "a", "b"});
-    int key = 0;
-    EXPECT_EQ(folder.Sorting(&key, 0, 0, 2), 1);
-    EXPECT_EQ(ItemNames(folder.GetItemArray()), (Texts{"c", "a", "b"}));
-}
-
-TEST_F(MultiKeySort, NegativeKeysTellNothingApart) {
-    SetGlobalProc(Zero);
-    Fill({"c", "a", "b"});
-    const Texts likeEqual = Result({5});
-    folder.Clear();
-    Fill({"c", "a", "b"});
-    EXPECT_EQ(Result({-1}), likeEqual);
-    EXPECT_EQ(Result({-1, 0}), (Texts{"a", "b", "c"}));
-}
-
-TEST_F(MultiKeySort, BuiltInKeysCompareWithoutCase) {
-    SetGlobalProc(Zero);
-    Fill({"c", "B", "a"});
-    EXPECT_EQ(Result({0}), (Texts{"a", "B", "c"}));
-    folder.GetItemArray()->GetAt(0)->GetDescription() = "Z";
-    folder.GetItemArray()->GetAt(1)->GetDescription() = "y";
-    EXPECT_EQ(Result({1}), (Texts{"c", "B", "a"}));
-    folder.GetItemArray()->GetAt(0)->GetAnnotation() = "2";
-    folder.GetItemArray()->GetAt(1)->GetAnnotation() = "1";
-    EXPECT_EQ(Result({2}), (Texts{"a", "B", "c"}));
-}
-
-TEST_F(MultiKeySort, LaterKeysDecideAmongEqualOnes) {
-    SetGlobalProc(CompareIds);
-    Fill({"b", "a", "B", "A"});
-    const int ids[] = {4, 3, 2, 1};
-    for (int i = 0; i < 4; ++i) folder.GetItemArray()->GetAt(i)->SetDBID(ids[i]);
-    EXPECT_EQ(Result({0, 3}), (Texts{"A", "a", "B", "b"}));
-    EXPECT_EQ(Result({3}), (Texts{"A", "B", "a", "b"}));
-}
-
-TEST_F(MultiKeySort, ResultsOfTheRange) {
-    EXPECT_EQ(folder.Sorting(nullptr, 0, 0, 5), 1);
-    Fill({"b", "a", "d", "c"});
-    int key = 0;
-    EXPECT_EQ(folder.Sorting(&key, 1, 1, 1), 0);
-    EXPECT_EQ(folder.Sorting(&key, 1, 2, 1), 0);
-    SetGlobalProc(Zero);
-    EXPECT_EQ(folder.Sorting(&key, 1, 2, 3), 1);
-    EXPECT_EQ(ItemNames(folder.GetItemArray()), (Texts{"b", "a", "c", "d"}));
-    const auto isRefused = [&](int first, int last) {
-        try {
-            folder.Sorting(&key, 1, first, last);
-            return false;
-        } catch (CInvalidArgException* exception) {
-            exception->Delete();
-            return true;
-        }
-    };
-    EXPECT_TRUE(isRefused(0, 4));
-    EXPECT_TRUE(isRefused(-1, 3));
-}
-
-TEST_F(MultiKeySort, RandomArraysEndUpInOrder) {
-    SetGlobalProc(CompareIds);
-    std::mt19937 random(5);
-    for (int round = 0; round < 100; ++round) {
-        CQFolder random_folder;
-        const unsigned count = 2 + random() % 60;
-        for (unsigned i = 0; i < count; ++i) AddNew(random_folder, i)->SetDBID(static_cast<int>(random() % 20));
-        int key = 3;
-        random_folder.Sorting(&key, 1, 0, static_cast<int>(count) - 1);
-        const auto* items = random_folder.GetItemArray();
-        for (int i = 1; i < items->GetSize(); ++i) {
-            EXPECT_LE(items->GetAt(i - 1)->GetDBID(), items->GetAt(i)->GetDBID());
-        }
-    }
-}
-
-TEST_F(MultiKeySort, AnArrayInOrderDoesNotOverflowTheStack) {
-    SetGlobalProc(CompareIds);
-    for (unsigned i = 0; i < 5000; ++i) {
-        CQItem* item = NewItem(i);
-        item->SetDBID(static_cast<int>(i));
-        folder.AddItem(item, 1);
-    }
-    Result({3});
-    EXPECT_EQ(folder.GetItemArray()->GetAt(4999)->GetDBID(), 4999);
-}
-
-int Nonsense(DWORD, ULONGLONG, std::int64_t, void*) {
-    static unsigned state = 1;
-    state = state * 1664525 + 1013904223;
-    return static_cast<int>(state >> 30) - 1;
-}
-
-TEST_F(MultiKeySort, AProcedureThatContradictsItselfLosesNoItem) {
-    SetGlobalProc(Nonsense);
-    for (unsigned i = 0; i < 200; ++i) AddNew(folder, i + 1);
-    Result({3});
-    for (unsigned i = 0; i < 200; ++i) EXPECT_TRUE(folder.HasItem(GuidOf(i + 1), 0)) << i;
 }
 
 }  // namespace

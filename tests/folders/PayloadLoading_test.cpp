@@ -1,14 +1,11 @@
-#include "folders/FolderConstants.h"
-#include "folders/GlobalProc.h"
 #include "items/ItemTypes.h"
 #include "tests/folders/FolderBuilders.h"
 #include "tests/items/ItemLibrary.h"
 
 #include <gtest/gtest.h>
 #include <memory>
-#include <random>
 
-// Which payloads folder operations bring into memory, and how far a failing load gets.
+// Which payloads folder operations bring into memory.
 namespace qfc::test {
 namespace {
 
@@ -99,71 +96,6 @@ TEST_F(PayloadLoading, CopiedItems_BringBlackBoxAndFilm) {
         for (const int kind : {kBitmapCache, kBlackBox, kFilm})
             EXPECT_EQ(InMemory(*copy, kind), InMemory(*source, kind));
     }
-}
-
-// --- Rows that are missing -----------------------------------------------------------------------------------------
-
-TEST_F(PayloadLoading, RecursiveRemoval_LeavesTheRootsOwnItems) {
-    CQGallery& gallery = tree->Gallery();
-    ASSERT_EQ(gallery.AddItemDb(items[0], 1), 1);
-    EXPECT_EQ(gallery.RemoveItemDB(GuidOf(1), 1), 1);
-    EXPECT_EQ(gallery.GetItemsCount(), 1);
-    EXPECT_EQ(tree->pA->HasItem(GuidOf(1), 0), 0);
-    EXPECT_EQ(library.Raw().Cell("select count(*) from RELATION_TABLE where ITEM_ID = " + BlobLiteral(GuidOf(1))), "1");
-}
-
-TEST_F(PayloadLoading, TreeOfAnUnknownGallery_KeepsTheNegativeAnswer) {
-    CQGallery other;
-    other.SetFolderID(77);
-    other.SetDBTools(library.Tools());
-    FolderInside::DbId(other) = 5;
-    EXPECT_EQ(other.LoadTreeFromDb(), 0);
-    EXPECT_LT(other.GetDBId(), 0);
-}
-
-// --- Quicksort -----------------------------------------------------------------------------------------------------
-
-int NothingToTell(DWORD, ULONGLONG, std::int64_t, void*) { return 0; }
-
-// The sort as it is told: recursively, on names.
-void QuickSort(std::vector<CQItem*>& v, int first, int last) {
-    const auto compare = [](CQItem* a, CQItem* b) { return a->GetItemName().CompareNoCase(b->GetItemName()); };
-    const auto at = [&](int i) -> CQItem*& { return v[static_cast<std::size_t>(i)]; };
-    if (compare(at(first), at(last)) > 0) std::swap(at(first), at(last));
-    CQItem* pivot = at(first);
-    int i = first;
-    int j = last + 1;
-    do {
-        do ++i;
-        while (i < last && compare(at(i), pivot) < 0);
-        do --j;
-        while (j > first && compare(at(j), pivot) > 0);
-        if (i < j) std::swap(at(i), at(j));
-    } while (i < j);
-    if (first != j) std::swap(at(first), at(j));
-    if (first < j - 1) QuickSort(v, first, j - 1);
-    if (j + 1 < last) QuickSort(v, j + 1, last);
-}
-
-TEST(QuickSortOfItems, MovesEveryItemAsTheRecursiveSortDoes) {
-    std::mt19937 random(5);
-    SetGlobalProc(NothingToTell);
-    for (int round = 0; round < 300; ++round) {
-        CQFolder folder;
-        const int count = 2 + static_cast<int>(random() % 12);
-        for (int i = 0; i < count; ++i) {
-            AddNew(folder, static_cast<unsigned>(i), ("n" + std::to_string(random() % 4)).c_str());
-        }
-        const int first = static_cast<int>(random() % static_cast<unsigned>(count - 1));
-        const int last = first + 1 + static_cast<int>(random() % static_cast<unsigned>(count - 1 - first));
-        std::vector<CQItem*> expected(folder.GetItemArray()->begin(), folder.GetItemArray()->end());
-        QuickSort(expected, first, last);
-        int keys[] = {kKeyName};
-        ASSERT_EQ(folder.Sorting(keys, 1, first, last), 1);
-        const std::vector<CQItem*> sorted(folder.GetItemArray()->begin(), folder.GetItemArray()->end());
-        ASSERT_EQ(sorted, expected) << "round " << round << ", " << first << " to " << last;
-    }
-    SetGlobalProc(nullptr);
 }
 
 }  // namespace
