@@ -12,5 +12,6 @@ void AddOrderCommands(Parser& parser);    // gallery, mkdir, rmdir, mv, rename, 
 void AddPictureCommands(Parser& parser);  // thumbs, sheet, film
 void AddLibraryCommands(Parser& parser);  // export, import-library, clear, check, translate
 void AddTagCommands(Parser& parser);      // tag
+void AddEffectCommands(Parser& parser);   // effects
 
 }  // namespace qfc::host

@@ -12,6 +12,7 @@ std::variant<Invocation, LeaveNow> ReadCommandLine(int argc, const char* const* 
     AddPictureCommands(parser);
     AddLibraryCommands(parser);
     AddTagCommands(parser);
+    AddEffectCommands(parser);
     return parser.Read(argc, argv);
 }
 

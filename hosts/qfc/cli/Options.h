@@ -160,6 +160,26 @@ struct TagUncheckOptions : TagCheckOptions {};
 struct TagDefaultsOptions {};
 struct TranslateCollectOptions {};
 
+struct EffectsScanOptions {
+    std::vector<std::string> paths;
+    bool retry = false;
+};
+struct EffectsListOptions {
+    bool failed = false;
+};
+struct EffectsShowOptions {
+    std::string effect;
+};
+struct EffectsRemoveOptions {
+    std::string file;
+};
+struct EffectsClearOptions {
+    bool yes = false;  // Always true: the command line refuses to go without.
+};
+struct EffectsProbeOptions {
+    std::string file;
+};
+
 using Command =
     std::variant<ImportOptions, TreeOptions, ListOptions, ShowOptions, FindOptions, GalleryCreateOptions,
                  GalleryListOptions, GalleryRemoveOptions, MakeFolderOptions, RemoveFolderOptions, MoveOptions,
@@ -167,7 +187,8 @@ using Command =
                  ExportOptions, ImportLibraryOptions, ClearOptions, CheckOptions, TagListOptions, TagCreateOptions,
                  TagRenameOptions, TagDeleteOptions, TagCategoryCreateOptions, TagCategoryRenameOptions,
                  TagCategoryDeleteOptions, TagAddOptions, TagRemoveOptions, TagMergeOptions, TagCheckOptions,
-                 TagUncheckOptions, TagDefaultsOptions, TranslateCollectOptions>;
+                 TagUncheckOptions, TagDefaultsOptions, TranslateCollectOptions, EffectsScanOptions, EffectsListOptions,
+                 EffectsShowOptions, EffectsRemoveOptions, EffectsClearOptions, EffectsProbeOptions>;
 
 struct Invocation {
     GlobalOptions global;

@@ -43,5 +43,11 @@ int Run(const TagCheckOptions& options, const Console& console);
 int Run(const TagUncheckOptions& options, const Console& console);
 int Run(const TagDefaultsOptions& options, const Console& console);
 int Run(const TranslateCollectOptions& options, const Console& console);
+int Run(const EffectsScanOptions& options, const Console& console);
+int Run(const EffectsListOptions& options, const Console& console);
+int Run(const EffectsShowOptions& options, const Console& console);
+int Run(const EffectsRemoveOptions& options, const Console& console);
+int Run(const EffectsClearOptions& options, const Console& console);
+int Run(const EffectsProbeOptions& options, const Console& console);
 
 }  // namespace qfc::host

@@ -1,6 +1,7 @@
 #include "api/QFCLib.h"
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/library/EffectItem.h"
 #include "hosts/qfc/library/Find.h"
 #include "hosts/qfc/library/ItemPictures.h"
 #include "hosts/qfc/library/Output.h"
@@ -8,6 +9,7 @@
 #include "hosts/qfc/media/ItemTexts.h"
 #include "hosts/qfc/pictures/FilmStrip.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 namespace qfc::host {
@@ -21,6 +23,14 @@ std::vector<std::string> Captions(std::size_t frames, double duration) {
     for (std::size_t i = 0; i < frames; ++i) {
         captions.push_back(ShownMoment((static_cast<double>(i) + 0.5) * part, part));
     }
+    return captions;
+}
+
+// A transition has no duration of its own: each of its frames says how far it is.
+std::vector<std::string> Parts(std::size_t frames) {
+    std::vector<std::string> captions;
+    const std::size_t steps = std::max<std::size_t>(frames, 2) - 1;
+    for (std::size_t i = 0; i < frames; ++i) captions.push_back(std::to_string((i * 100 + steps / 2) / steps) + " %");
     return captions;
 }
 
@@ -42,11 +52,14 @@ int Run(const FilmOptions& options, const Console& console) {
     strip.title = ShownName(item);
     strip.frames = LoadFilm(item);
     if (strip.frames.empty()) throw Failure(strip.title + " has no film");
+    const bool isTransition = item.GetItemType() == item_type::kTransition;
     const MediaFacts facts = LoadFacts(item);
-    strip.detail = Detail(facts);
+    strip.detail = isTransition ? EffectFactsOf(item).progress : Detail(facts);
     // Frames that cannot be read are left out, and then nobody knows which are which.
     const bool complete = strip.frames.size() == item.GetTotalFilmFrame();
-    if (complete) strip.captions = Captions(strip.frames.size(), facts.duration);
+    if (complete) {
+        strip.captions = isTransition ? Parts(strip.frames.size()) : Captions(strip.frames.size(), facts.duration);
+    }
     RefuseMediaFile(galleries, target);
     WriteFilmStrip(strip, options.output);
     console.Say("wrote " + options.output);

@@ -1,6 +1,7 @@
 #include "api/QFCLib.h"
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/library/EffectItem.h"
 #include "hosts/qfc/library/Find.h"
 #include "hosts/qfc/library/ItemPictures.h"
 #include "hosts/qfc/library/Output.h"
@@ -24,11 +25,19 @@ struct Shown {
     std::vector<SheetCell> cells;
 };
 
+bool IsEffect(const CQItem& item) {
+    return item.GetItemType() == item_type::kVideoFilter || item.GetItemType() == item_type::kTransition;
+}
+
 SheetCell CellOf(CQItem& item, const std::string& section) {
-    const MediaFacts facts = LoadFacts(item);
     SheetCell cell;
     cell.section = section;
     cell.name = ShownName(item);
+    if (IsEffect(item)) {
+        cell.detail = EffectFactsOf(item).detail;
+        return cell;
+    }
+    const MediaFacts facts = LoadFacts(item);
     cell.detail = ShownDetail(facts);
     const std::string kind = KindOf(item);
     if (kind == "video") cell.badge = SheetBadge::Film;

@@ -1,0 +1,65 @@
+#include "api/QFCLib.h"
+#include "hosts/qfc/cli/Exit.h"
+#include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/commands/EffectsText.h"
+#include "hosts/qfc/library/ChangeLock.h"
+#include "hosts/qfc/library/EffectRemoval.h"
+#include "hosts/qfc/library/FailedEffects.h"
+
+#include <nlohmann/json.hpp>
+
+namespace qfc::host {
+namespace {
+
+void Tell(const EffectRemoval& removal, const Console& console) {
+    for (const std::string& path : removal.effects) console.Say("removed " + path);
+    for (const std::string& path : removal.folders) console.Say("removed the empty folder " + path);
+    for (const std::string& kept : removal.kept) console.Complain("cannot remove " + kept);
+}
+
+Json RemovalJson(const EffectRemoval& removal) {
+    return {{"removed", removal.effects}, {"prunedFolders", removal.folders}, {"failed", removal.kept}};
+}
+
+}  // namespace
+
+int Run(const EffectsRemoveOptions& options, const Console& console) {
+    const ChangeLock lock;
+    const Session session;
+    Galleries galleries(session);
+    const EffectCatalogue before(galleries);
+    const KnownFile* file = FindEffectFile(before, options.file);
+    if (file == nullptr) throw Failure("no effects of a file " + options.file);
+    const std::string path = file->path;
+    EffectRemoval removal = RemoveEffects(galleries, {*file});
+    if (EffectCatalogue(galleries).Find(path) != nullptr) removal.kept.push_back("the records of " + path);
+    if (removal.kept.empty()) ForgetFailure(path);
+    Tell(removal, console);
+    Json json{{"file", path}};
+    json.update(RemovalJson(removal));
+    console.ShowJson(json);
+    return removal.kept.empty() ? kDone : kFailed;
+}
+
+int Run(const EffectsClearOptions&, const Console& console) {
+    const ChangeLock lock;
+    const Session session;
+    Galleries galleries(session);
+    const EffectCatalogue before(galleries);
+    std::vector<KnownFile> all;
+    for (const auto& [path, file] : before.Files()) all.push_back(file);
+    EffectRemoval removal = RemoveEffects(galleries, all);
+    // Comes last: by itself it leaves the places of items in folders behind. It takes what no record could name.
+    if (!ClearTransitionAndFilter()) removal.kept.emplace_back("the records");
+    const EffectCatalogue after(galleries);
+    for (const auto& [path, file] : after.Files()) removal.kept.push_back("effects of " + path);
+    if (removal.kept.empty()) ForgetAllFailures();
+    Tell(removal, console);
+    console.Say(Counted(all.size(), "file") + " cleared");
+    Json json{{"files", all.size()}};
+    json.update(RemovalJson(removal));
+    console.ShowJson(json);
+    return removal.kept.empty() ? kDone : kFailed;
+}
+
+}  // namespace qfc::host

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "hosts/qfc/library/EffectCatalogue.h"
+#include "hosts/qfc/library/EffectItem.h"
+#include "hosts/qfc/library/FolderMaker.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+class CQFolder;
+class CQGallery;
+class CQItem;
+
+namespace qfc::host {
+
+// Puts effects into the library: filters into the Filters gallery, transitions into the Transitions gallery, each item
+// together with its record. Adds run on the library's worker, some at a time; while one is under way nobody else may
+// look at the two galleries. An add that fails raises no callback, so they are waited for behind all of them, and then
+// looked for. Main thread.
+class EffectWriter {
+public:
+    struct Outcome {
+        bool isStored = false;
+        bool isTransition = false;
+        GUID guid{};
+        std::string file;
+        std::string name;
+        std::string folder;  // Path, as shown.
+        int folderRow = -1;  // -1 when it stayed where it was.
+    };
+
+    explicit EffectWriter(Galleries& galleries) : m_galleries(galleries) {}
+    // Waits for what is under way.
+    ~EffectWriter();
+    EffectWriter(const EffectWriter&) = delete;
+    EffectWriter& operator=(const EffectWriter&) = delete;
+
+    // The folder is made when missing.
+    void Add(const EffectSource& source, const std::vector<std::string>& folder);
+    // Gives the item and the record of a known effect what the source has. The item keeps its folders, its annotation
+    // and a name that the user gave it.
+    void Update(const KnownEffect& known, const EffectSource& source);
+    // Waits until everything has had its turn: the galleries may be looked at then, until the next add.
+    void Settle();
+    // Folders were removed: what is known of them is forgotten.
+    void ForgetFolders();
+
+    // Of all adds and updates, in their order, as far as they are settled: whether the loaded galleries hold the items,
+    // and the database, but neither the placements nor the records.
+    std::vector<Outcome>& Outcomes() { return m_outcomes; }
+
+private:
+    // A gallery and what is known of its folders, as soon as one is needed.
+    struct Shelf {
+        CQGallery* gallery = nullptr;
+        std::optional<FolderMaker> folders;
+    };
+    struct Pending {
+        std::unique_ptr<CQItem> item;  // Ours until the folder holds it.
+        CQFolder* folder = nullptr;
+        Outcome outcome;
+    };
+
+    Shelf& ShelfOf(bool isTransition);
+    void Conclude(Pending& pending);
+
+    Galleries& m_galleries;
+    Shelf m_filters;
+    Shelf m_transitions;
+    std::vector<Pending> m_pending;
+    std::vector<Outcome> m_outcomes;
+};
+
+// Waits until the library has run everything that was queued before.
+void AwaitQueuedWork();
+
+}  // namespace qfc::host

@@ -1,0 +1,175 @@
+// Listing, showing, drawing, removing and clearing effects, and probing one file.
+#include "EffectsTest.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using namespace qfc::test;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+namespace fs = std::filesystem;
+
+class Effects : public EffectsTest {
+protected:
+    void SetUp() override {
+        EffectsTest::SetUp();
+        m_glow = Plugin("glow.so", "filter Glow\nfilter Soft glow\n");
+        m_warm = Plugin("warm.so", "filter Warm\n");
+        m_wipe = Plugin("wipe.so", "transition Wipe\n");
+    }
+    Json Shown(const std::string& effect) const { return Done({"effects", "show", effect}); }
+
+    std::string m_glow, m_warm, m_wipe;
+};
+
+TEST_F(Effects, AreListedWithoutOpeningTheirFilesAndMarkedWhenTheseAreGone) {
+    Scan();
+    Junk("warm.so");
+    fs::remove(m_glow);
+    const Json listed = Done({"effects", "list"});
+    ASSERT_EQ(listed.size(), 4U);
+    EXPECT_EQ(Values(listed, "name"), (Names{"Glow", "Soft glow", "Warm", "Wipe"}));
+    for (const Json& effect : listed) {
+        EXPECT_EQ(effect["missing"], effect["file"] == m_glow) << effect;
+        EXPECT_EQ(effect["author"], "Tester");
+        EXPECT_EQ(effect["version"], "1.2");
+    }
+    EXPECT_THAT(Qfc({"effects", "list"}).out, HasSubstr(m_glow + "  [missing]"));
+}
+
+TEST_F(Effects, AreNoneInANewLibrary) {
+    EXPECT_THAT(Refused({"effects", "list"}), HasSubstr("no effects"));
+    EXPECT_THAT(Refused({"effects", "list", "--failed"}), HasSubstr("no effect file has failed"));
+    EXPECT_EQ(Cell("select count(*) from FOLDER_TABLE"), "0");
+}
+
+TEST_F(Effects, ThatFailedAreListedWithTheReason) {
+    const std::string file = Junk("bad.so");
+    Scan();
+    const Json failed = Done({"effects", "list", "--failed"});
+    ASSERT_EQ(failed.size(), 1U);
+    EXPECT_EQ(failed[0]["file"], file);
+    EXPECT_EQ(failed[0]["missing"], false);
+    EXPECT_THAT(std::string(failed[0]["reason"]), HasSubstr("cannot be loaded"));
+    EXPECT_EQ(Done({"effects", "list"}).size(), 4U);
+    EXPECT_THAT(std::string(Shown(file)[0]["failed"]), HasSubstr("cannot be loaded"));
+}
+
+TEST_F(Effects, AreShownByPathByGuidAndByFile) {
+    Scan();
+    const Json byPath = Shown("Wipes\\Wipe");
+    ASSERT_EQ(byPath.size(), 1U);
+    EXPECT_EQ(byPath[0]["kind"], "transition");
+    EXPECT_EQ(byPath[0]["explanation"], "Made for tests");
+    EXPECT_EQ(byPath[0]["parameters"][0]["name"], "position");
+    EXPECT_EQ(Shown(byPath[0]["guid"]), byPath);
+    EXPECT_EQ(Shown(m_wipe), byPath);
+    EXPECT_EQ(Values(Shown(m_glow), "name"), (Names{"Glow", "Soft glow"}));
+    EXPECT_THAT(Refused({"effects", "show", "Light\\Nothing"}), HasSubstr("no effect Light\\Nothing"));
+}
+
+TEST_F(Effects, KindsAreFound) {
+    Scan();
+    EXPECT_EQ(Values(Done({"find", "--kind", "filter"}), "name"), (Names{"Glow", "Soft glow", "Warm"}));
+    EXPECT_EQ(Values(Done({"find", "--kind", "transition"}), "name"), Names{"Wipe"});
+    EXPECT_EQ(Qfc({"find", "--kind", "other"}).exit, 1);
+}
+
+TEST_F(Effects, ATransitionHasAFilmAndAFilterHasNone) {
+    Scan();
+    const std::string strip = m_folder / "strip.png";
+    const Json drawn = Done({"film", "Wipes\\Wipe", strip, "--gallery", "Transitions"});
+    EXPECT_EQ(drawn["frames"], 10);
+    EXPECT_EQ(drawn["moments"][0], "0 %");
+    EXPECT_EQ(drawn["moments"][1], "11 %");
+    EXPECT_EQ(drawn["moments"][9], "100 %");
+    EXPECT_EQ(ReadFile(strip).substr(1, 3), "PNG");
+    Refused({"film", "Light\\Glow", strip, "--gallery", "Filters"});
+}
+
+TEST_F(Effects, ASheetOfAGalleryShowsThem) {
+    Scan();
+    const Json drawn = Done({"sheet", m_folder / "sheet.png", "--gallery", "Filters"});
+    EXPECT_EQ(drawn["items"], 3);
+}
+
+TEST_F(Effects, OfAFileAreRemovedWithTheFoldersThatAreEmptyThen) {
+    Scan();
+    Done({"mkdir", "A\\B", "--gallery", "Filters"});
+    const Json removed = Done({"effects", "remove", m_glow});
+    EXPECT_THAT(removed["removed"], ElementsAre("Light\\Glow", "Light\\Soft glow"));
+    EXPECT_EQ(removed["file"], m_glow);
+    EXPECT_THAT(removed["prunedFolders"], testing::UnorderedElementsAre("Light", "A", "A\\B"));
+    EXPECT_THAT(Listed(), ElementsAre("Colour\\Warm colours\\Warm", "Wipes\\Wipe"));
+    EXPECT_THAT(Refused({"effects", "remove", m_glow}), HasSubstr(m_glow));
+    ExpectWhole();
+}
+
+TEST_F(Effects, OfAFileThatIsGoneAreRemovedByAnyPathThatLedThere) {
+    Scan();
+    fs::remove(m_wipe);
+    fs::create_directory_symlink(m_plugins.Path(), m_folder / "link");
+    EXPECT_EQ(Done({"effects", "remove", m_folder / "link/./wipe.so"})["file"], m_wipe);
+    EXPECT_EQ(Cell("select count(*) from TRANSITION_TABLE"), "0");
+    ExpectWhole();
+}
+
+TEST_F(Effects, ARemovalTakesTheTagsOfTheItems) {
+    Scan();
+    Done({"tag", "create", "Best", "--gallery", "Filters"});
+    Done({"tag", "add", "Best", "--gallery", "Filters", "--", "Light\\Glow", "Colour\\Warm colours\\Warm"});
+    Done({"effects", "remove", m_glow});
+    EXPECT_EQ(Cell("select count(*) from TAG_ITEM_RELATION_TABLE"), "1");
+    ExpectSound();
+}
+
+TEST_F(Effects, AFailedFileIsRemovedAndForgotten) {
+    const std::string file = Junk("bad.so");
+    Scan();
+    EXPECT_THAT(Done({"effects", "remove", file})["prunedFolders"], IsEmpty());
+    EXPECT_EQ(Cell("select count(*) from FLT_FILE_TABLE where FILTER_COUNT = 0"), "0");
+    EXPECT_EQ(Scan()["failed"].size(), 1U);
+}
+
+TEST_F(Effects, AreClearedWithoutARest) {
+    Junk("bad.so");
+    Scan();
+    RawDb(Database()).Exec("delete from FLT_TABLE where rowid = 1");
+    Refused({"effects", "clear"}, 2);
+    Refused({"effects", "clear", "--yes=no"}, 2);
+    const std::string media = Image("photograph.ppm");
+    Done({"import", media});
+    const Json cleared = Done({"effects", "clear", "--yes"});
+    EXPECT_EQ(cleared["removed"].size(), 4U);
+    for (const char* table : {"FLT_FILE_TABLE", "FLT_TABLE", "TRANSITION_TABLE"}) {
+        EXPECT_EQ(Cell(std::string("select count(*) from ") + table), "0") << table;
+    }
+    EXPECT_EQ(Cell("select count(*) from ITEM_TABLE"), "1");
+    EXPECT_EQ(Cell("select count(*) from RELATION_TABLE"), "1");
+    EXPECT_EQ(Cell("select count(distinct ITEM_ID) from CACHE_DATA_TABLE"), "1");
+    EXPECT_EQ(Done({"ls", "Imported"})["items"].size(), 1U);
+    ExpectSound();
+    // Nothing is remembered either: the failed file is looked at again.
+    const Json again = Scan();
+    EXPECT_EQ(again["failed"].size(), 1U);
+    EXPECT_EQ(again["added"].size(), 4U);
+}
+
+TEST_F(Effects, AreProbedWithoutALibrary) {
+    const Json probed = Done({"effects", "probe", m_glow});
+    EXPECT_EQ(Values(probed["effects"], "name"), (Names{"Glow", "Soft glow"}));
+    EXPECT_THAT(Refused({"effects", "probe", Junk("bad.so")}), HasSubstr("cannot be loaded"));
+    EXPECT_FALSE(fs::exists(Database()));
+}
+
+TEST_F(Effects, ComeBackWithTheSameGuids) {
+    Scan();
+    const std::string guid = Shown("Light\\Glow")[0]["guid"];
+    Done({"effects", "clear", "--yes"});
+    Scan();
+    EXPECT_EQ(Shown("Light\\Glow")[0]["guid"], guid);
+}
+
+}  // namespace
