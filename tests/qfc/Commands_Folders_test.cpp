@@ -25,6 +25,14 @@ TEST_F(CommandsFolders, NewFoldersComeLast) {
     EXPECT_EQ(FoldersOf("\\"), (Names{"C", "A", "B"}));
 }
 
+TEST_F(CommandsFolders, NewFoldersComeLast_AlsoAfterOthersWereRemoved) {
+    for (const char* name : {"1", "2", "3"}) Done({"mkdir", name});
+    Done({"rmdir", "1"});
+    Done({"rmdir", "2"});
+    Done({"mkdir", "4"});
+    EXPECT_EQ(FoldersOf("\\"), (Names{"3", "4"}));
+}
+
 TEST_F(CommandsFolders, RmdirRemovesAnEmptyFolder) {
     Done({"mkdir", "A\\B"});
     Done({"rmdir", "A\\B"});
@@ -118,6 +126,82 @@ TEST_F(CommandsFolders, NothingMovesToAnotherGallery) {
     const int row = Done({"mkdir", "B", "--gallery", "Titles"})["folder"]["row"];
     Refused({"mv", "A", "#" + std::to_string(row)});
     EXPECT_EQ(FoldersOf("\\"), Names{"A"});
+}
+
+// --- Depth
+// --------------------------------------------------------------------------------------------------------------
+
+std::string Levels(int count) {
+    std::string path;
+    for (int i = 0; i < count; ++i) path += i == 0 ? "d" : "\\d";
+    return path;
+}
+
+class CommandsDeepFolders : public CommandsFolders {
+protected:
+    // Makes so many folders "d", one in the other, below the one with that row; the row of the last.
+    int Deepen(int row, int count) {
+        const int last = std::stoi(RawDb(Database()).Cell("select max(ID) from FOLDER_TABLE"));
+        RawDb(Database())
+            .Exec("with recursive LEVEL(I) as (select 1 union all select I + 1 from LEVEL where I < " +
+                  std::to_string(count) +
+                  ") insert into FOLDER_TABLE select VERSION, PREDEFINED_ID, 'd', ADOPT_TYPE, TRUSTY_TYPE, TYPE_EXTRA, "
+                  "case I when 1 then ID else I - 1 + " +
+                  std::to_string(last) + " end, EXPAND_TYPE, 1, I + " + std::to_string(last) +
+                  " from LEVEL join FOLDER_TABLE on ID = " + std::to_string(row));
+        return last + count;
+    }
+    int MakeLevels(const std::string& name, int count) {
+        const int row = Done({"mkdir", name})["folder"]["row"];
+        return Deepen(row, count);
+    }
+};
+
+TEST_F(CommandsDeepFolders, FoldersThatWouldNotBeLoadedAgainAreNotMade) {
+    MakeLevels("d", 998);
+    Refused({"mkdir", Levels(1001)});
+    Refused({"import", Image("a.ppm"), "--folder", Levels(1001)});
+    EXPECT_EQ(Done({"mkdir", Levels(1000)})["made"].size(), 1U);
+    EXPECT_EQ(FoldersOf(Levels(999)), Names{"d"});
+    Refused({"mkdir", Levels(1001)});
+    Done({"mkdir", "e"});
+    Refused({"mv", "e", Levels(1000)});
+    Done({"mv", "e", Levels(999)});
+    EXPECT_EQ(FoldersOf(Levels(999)), (Names{"d", "e"}));
+    EXPECT_EQ(Count("FOLDER_TABLE where FOLDER_NAME = 'd'"), "1000");
+}
+
+TEST_F(CommandsDeepFolders, ManyLevelsAreNotMovedBelowMany) {
+    MakeLevels("a", 600);
+    MakeLevels("b", 600);
+    Refused({"mv", "b", "a\\" + Levels(399)});
+    Done({"mv", "b", "a\\" + Levels(398)});
+    EXPECT_EQ(FoldersOf("a\\" + Levels(398)), (Names{"d", "b"}));
+    EXPECT_EQ(FoldersOf("a\\" + Levels(398) + "\\b\\" + Levels(599)), Names{"d"});
+}
+
+TEST_F(CommandsDeepFolders, ImportedDirectoriesEndWhereNothingIsLoadedAgain) {
+    m_media.MakeFolder("x");
+    Image("x/a.ppm");
+    const QfcResult result = Qfc({"import", Media("x"), "--folder", Levels(1000)});
+    EXPECT_EQ(result.exit, 1);
+    EXPECT_NE(result.err.find("deeper"), std::string::npos) << result.err;
+    EXPECT_EQ(Count("ITEM_TABLE"), "0");
+    EXPECT_EQ(Count("FOLDER_TABLE where FOLDER_NAME = 'd'"), "0");
+}
+
+TEST_F(CommandsDeepFolders, RmdirRefusesFoldersBelowThatWereNotLoaded) {
+    const std::string last = std::to_string(MakeLevels("d", 999));
+    Deepen(std::stoi(last), 2);
+    Done({"mkdir", "T"});
+    EXPECT_NE(Refused({"rmdir", "d", "--recursive"}).find("#" + last), std::string::npos);
+    EXPECT_NE(Refused({"rmdir", "#" + last}).find("#" + last), std::string::npos);
+    EXPECT_EQ(Count("FOLDER_TABLE where FOLDER_NAME = 'd'"), "1002");
+    Done({"mv", "#" + last, "T"});
+    EXPECT_EQ(FoldersOf("T\\d\\d"), Names{"d"});
+    Done({"rmdir", "T", "--recursive"});
+    EXPECT_EQ(Count("FOLDER_TABLE where FOLDER_NAME = 'd'"), "999");
+    ExpectSound();
 }
 
 // --- rename and reorder

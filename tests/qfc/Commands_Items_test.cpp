@@ -202,6 +202,38 @@ TEST_F(CommandsItems, ReorderAfterARemoval) {
     EXPECT_EQ(ItemsOf("F"), (Names{"e.ppm", "a.ppm", "b.ppm", "d.ppm"}));
 }
 
+TEST_F(CommandsItems, WhatIsAddedAfterRemovals_ComesLast) {
+    Args import = {"import", "--folder", "F"};
+    for (int i = 1; i <= 6; ++i) import.push_back(Image(std::to_string(i) + ".ppm", i));
+    Done(import);
+    const Names before = ItemsOf("F");
+    ASSERT_EQ(before.size(), 6U);
+    for (const int gone : {0, 2, 3}) Done({"rm", "F\\" + before[static_cast<std::size_t>(gone)]});
+    Done({"import", Image("7.ppm", 7), "--folder", "F"});
+    EXPECT_EQ(ItemsOf("F"), (Names{before[1], before[4], before[5], "7.ppm"}));
+    for (const int gone : {1, 4}) Done({"rm", "F\\" + before[static_cast<std::size_t>(gone)]});
+    Done({"import", Image("8.ppm", 8), "--folder", "G"});
+    Done({"mv", "G\\8.ppm", "F"});
+    EXPECT_EQ(ItemsOf("F"), (Names{before[5], "7.ppm", "8.ppm"}));
+    Done({"rm", "F\\" + before[5]});
+    Done({"import", Image("9.ppm", 9), "--folder", "F"});
+    EXPECT_EQ(ItemsOf("F"), (Names{"7.ppm", "8.ppm", "9.ppm"}));
+    ExpectSound();
+}
+
+TEST_F(CommandsItems, AnImportWithoutRemovals_WritesNoOrder) {
+    Done({"import", Image("a.ppm", 1), Image("b.ppm", 2), "--folder", "F"});
+    RawDb(Database())
+        .Exec(
+            "create trigger no_order before insert on RELATION_TABLE when exists (select 1 from "
+            "RELATION_TABLE where PARENT_ID = new.PARENT_ID and ITEM_ID = new.ITEM_ID) "
+            "begin update ITEM_TABLE set ITEM_NAME = 'written again'; end");
+    Done({"import", Image("c.ppm", 3), "--folder", "F"});
+    Names items = ItemsOf("F");
+    std::ranges::sort(items);
+    EXPECT_EQ(items, (Names{"a.ppm", "b.ppm", "c.ppm"}));
+}
+
 TEST_F(CommandsItems, ReorderOfAFolderWithoutItems_SaysThatThereIsNothingToOrder) {
     Done({"mkdir", "Only\\Folders"});
     EXPECT_NE(Refused({"reorder", "Only", "--by", "name"}).find("no items"), std::string::npos);

@@ -19,10 +19,10 @@ int Run(const MakeFolderOptions& options, const Console& console) {
     const ChangeLock lock;
     const Session session;
     Galleries galleries(session);
-    FolderMaker maker(galleries.Open(options.gallery), FolderMaker::Names::kStored);
+    FolderMaker maker(galleries.Open(options.gallery), FolderMaker::Names::kTyped);
     CQFolder* folder = maker.Make(components);
     if (folder == nullptr) throw Failure("cannot make the folder " + JoinPath(components));
-    if (maker.Made().empty()) throw Failure("there is a folder " + JoinPath(components) + " already");
+    if (maker.Made().empty()) throw Failure("there is a folder " + PathOf(*folder) + " already");
     for (const std::string& path : maker.Made()) console.Say("made " + path);
     console.ShowJson({{"folder", FolderJson(*folder)}, {"made", maker.Made()}});
     return kDone;

@@ -10,6 +10,7 @@
 #include "hosts/qfc/library/FolderMaker.h"
 #include "hosts/qfc/library/MediaItem.h"
 #include "hosts/qfc/library/Paths.h"
+#include "hosts/qfc/library/Placement.h"
 #include "hosts/qfc/library/Tree.h"
 #include "hosts/qfc/media/DecodePool.h"
 
@@ -20,11 +21,20 @@ namespace qfc::host {
 namespace {
 
 // "#row" or a path; the components of the folder to import into.
-std::vector<std::string> BaseFolder(Galleries& galleries, const ImportOptions& options) {
-    if (!RowNumber(options.folder)) return SplitPath(options.folder);
-    const FoundFolder found = FindFolder(galleries, options.gallery, options.folder);
-    if (found.gallery != &galleries.Open(options.gallery)) throw Failure(options.folder + " is in another gallery");
-    return ComponentsOf(*found.folder);
+std::vector<std::string> BaseFolder(Galleries& galleries, CQGallery& gallery, const ImportOptions& options) {
+    if (RowNumber(options.folder)) {
+        const FoundFolder found = FindFolder(galleries, options.gallery, options.folder);
+        if (found.gallery != &gallery) throw Failure(options.folder + " is in another gallery");
+        RequireReachable(gallery, *found.folder);
+        return ComponentsOf(*found.folder);
+    }
+    const std::vector<std::string> components = SplitPath(options.folder);
+    RequireLevels(components.size());
+    // What is there of the path has to be one folder; that is said before anything is decoded.
+    CQFolder* folder = &gallery;
+    for (std::size_t i = 0; i < components.size() && folder != nullptr; ++i)
+        folder = ChildNamed(*folder, components[i]);
+    return components;
 }
 
 // Runs one import and keeps what came of it.
@@ -122,10 +132,14 @@ private:
         }
         if (!media.IsGood()) return NoteBroken(file.path, media.error);
         if (!file.storable) return NoteBroken(file.path, "its name is not UTF-8");
-        CQFolder* folder = m_folders.Make(file.folder);
-        std::unique_ptr<CQItem> item = folder != nullptr ? MakeItem(media, file.name) : nullptr;
-        if (item == nullptr) return NoteRefused(file.path);
-        queue.Add(std::move(item), *folder, {m_folders.StoredPath(*folder), JoinPath(file.folder)});
+        try {
+            CQFolder* folder = m_folders.Make(file.folder);
+            std::unique_ptr<CQItem> item = folder != nullptr ? MakeItem(media, file.name) : nullptr;
+            if (item == nullptr) return NoteRefused(file.path);
+            queue.Add(std::move(item), *folder, {m_folders.StoredPath(*folder), m_folders.ShownPath(*folder)});
+        } catch (const Failure& failure) {
+            NoteRefused(file.path, failure.what());
+        }
     }
 
     void Collect(AddQueue& queue) {
@@ -149,10 +163,10 @@ private:
         m_progress.Clear();
         m_console.Complain(path + ": " + text);
     }
-    void NoteRefused(const std::string& path) {
+    void NoteRefused(const std::string& path, const std::string& reason = "cannot be stored in the library") {
         m_refused.push_back(path);
         m_progress.Clear();
-        m_console.Complain(path + ": cannot be stored in the library");
+        m_console.Complain(path + ": " + reason);
     }
 
     Json AsJson() const {
@@ -203,7 +217,7 @@ int Run(const ImportOptions& options, const Console& console) {
     const Session session;
     Galleries galleries(session);
     CQGallery& gallery = galleries.Open(options.gallery);
-    ImportPlan plan = PlanImport(walk, gallery, BaseFolder(galleries, options));
+    ImportPlan plan = PlanImport(walk, gallery, BaseFolder(galleries, gallery, options));
     // The worker gives added items the tags that the data beside the program want for them; both are read before.
     QFCLibraryManager::fnLoadLibTag();
     CLibTagsMgr::GetLibTagMgr()->GeneratePresetTagData();

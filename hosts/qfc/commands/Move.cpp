@@ -29,10 +29,7 @@ void RefuseItemTarget(CQGallery& gallery, CQFolder& target, const CQItem& item) 
     if (&target == &gallery) throw Failure("the gallery itself holds no items; name a folder");
     if (target.HasItem(item.GetUniqueID(), 0)) throw Failure("the item is in " + PathOf(target) + " already");
     RefuseItemClash(target, item, ToText(item.GetItemName()));
-    // The library finds the target by its path, and takes the first of several that share one.
-    if (gallery.GetFolderByPath(ToCString(StoredPathOf(target))) != &target) {
-        throw Failure(PathOf(target) + " cannot be reached by its path; rename it first");
-    }
+    RequireReachable(gallery, target);
 }
 
 bool AddPlacement(CQGallery& gallery, CQFolder& target, CQItem& item) {
@@ -52,6 +49,7 @@ Json MoveItem(const FoundItem& found, CQFolder& target) {
         const bool undone = RemovePlacement(target, guid);
         throw Failure("cannot move " + from + (undone ? "" : "; it is now also in " + PathOf(target)));
     }
+    MendItemOrder(target);
     return ItemJson(*found.gallery, item);
 }
 
@@ -61,18 +59,9 @@ void RefuseFolderTarget(CQFolder& folder, CQFolder& target) {
     const std::string path = PathOf(folder);
     if (target.IsSubfolderOf(&folder)) throw Failure(path + " cannot be moved into itself");
     if (folder.GetParent() == &target) throw Failure(path + " is there already");
-    if (Child(target, ToText(folder.GetFolderName())) != nullptr || Child(target, ShownName(folder)) != nullptr) {
-        throw Failure("there is a folder of that name in the target already");
-    }
+    RefuseFolderClash(target, folder, ToText(folder.GetFolderName()));
+    RequireLevels(LevelOf(target) + 1 + LevelsBelow(folder));
     if (folder.GetDBId() == -1) throw Failure(path + " is not stored in the library");
-}
-
-bool StoreFolder(CQFolder& folder) {
-    RestoreTrusty(folder);
-    QFCLibraryManager::fnUpdateFolder(ToHandle(&folder), folder.GetFolderName(), folder.GetAdopt(), folder.GetTrusty(),
-                                      folder.GetExtra());
-    const auto stored = LoadStoredFolder(*folder.GetDBTools(), folder.GetDBId());
-    return stored && stored->parentRow == folder.GetParent()->GetDBId() && stored->index == folder.GetIndex();
 }
 
 int IndexBehindLast(CQFolder& parent) {

@@ -30,8 +30,7 @@ Json RenameItem(const FoundItem& found, const std::string& name) {
 }
 
 Json RenameFolder(CQFolder& folder, const std::string& name) {
-    const CQFolder* other = Child(*folder.GetParent(), name);
-    if (other != nullptr && other != &folder) throw Failure("there is a folder " + PathOf(*other) + " already");
+    RefuseFolderClash(*folder.GetParent(), folder, name);
     if (folder.GetDBId() == -1) throw Failure(PathOf(folder) + " is not stored in the library");
     RestoreTrusty(folder);
     QFCLibraryManager::fnUpdateFolder(ToHandle(&folder), ToCString(name), folder.GetAdopt(), folder.GetTrusty(),

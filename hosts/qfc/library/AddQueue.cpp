@@ -2,6 +2,7 @@
 
 #include "api/QFCLib.h"
 #include "hosts/qfc/library/ItemPayloads.h"
+#include "hosts/qfc/library/Placement.h"
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Verify.h"
 
@@ -38,11 +39,12 @@ AddQueue::~AddQueue() {
 
 void AddQueue::Add(std::unique_ptr<CQItem> item, CQFolder& folder, const Target& target) {
     Pending pending;
-    pending.outcome = {false,        ToText(item->GetFileName()), ToText(item->GetItemName()),
-                       target.shown, item->GetUniqueID(),         folder.GetDBId()};
+    pending.outcome = {false,        ToText(item->GetFileName()),        ToText(item->GetItemName()),
+                       target.shown, std::as_const(*item).GetUniqueID(), folder.GetDBId()};
     pending.item = std::move(item);
     pending.folder = &folder;
     m_isSettled = false;
+    m_filled.insert(&folder);
     {
         Lock lock(m_mutex);
         if (!WaitUntilFewer(lock, kMostOnTheWay)) {
@@ -72,7 +74,12 @@ std::vector<AddQueue::Outcome> AddQueue::TakeOutcomes() {
     }
     if (!m_isSettled && m_held.size() <= m_rowsRead / kWorthLooking) return {};
     LookAtPlacements(m_held);
+    if (m_isSettled) MendOrders();
     return std::exchange(m_held, {});
+}
+
+void AddQueue::MendOrders() {
+    for (CQFolder* folder : std::exchange(m_filled, {})) MendItemOrder(*folder);
 }
 
 void AddQueue::LookAtPlacements(std::vector<Outcome>& outcomes) {
@@ -107,7 +114,7 @@ void AddQueue::Queue(Pending pending, const std::string& folderPath) {
 void AddQueue::QueueMarker() {
     Pending marker;
     marker.item = std::make_unique<CQItem>();
-    marker.outcome.guid = marker.item->GetUniqueID();
+    marker.outcome.guid = std::as_const(*marker.item).GetUniqueID();
     Queue(std::move(marker), kNoFolder);
 }
 

@@ -7,6 +7,7 @@
 #include <list>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -53,7 +54,7 @@ public:
     // Returns when every add has had its turn. Should the library not answer for minutes, it is stopped.
     void Settle();
     // What has become known, in the order of the adds. Looking into a folder reads all of it, so outcomes are held back
-    // until they are worth it; once all has settled everything is told.
+    // until they are worth it; once all has settled everything is told, and the stored order of the folders mended.
     std::vector<Outcome> TakeOutcomes();
 
 private:
@@ -73,6 +74,7 @@ private:
     bool WaitUntilFewer(Lock& lock, std::size_t count);
     void Abandon(Lock& lock);
     void LookAtPlacements(std::vector<Outcome>& outcomes);
+    void MendOrders();
 
     // Set once in the constructor.
     CQGallery& m_gallery;
@@ -83,6 +85,7 @@ private:
     bool m_isSettled = false;
     std::vector<Outcome> m_held;  // Not looked at in the database yet.
     std::size_t m_rowsRead = 0;   // By the last look.
+    std::set<CQFolder*> m_filled;  // Their stored order was not looked at yet.
 
     // Guarded by m_mutex, which is never held while the library is called to queue or register.
     std::mutex m_mutex;

@@ -24,7 +24,7 @@ std::vector<CQGallery*> NamedFirst(Galleries& galleries, const std::string& gall
 CQFolder* Follow(CQFolder& start, std::span<const std::string> components) {
     CQFolder* folder = &start;
     for (const std::string& component : components) {
-        folder = Child(*folder, component);
+        folder = ChildNamed(*folder, component);
         if (folder == nullptr) return nullptr;
     }
     return folder;

@@ -12,7 +12,8 @@ class CQItem;
 namespace qfc::host {
 
 // What the texts of a command line stand for. Every function throws Failure with the reason when the text names
-// nothing, or more than one thing. `gallery` is the text of --gallery, empty for none. Main thread.
+// nothing, or more than one thing; on the way of a path, too. `gallery` is the text of --gallery, empty for none. Main
+// thread.
 
 struct FoundItem {
     CQGallery* gallery = nullptr;

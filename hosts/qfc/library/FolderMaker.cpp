@@ -1,68 +1,119 @@
 #include "hosts/qfc/library/FolderMaker.h"
 
 #include "api/QFCLib.h"
+#include "hosts/qfc/cli/Exit.h"
+#include "hosts/qfc/library/Paths.h"
+#include "hosts/qfc/library/Placement.h"
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Tree.h"
 #include "hosts/qfc/library/Verify.h"
 
+#include <algorithm>
+
 namespace qfc::host {
 namespace {
-
-std::string Below(const std::string& path, const std::string& name) { return path + (path.empty() ? "" : "\\") + name; }
 
 // The library would take these for an encoded name, or for a key and a name.
 bool SaysMoreThanAName(const std::string& name) {
     return name.starts_with("||") || name.find("--") != std::string::npos;
 }
 
+// In these galleries every folder of the first level counts as a predefined one, whose names are translated.
+bool HoldsPredefined(const CQFolder& parent) { return parent.GetFolderID() == 3 || parent.GetFolderID() == 12; }
+
+// What a new folder will be shown as.
+std::string ShownBelow(const CQFolder& parent, const std::string& stored, const FolderMaker::Marks& marks) {
+    CQFolder folder(ToCString(stored), marks.trusty, marks.adopt, marks.extra);
+    folder.SetFolderID(HoldsPredefined(parent) ? parent.GetFolderID() : marks.id);
+    return ShownName(folder);
+}
+
 }  // namespace
 
 FolderMaker::FolderMaker(CQGallery& gallery, Names names)
     : m_gallery(gallery), m_names(names), m_galleryName(ShownName(static_cast<CQFolder&>(gallery))) {
-    const std::vector<CQFolder*> tree = WholeTree(gallery);
     m_paths[&gallery] = {};
-    // Of siblings with one name the first is the one that a path reaches, as in the library; stored names come before
-    // shown ones.
-    for (CQFolder* folder : tree) {
-        if (folder == &gallery) continue;
-        m_paths[folder] = {StoredPathOf(*folder), PathOf(*folder)};
-        m_children.emplace(std::pair(folder->GetParent(), ToText(folder->GetFolderName())), folder);
-    }
-    if (m_names == Names::kStored) return;
-    for (CQFolder* folder : tree) {
-        if (folder != &gallery) m_children.emplace(std::pair(folder->GetParent(), ShownName(*folder)), folder);
+    for (CQFolder* folder : WholeTree(gallery)) {
+        if (folder != &gallery) Note(*folder, ShownName(*folder));
     }
 }
 
-std::string FolderMaker::StoredName(const CQFolder& parent, const std::string& name) const {
-    if (m_names == Names::kStored || !SaysMoreThanAName(name)) return name;
+void FolderMaker::Note(CQFolder& folder, const std::string& shown) {
+    const CQFolder* parent = folder.GetParent();
+    const std::string stored = ToText(folder.GetFolderName());
+    const Paths& above = m_paths.at(parent);
+    m_paths[&folder] = {Below(above.stored, stored), Below(above.shown, shown)};
+    m_stored[{parent, stored}].push_back(&folder);
+    m_shown[{parent, shown}].push_back(&folder);
+    int& last = m_lastIndex[parent];
+    last = std::max(last, folder.GetIndex());
+}
+
+CQFolder* FolderMaker::Known(const CQFolder& parent, const std::string& name) const {
+    auto found = m_stored.find({&parent, name});
+    bool isKnown = found != m_stored.end();
+    if (!isKnown && m_names != Names::kStored) {
+        found = m_shown.find({&parent, name});
+        isKnown = found != m_shown.end();
+    }
+    if (!isKnown) return nullptr;
+    if (found->second.size() > 1 && m_names != Names::kStored) {
+        RefuseSeveral(found->second, Below(m_paths.at(&parent).shown, name));
+    }
+    return found->second.front();
+}
+
+const CQFolder* FolderMaker::Taken(const CQFolder& parent, const std::string& shown) const {
+    for (const Children* children : {&m_stored, &m_shown}) {
+        if (const auto found = children->find({&parent, shown}); found != children->end()) return found->second.front();
+    }
+    return nullptr;
+}
+
+std::string FolderMaker::StoredName(const CQFolder& parent, const std::string& name, const Marks& marks) const {
+    if (m_names != Names::kShown) return name;
+    if (!SaysMoreThanAName(name) && Taken(parent, ShownBelow(parent, name, marks)) == nullptr) return name;
     const std::string path = Below(m_paths.at(&parent).shown, name);
     return ToText(GenerateFolderNameFromDispalyPath(ToCString(m_galleryName), ToCString(path)));
 }
 
 CQFolder* FolderMaker::Create(const CQFolder& parent, const std::string& name, const Marks& marks) {
-    const std::string stored = StoredName(parent, name);
-    const Paths& above = m_paths.at(&parent);
+    const std::string stored = StoredName(parent, name, marks);
+    const std::string shown = ShownBelow(parent, stored, marks);
+    const CQFolder* taken = Taken(parent, shown);
+    if (m_names == Names::kTyped && taken != nullptr) {
+        throw Failure("there is a folder " + m_paths.at(taken).shown + " already");
+    }
     CQFolder* folder =
-        QFCLibraryManager::fnCreateFolder(ToHandle(&m_gallery), ToCString(above.stored), ToCString(stored), marks.adopt,
-                                          marks.trusty, marks.extra, marks.id);
+        QFCLibraryManager::fnCreateFolder(ToHandle(&m_gallery), ToCString(m_paths.at(&parent).stored),
+                                          ToCString(stored), marks.adopt, marks.trusty, marks.extra, marks.id);
     if (folder == nullptr || !LoadStoredFolder(*m_gallery.GetDBTools(), folder->GetDBId())) return nullptr;
-    m_paths[folder] = {Below(above.stored, stored), Below(above.shown, name)};
+    PutLast(*folder);
+    Note(*folder, shown);
     return folder;
 }
 
+// The library counts the siblings, and after removals the last of them may have a higher number.
+void FolderMaker::PutLast(CQFolder& folder) {
+    const int last = m_lastIndex[folder.GetParent()];
+    if (folder.GetIndex() > last) return;
+    folder.SetIndex(last + 1);
+    StoreFolder(folder);
+}
+
 CQFolder* FolderMaker::Make(const std::vector<std::string>& components, const Marks& marks) {
+    RequireLevels(components.size());
     std::string path;
     CQFolder* folder = &m_gallery;
     for (std::size_t i = 0; i < components.size(); ++i) {
         path = Below(path, components[i]);
-        CQFolder*& known = m_children[{folder, components[i]}];
-        if (known == nullptr) {
-            known = Create(*folder, components[i], i + 1 == components.size() ? marks : Marks{});
-            if (known == nullptr) return nullptr;
+        CQFolder* next = Known(*folder, components[i]);
+        if (next == nullptr) {
+            next = Create(*folder, components[i], i + 1 == components.size() ? marks : Marks{});
+            if (next == nullptr) return nullptr;
             m_made.push_back(path);
         }
-        folder = known;
+        folder = next;
     }
     return folder;
 }

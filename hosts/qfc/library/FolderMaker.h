@@ -14,9 +14,13 @@ namespace qfc::host {
 // makes itself, so it may be used while the worker adds items. Main thread; nobody else makes folders meanwhile.
 class FolderMaker {
 public:
-    // What the names are that folders are made of. A shown name is stored encoded where the library would read more
-    // into it than a name; a stored one is stored as it is.
-    enum class Names { kShown, kStored };
+    // What the names are that folders are made of, and which folders that are there go by them.
+    enum class Names {
+        kTyped,   // Stored as they are. A folder goes by its stored name, then by what it is shown as.
+        kShown,   // As kTyped, but encoded where the library would show something else that is taken, or read more
+                  // into a name than a name.
+        kStored,  // Stored as they are. A folder goes by its stored name alone, the first that has it.
+    };
 
     FolderMaker(CQGallery& gallery, Names names);
 
@@ -25,14 +29,15 @@ public:
         unsigned adopt = 0, trusty = 0, extra = 0, id = 0;
     };
 
-    // The folder at the path, made when missing; the marks are those of the last one. An existing folder goes by its
-    // stored name, and with shown names by what it is shown as, too. Null when one cannot be made or is not in the
-    // database afterwards.
+    // The folder at the path, made when missing, behind its siblings; the marks are those of the last one. Null when
+    // one cannot be made or is not in the database afterwards. Throws Failure when a name fits several folders, when
+    // the folder would lie deeper than is loaded again, and for kTyped when it would be shown as another is called.
     CQFolder* Make(const std::vector<std::string>& components, const Marks& marks);
     CQFolder* Make(const std::vector<std::string>& components) { return Make(components, Marks{}); }
 
     // Of the gallery or a folder that was there before or that was made here.
     const std::string& StoredPath(const CQFolder& folder) const { return m_paths.at(&folder).stored; }
+    const std::string& ShownPath(const CQFolder& folder) const { return m_paths.at(&folder).shown; }
     // Paths of the folders made so far, of the names that were given.
     const std::vector<std::string>& Made() const { return m_made; }
 
@@ -41,15 +46,22 @@ private:
         std::string stored;
         std::string shown;
     };
+    using Children = std::map<std::pair<const CQFolder*, std::string>, std::vector<CQFolder*>>;  // By parent and name.
 
+    void Note(CQFolder& folder, const std::string& shown);
+    CQFolder* Known(const CQFolder& parent, const std::string& name) const;
+    const CQFolder* Taken(const CQFolder& parent, const std::string& shown) const;
     CQFolder* Create(const CQFolder& parent, const std::string& name, const Marks& marks);
-    std::string StoredName(const CQFolder& parent, const std::string& name) const;
+    void PutLast(CQFolder& folder);
+    std::string StoredName(const CQFolder& parent, const std::string& name, const Marks& marks) const;
 
     CQGallery& m_gallery;
     const Names m_names;
     std::string m_galleryName;  // As it is shown.
     std::map<const CQFolder*, Paths> m_paths;
-    std::map<std::pair<const CQFolder*, std::string>, CQFolder*> m_children;  // By parent and name.
+    Children m_stored;
+    Children m_shown;
+    std::map<const CQFolder*, int> m_lastIndex;  // By parent.
     std::vector<std::string> m_made;
 };
 

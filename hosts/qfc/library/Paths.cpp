@@ -24,6 +24,8 @@ std::string JoinPath(const std::vector<std::string>& components) {
     return path;
 }
 
+std::string Below(const std::string& path, const std::string& name) { return path + (path.empty() ? "" : "\\") + name; }
+
 std::optional<int> RowNumber(const std::string& text) {
     if (text.size() < 2 || text.front() != '#') return std::nullopt;
     int row = 0;

@@ -15,6 +15,9 @@ std::vector<std::string> SplitPath(const std::string& text);
 
 std::string JoinPath(const std::vector<std::string>& components);
 
+// The path with one more component.
+std::string Below(const std::string& path, const std::string& name);
+
 // The row number in "#12"; nothing for another text.
 std::optional<int> RowNumber(const std::string& text);
 

@@ -1,6 +1,7 @@
 #include "hosts/qfc/library/Removal.h"
 
 #include "api/QFCLib.h"
+#include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/library/LinkRelease.h"
 #include "hosts/qfc/library/Tree.h"
 #include "hosts/qfc/library/Verify.h"
@@ -17,23 +18,35 @@ bool IsNothingLeft(DBTools& tools, int row) {
     return IsFolderGone(tools, row) && items && items->empty();
 }
 
+// Rows below a folder that are not in the tree would stay behind when it goes.
+void RefuseUnseenFolders(DBTools& tools, const std::vector<CQFolder*>& parts, const std::set<int>& rows) {
+    for (const CQFolder* part : parts) {
+        const auto children = StoredSubFolders(tools, part->GetDBId());
+        if (!children) throw Failure("cannot look below " + PathOf(*part));
+        if (std::ranges::all_of(*children, [&](int row) { return rows.contains(row); })) continue;
+        throw Failure("below the folder #" + std::to_string(part->GetDBId()) +
+                      " stand others that were not loaded, maybe too deep; move it up first");
+    }
+}
+
 }  // namespace
 
 bool RemoveFolder(Galleries& galleries, CQFolder& folder) {
     // A folder without a row may not be given to the library: it would take the last one of its parent instead.
     if (folder.GetDBId() == -1 || folder.GetDBTools() == nullptr) return false;
     DBTools& tools = *folder.GetDBTools();
-    std::vector<int> rows;
+    std::set<int> rows;
     std::set<GUID> guids;
     const std::vector<CQFolder*> parts = WholeTree(folder);
     std::vector<CQItem*> items;
     for (CQFolder* part : parts) {
-        rows.push_back(part->GetDBId());
+        rows.insert(part->GetDBId());
         for (CQItem* item : Items(*part)) {
             items.push_back(item);
             guids.insert(std::as_const(*item).GetUniqueID());
         }
     }
+    RefuseUnseenFolders(tools, parts, rows);
     LinkRelease links(galleries, parts, items);
     if (!links.IsComplete()) return false;
     QFCLibraryManager::fnDeleteFolder(ToHandle(&folder));

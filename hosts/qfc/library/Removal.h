@@ -11,6 +11,7 @@ namespace qfc::host {
 
 // The folder with everything below it; its object is gone afterwards. False when anything of it is still stored, an
 // item that no folder holds any more included; all of it is when the tags of its items cannot be taken.
+// Throws Failure, having removed nothing, when the database has folders below it that were not loaded.
 bool RemoveFolder(Galleries& galleries, CQFolder& folder);
 
 // The item's placement in the folder, and the item itself with its last placement: its object may be gone afterwards.

@@ -1,6 +1,7 @@
 #include "hosts/qfc/library/Tree.h"
 
 #include "api/QFCLib.h"
+#include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/library/Paths.h"
 #include "hosts/qfc/library/Text.h"
 
@@ -42,19 +43,62 @@ std::vector<CQFolder*> WholeTree(CQFolder& folder) {
     return tree;
 }
 
-CQFolder* Child(CQFolder& folder, const std::string& name) {
-    for (CQFolder* child : SubFolders(folder)) {
-        if (ToText(child->GetFolderName()) == name) return child;
+std::vector<CQFolder*> ChildrenNamed(CQFolder& folder, const std::string& name) {
+    std::vector<CQFolder*> children = SubFolders(folder);
+    std::erase_if(children, [&](const CQFolder* child) { return ToText(child->GetFolderName()) != name; });
+    if (!children.empty()) return children;
+    children = SubFolders(folder);
+    std::erase_if(children, [&](CQFolder* child) { return ShownName(*child) != name; });
+    return children;
+}
+
+CQFolder* ChildNamed(CQFolder& folder, const std::string& name) {
+    const std::vector<CQFolder*> children = ChildrenNamed(folder, name);
+    if (children.size() > 1) RefuseSeveral(children, Below(PathOf(folder), name));
+    return children.empty() ? nullptr : children.front();
+}
+
+void RefuseSeveral(const std::vector<CQFolder*>& folders, const std::string& path) {
+    std::string rows;
+    for (const CQFolder* folder : folders) rows += (rows.empty() ? "#" : ", #") + std::to_string(folder->GetDBId());
+    throw Failure("several folders are called " + path + ": " + rows);
+}
+
+std::size_t LevelOf(const CQFolder& folder) {
+    std::size_t level = 0;
+    for (const CQFolder* above = folder.GetParent(); above != nullptr; above = above->GetParent()) ++level;
+    return level;
+}
+
+std::size_t LevelsBelow(CQFolder& folder) {
+    std::size_t levels = 0;
+    for (std::vector<CQFolder*> level = SubFolders(folder); !level.empty(); ++levels) {
+        std::vector<CQFolder*> next;
+        for (CQFolder* each : level) {
+            const std::vector<CQFolder*> children = SubFolders(*each);
+            next.insert(next.end(), children.begin(), children.end());
+        }
+        level = std::move(next);
     }
-    for (CQFolder* child : SubFolders(folder)) {
-        if (ShownName(*child) == name) return child;
-    }
-    return nullptr;
+    return levels;
+}
+
+void RequireLevels(std::size_t levels) {
+    if (levels > kMostLevels)
+        throw Failure("folders cannot lie deeper than " + std::to_string(kMostLevels) + " levels");
 }
 
 std::string ShownName(CQFolder& folder) { return ToText(GetFolderDisplayName(&folder, nullptr)); }
 
-std::string ShownName(const CQItem& item) {
+std::string ShownName(const CQItem& item) { return ShownAs(item, ToText(item.GetItemName())); }
+
+std::string ShownAs(const CQFolder& folder, const std::string& name) {
+    CQFolder copy(folder);
+    copy.GetFolderName() = ToCString(name);
+    return ShownName(copy);
+}
+
+std::string ShownAs(const CQItem& item, const std::string& name) {
     switch (item.GetItemType()) {
         case item_type::kVideo:
         case item_type::kTransition:
@@ -63,9 +107,9 @@ std::string ShownName(const CQItem& item) {
         case item_type::kSpeed:
             break;
         default:
-            return ToText(item.GetItemName());
+            return name;
     }
-    CQItem copy(item.GetItemName());
+    CQItem copy(ToCString(name));
     copy.SetItemType(item.GetItemType());
     copy.fnTranslateItemName();
     return ToText(copy.GetItemName());
@@ -94,10 +138,7 @@ std::vector<std::string> ShownComponentsOf(const CQFolder& folder) {
 
 std::string PathOf(const CQFolder& folder) { return JoinPath(ShownComponentsOf(folder)); }
 
-std::string PathOf(const CQFolder& folder, const CQItem& item) {
-    const std::string path = PathOf(folder);
-    return path + (path.empty() ? "" : "\\") + ShownName(item);
-}
+std::string PathOf(const CQFolder& folder, const CQItem& item) { return Below(PathOf(folder), ShownName(item)); }
 
 std::vector<CQFolder*> FoldersOf(CQGallery& gallery, const GUID& guid) {
     std::vector<CQFolder*> folders;

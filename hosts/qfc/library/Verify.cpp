@@ -42,17 +42,36 @@ bool HoldsItem(CQFolder& folder, const GUID& guid) {
     return std::ranges::find(holders, &folder) != holders.end() && LoadFresh(*tools, guid) != nullptr;
 }
 
-std::optional<std::vector<GUID>> StoredItems(DBTools& tools, int folderRow) {
-    return Guarded([&]() -> std::optional<std::vector<GUID>> {
+std::optional<std::vector<StoredPlacement>> StoredPlacements(DBTools& tools, int folderRow) {
+    return Guarded([&]() -> std::optional<std::vector<StoredPlacement>> {
         CppSQLite3Query query;
         if (!tools.QueryFolderItems(folderRow, query)) return std::nullopt;
-        std::vector<GUID> guids;
+        std::vector<StoredPlacement> placements;
         for (; !query.eof(); query.nextRow()) {
             int length = 0;
             const unsigned char* bytes = query.getBlobField("ITEM_ID", length);
-            if (const auto guid = GuidFromBytes(bytes, static_cast<std::size_t>(length))) guids.push_back(*guid);
+            const auto guid = GuidFromBytes(bytes, static_cast<std::size_t>(length));
+            if (guid) placements.push_back({*guid, query.getIntField("ITEM_INDEX", -1)});
         }
-        return guids;
+        return placements;
+    });
+}
+
+std::optional<std::vector<GUID>> StoredItems(DBTools& tools, int folderRow) {
+    const auto placements = StoredPlacements(tools, folderRow);
+    if (!placements) return std::nullopt;
+    std::vector<GUID> guids;
+    for (const StoredPlacement& placement : *placements) guids.push_back(placement.item);
+    return guids;
+}
+
+std::optional<std::vector<int>> StoredSubFolders(DBTools& tools, int folderRow) {
+    return Guarded([&]() -> std::optional<std::vector<int>> {
+        CppSQLite3Query query;
+        if (!tools.QueryChildFolders(folderRow, query)) return std::nullopt;
+        std::vector<int> rows;
+        for (; !query.eof(); query.nextRow()) rows.push_back(query.getIntField("ID", -1));
+        return rows;
     });
 }
 
