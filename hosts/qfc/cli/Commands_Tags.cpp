@@ -75,23 +75,25 @@ void AddTagCommands(Parser& parser) {
         ->type_name("NAME");
     AddGallery(create, createOptions->gallery);
     auto [rename, renameOptions] =
-        parser.Add<TagRenameOptions>(tag, "rename", "Rename a tag", "tag rename Beach Seaside");
+        parser.Add<TagRenameOptions>(tag, "rename", "Rename a tag", "tag rename Beach Seaside --gallery Media");
     AddPlace(rename, "TAG", renameOptions->tag, kTagHelp);
     AddPlace(rename, "NAME", renameOptions->name, "The new name");
     AddGallery(rename, renameOptions->gallery, kOnlyGalleryHelp);
-    AddWithTags<TagDeleteOptions>(parser, tag, "delete", "Delete tags with their links", "tag delete Seaside", "TAG");
+    AddWithTags<TagDeleteOptions>(parser, tag, "delete", "Delete tags with their links",
+                                  "tag delete Seaside --gallery Media", "TAG");
     AddTagCategories(parser, tag);
     AddTagItems<TagAddOptions>(parser, tag, "add", "Give tags to items",
                                "tag add Beach Summer -- \"Imported\\holiday.mp4\"");
     AddTagItems<TagRemoveOptions>(parser, tag, "remove", "Take tags away from items",
                                   "tag remove Beach \"Imported\\holiday.mp4\"");
     AddWithTags<TagMergeOptions>(parser, tag, "merge", "Give the items of tags another one instead; the last tag stays",
-                                 "tag merge Sea Shore Beach", "SOURCE... TARGET", [](const TagMergeOptions& o) {
+                                 "tag merge Sea Shore Beach --gallery Media", "SOURCE... TARGET",
+                                 [](const TagMergeOptions& o) {
                                      if (o.tags.size() < 2) throw WrongUsage("merge wants a source and a target");
                                  });
-    AddWithTags<TagCheckOptions>(parser, tag, "check", "Select tags", "tag check Beach", "TAG");
-    AddWithTags<TagUncheckOptions>(parser, tag, "uncheck", "Take tags out of the selection", "tag uncheck Beach",
-                                   "TAG");
+    AddWithTags<TagCheckOptions>(parser, tag, "check", "Select tags", "tag check Beach --gallery Media", "TAG");
+    AddWithTags<TagUncheckOptions>(parser, tag, "uncheck", "Take tags out of the selection",
+                                   "tag uncheck Beach --gallery Media", "TAG");
     parser.Add<TagDefaultsOptions>(tag, "defaults", "Make the categories and tags that a library begins with",
                                    "tag defaults");
 }
