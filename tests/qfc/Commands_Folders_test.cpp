@@ -196,6 +196,7 @@ TEST_F(CommandsDeepFolders, RmdirRefusesFoldersBelowThatWereNotLoaded) {
     Done({"mkdir", "T"});
     EXPECT_NE(Refused({"rmdir", "d", "--recursive"}).find("#" + last), std::string::npos);
     EXPECT_NE(Refused({"rmdir", "#" + last}).find("#" + last), std::string::npos);
+    EXPECT_NE(Refused({"gallery", "rm", "Media"}).find("#" + last), std::string::npos);
     EXPECT_EQ(Count("FOLDER_TABLE where FOLDER_NAME = 'd'"), "1002");
     Done({"mv", "#" + last, "T"});
     EXPECT_EQ(FoldersOf("T\\d\\d"), Names{"d"});

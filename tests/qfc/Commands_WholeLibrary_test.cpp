@@ -172,6 +172,30 @@ TEST_F(CommandsWholeLibrary, ImportLibraryTwice_SaysWhatWasThere) {
     EXPECT_EQ(DumpOf(Database()), before);
 }
 
+TEST_F(CommandsWholeLibrary, ImportLibraryPutsWhatItBringsLast) {
+    Done({"import", Image("a.ppm", 1), Image("b.ppm", 2), Image("c.ppm", 3), "--folder", "F"});
+    Done({"reorder", "F", "--by", "name"});
+    const std::string backup = m_folder / "backup.db";
+    Done({"export", backup});
+    Done({"rm", "F\\a.ppm"});
+    Done({"rm", "F\\b.ppm"});
+    Done({"import-library", backup});
+    EXPECT_EQ(ItemsOf("F"), (Names{"c.ppm", "a.ppm", "b.ppm"}));
+}
+
+TEST_F(CommandsWholeLibrary, ImportLibraryBringsFoldersThatAreShownAlike) {
+    Done({"mkdir", "k--s"});
+    Done({"import", Image("a.ppm"), "--folder", "k--s"});
+    const std::string backup = m_folder / "backup.db";
+    Done({"export", backup});
+    Done({"rmdir", "s", "--recursive"});
+    Done({"mkdir", "s"});
+    Done({"import-library", backup});
+    EXPECT_EQ(FoldersOf("\\"), (Names{"s", "s"}));
+    EXPECT_EQ(ItemsOf("k--s"), Names{"a.ppm"});
+    EXPECT_EQ(ItemsOf("s"), Names{});
+}
+
 TEST_F(CommandsWholeLibrary, ImportLibraryKeepsAnItemSharedByFoldersOne) {
     Other({"import", Image("a.ppm"), "--folder", "A"});
     Other({"mkdir", "B"});

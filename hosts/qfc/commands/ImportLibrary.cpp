@@ -5,7 +5,9 @@
 #include "hosts/qfc/commands/Interrupt.h"
 #include "hosts/qfc/library/ChangeLock.h"
 #include "hosts/qfc/library/FolderMaker.h"
+#include "hosts/qfc/library/ItemPayloads.h"
 #include "hosts/qfc/library/OtherLibrary.h"
+#include "hosts/qfc/library/Placement.h"
 #include "hosts/qfc/library/TagImport.h"
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Tree.h"
@@ -18,12 +20,6 @@
 
 namespace qfc::host {
 namespace {
-
-void ReleasePayloads(CQItem& item) {
-    item.ChangeBlackBox(nullptr, 0);
-    item.ChangeCache(nullptr, 0);
-    item.ChangeFilm(nullptr, item.GetFilmSize(), item.GetFrameSize());
-}
 
 // Brings another library into this one and keeps what came of it.
 class LibraryImport {
@@ -144,6 +140,7 @@ private:
             m_console.Say("added " + taken.name);
         }
         m_taken.clear();
+        MendItemOrder(target);
     }
 
     // In the folder already, or stored in this library as another item than the one that would be found here: its row

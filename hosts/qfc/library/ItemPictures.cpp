@@ -1,6 +1,7 @@
 #include "hosts/qfc/library/ItemPictures.h"
 
 #include "api/QFCLib.h"
+#include "hosts/qfc/library/ItemPayloads.h"
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/media/ItemTexts.h"
 #include "hosts/qfc/pictures/Dib.h"
@@ -14,11 +15,6 @@ namespace {
 
 constexpr DWORD kImage = 4;
 
-void ReleaseStill(CQItem& item) {
-    item.ChangeBlackBox(nullptr, 0);
-    item.ChangeCache(nullptr, 0);
-}
-
 }  // namespace
 
 Picture LoadThumbnail(CQItem& item) {
@@ -26,7 +22,7 @@ Picture LoadThumbnail(CQItem& item) {
     const auto* bytes = static_cast<const std::uint8_t*>(item.GetCache());
     if (bytes == nullptr) return {};
     const auto picture = ReadDib(std::span(bytes, item.GetCacheSize()));
-    ReleaseStill(item);
+    ReleasePayloads(item);
     if (!picture) return {};
     const int rotation = item.GetItemType() == kImage ? ReadExif(ToText(item.GetFileName())).rotation : 0;
     return Turned(*picture, Turn::Clockwise(rotation));
@@ -40,7 +36,7 @@ std::vector<Picture> LoadFilm(CQItem& item) {
         if (frame == nullptr) break;
         if (auto picture = ReadDib(std::span(frame, item.GetFrameSize()))) frames.push_back(std::move(*picture));
     }
-    item.ChangeFilm(nullptr, item.GetFilmSize(), item.GetFrameSize());
+    ReleasePayloads(item);
     return frames;
 }
 
@@ -48,7 +44,7 @@ MediaFacts LoadFacts(CQItem& item) {
     const auto* text = static_cast<const char*>(item.GetBlackBox());
     MediaFacts facts;
     if (text != nullptr) facts = FactsOf(std::string_view(text, item.GetBlackBoxSize()));
-    ReleaseStill(item);
+    ReleasePayloads(item);
     return facts;
 }
 

@@ -21,11 +21,12 @@ bool IsNothingLeft(DBTools& tools, int row) {
 // Rows below a folder that are not in the tree would stay behind when it goes.
 void RefuseUnseenFolders(DBTools& tools, const std::vector<CQFolder*>& parts, const std::set<int>& rows) {
     for (const CQFolder* part : parts) {
+        if (part->GetDBId() == -1) continue;  // The number above every gallery.
         const auto children = StoredSubFolders(tools, part->GetDBId());
         if (!children) throw Failure("cannot look below " + PathOf(*part));
         if (std::ranges::all_of(*children, [&](int row) { return rows.contains(row); })) continue;
-        throw Failure("below the folder #" + std::to_string(part->GetDBId()) +
-                      " stand others that were not loaded, maybe too deep; move it up first");
+        throw Failure("cannot remove the folder #" + std::to_string(part->GetDBId()) +
+                      ": below it are others that were not loaded, maybe too deep; move it up first");
     }
 }
 
