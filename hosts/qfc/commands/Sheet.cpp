@@ -34,7 +34,8 @@ SheetCell CellOf(CQItem& item, const std::string& section) {
     cell.section = section;
     cell.name = ShownName(item);
     if (IsEffect(item)) {
-        cell.detail = EffectFactsOf(item).detail;
+        const EffectFacts facts = EffectFactsOf(item);
+        cell.detail = facts.progress.empty() ? facts.detail : facts.progress;
         return cell;
     }
     const MediaFacts facts = LoadFacts(item);

@@ -215,7 +215,9 @@ EffectFacts EffectFactsOf(CQItem& item) {
     const Json& count = json["effects_in_file"];
     if (count.is_number_unsigned()) facts.effectsInFile = count.get<std::size_t>();
     const auto parameters = json.find("parameters");
-    if (parameters != json.end() && parameters->is_array()) facts.detail = Counted(parameters->size(), "parameter");
+    if (parameters != json.end() && parameters->is_array()) {
+        facts.detail = parameters->empty() ? "no parameters" : Counted(parameters->size(), "parameter");
+    }
     const auto progress = json.find("progress");
     if (progress != json.end()) facts.progress = ProgressText(*progress);
     return facts;
