@@ -93,7 +93,8 @@ public:
     bool QueryCacheSizes(int nKind, std::vector<qfc::PayloadSize>& sizes);
 
     // Effects. Writes the file's row and those of the filters given; others of the file stay. A filter that stood under
-    // another file moves to this one: its key is its item.
+    // another file moves to this one: its key is its item. False, as for a transition, for a name of a file that the
+    // library could not give back.
     bool SaveFilterFile(const DS_Filter_File_Record& file);
     // The file's row and those of its filters.
     bool DeleteFilterFile(const CString& fileName);

@@ -61,8 +61,8 @@ public:
     DBToolsInternal(const DBToolsInternal&) = delete;
     DBToolsInternal& operator=(const DBToolsInternal&) = delete;
 
-    // Shortcuts are narrower statements with the same effect as the given ones; on at first. Off, exactly the given
-    // statements are sent. For tests.
+    // Shortcuts are narrower or fewer statements with the same effect as the given ones; on at first. Off, exactly the
+    // given statements are sent. For tests.
     void SetShortcuts(bool bOn) { m_bShortcuts = bOn; }
 
 protected:
@@ -81,8 +81,10 @@ protected:
     bool QueryCacheSizes(int nKind, std::vector<qfc::PayloadSize>& sizes);
     bool WriteFilterFile(const DS_Filter_File_Record& file);
     bool DeleteFilterFileRows(const CString& fileName);
+    bool DeleteFilterFileRows(std::span<const DS_Filter_File_Record> files);
     bool WriteTransition(const DS_Transition_Record& transition);
     bool DeleteTransitionRows(const CString& fileName);
+    bool DeleteTransitionRows(std::span<const DS_Transition_Record> transitions);
     bool ClearEffects();
     bool ReadTags(std::vector<CTagCategory>& categories);
     bool WriteCategory(const CTagCategory& category);
@@ -101,6 +103,12 @@ protected:
 private:
     bool WriteAllCacheData(const GUID& item, std::span<const qfc::PayloadWrite> payloads);
     bool GatherTrees(std::span<const int> galleryIds, std::vector<int>& folders);
+    bool ReadFilters(DS_Filter_File_Record& file);
+    bool ReadFiltersOfEach(std::vector<DS_Filter_File_Record>& files);
+    bool ReadFiltersOfAll(std::vector<DS_Filter_File_Record>& files);
+    bool KeepsText(const CString& text);
+    template <typename Record>
+    bool RunForNames(const char* sql, std::span<const Record> records);
     bool ReadEffectItems(std::vector<GUID>& items);
     bool ReadChildren(int nParent, std::vector<int>& children);
 

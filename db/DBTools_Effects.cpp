@@ -36,12 +36,9 @@ bool DBTools::ClearFiltersAndTransitions() {
 }
 
 bool DBTools::DeleteFilterFiles(std::span<const DS_Filter_File_Record> files) {
-    return GuardedEach(files,
-                       [&](const DS_Filter_File_Record& file) { return DeleteFilterFileRows(file.strFileName); });
+    return Guarded([&] { return DBToolsInternal::DeleteFilterFileRows(files); });
 }
 
 bool DBTools::DeleteTransitionFiles(std::span<const DS_Transition_Record> transitions) {
-    return GuardedEach(transitions, [&](const DS_Transition_Record& transition) {
-        return DeleteTransitionRows(transition.strFileName);
-    });
+    return Guarded([&] { return DBToolsInternal::DeleteTransitionRows(transitions); });
 }

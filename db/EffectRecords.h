@@ -26,6 +26,8 @@ struct FilterEntry {
 }  // namespace qfc
 
 // One filter file. It may hold several filters, each an item of its own.
+// Names are bound without conversion. A library whose texts are UTF-8, as the shipped template's are, keeps any bytes;
+// one made without template keeps texts only, and refuses a name whose bytes are no UTF-8.
 struct DS_Filter_File_Record {
     CString strFileName;   // The key; stored as given.
     int nFilterCount = 0;  // As the file says; may differ from the number of entries.
@@ -35,7 +37,7 @@ struct DS_Filter_File_Record {
 
 // One transition.
 struct DS_Transition_Record {
-    CString strFileName;           // Stored as given; several transitions may come from one file.
+    CString strFileName;           // As above; several transitions may come from one file.
     std::vector<BYTE> descriptor;  // Of any length; without bytes it is stored, but never loaded.
     GUID guidItem = GUID_NULL;     // Of the library item; all zero: that of the item it is given with.
     int bInLibrary = 1;            // As above.

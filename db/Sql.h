@@ -144,8 +144,10 @@ inline constexpr char kClearTransitions[] = "DELETE FROM TRANSITION_TABLE";
 // Kept: these two end in a semicolon, unlike the one above.
 inline constexpr char kClearFilters[] = "DELETE FROM FLT_TABLE;";
 inline constexpr char kClearFilterFiles[] = "DELETE FROM FLT_FILE_TABLE;";
+// text; the text as the file would give it back.
+inline constexpr char kGiveBackText[] = "Select ?";
 
-// --- Shortcuts: narrower statements with the effect of a given one; DBToolsInternal::SetShortcuts ---
+// --- Shortcuts: narrower statements with the effect of a given one, or one for many; DBToolsInternal::SetShortcuts ---
 // nothing; one row when some payload row has a kind other than 0, 1 and 2. The column is untyped: NULL, fractions,
 // texts and blobs count, and sort so that each of these looks is one step in the key.
 inline constexpr char kProbeOddCacheKinds[] =
@@ -188,5 +190,22 @@ inline constexpr char kQueryTreeItemTags[] =
     "With recursive TREE(ID) as (values(?) union select FOLDER_TABLE.ID from FOLDER_TABLE join TREE on"
     " FOLDER_TABLE.PARENT_ID = TREE.ID) Select ITEM_GUID, TAGS_GUID from TAG_ITEM_RELATION_TABLE where ITEM_GUID in"
     " (select ITEM_ID from RELATION_TABLE where PARENT_ID in (select ID from TREE)) order by ITEM_GUID, TAGS_GUID";
+
+// text of the table's making; one row when the table compares names and orders rows as that text says.
+inline constexpr char kProbePlainFilters[] =
+    "Select 1 from sqlite_master where name = 'FLT_TABLE' and sql || ';' = ? and not exists (select 1 from"
+    " sqlite_master where tbl_name = 'FLT_TABLE' and type = 'index' and sql is not null)";
+// nothing; one row when the file keeps texts as UTF-8.
+inline constexpr char kProbeUtf8[] = "Select 1 where length(cast('a' as BLOB)) = 1";
+// nothing; only a text equals a name.
+inline constexpr char kScanFilters[] =
+    "Select DSORVFT_DATA, DSVFTABLE_DATA, FILE_NAME, ITEM_ID from FLT_TABLE where typeof(FILE_NAME) = 'text'"
+    " order by rowid";
+// Each followed by "(?, ?, ...)": file names
+inline constexpr char kDeleteFilterFilesIn[] = "Delete from FLT_FILE_TABLE where FILE_NAME in ";
+inline constexpr char kDeleteFiltersOfFilesIn[] = "Delete from FLT_TABLE where FILE_NAME in ";
+inline constexpr char kDeleteTransitionsOfFilesIn[] = "Delete from TRANSITION_TABLE where FILE_NAME in ";
+// nothing; changes nothing, and takes the lock of a writer all the same.
+inline constexpr char kTakeTurn[] = "Delete from TRANSITION_TABLE where 0";
 
 }  // namespace qfc::sql

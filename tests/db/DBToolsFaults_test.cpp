@@ -75,6 +75,8 @@ struct Given {
     DS_Transition_Record transition = MakeTransition(50, 2);
     CString filterName = "old.so";
     CString transitionName = "mix.so";
+    std::vector<DS_Filter_File_Record> filterFiles{MakeFilterFile("none.so", 1), MakeFilterFile("old.so", 1)};
+    std::vector<DS_Transition_Record> transitions{{"none.so", {}, {}, 1}, MakeTransition(2, 1)};
     std::vector<GUID> items{MakeGuid(1), MakeGuid(2), MakeGuid(3)};
 };
 
@@ -130,6 +132,8 @@ const Operation kOperations[] = {
     {"DeleteFilterFile", [](DBTools& tools) { return tools.DeleteFilterFile(TheGiven().filterName); }},
     {"SaveTransition", [](DBTools& tools) { return tools.SaveTransition(TheGiven().transition); }},
     {"DeleteTransitionFile", [](DBTools& tools) { return tools.DeleteTransitionFile(TheGiven().transitionName); }},
+    {"DeleteFilterFiles", [](DBTools& tools) { return tools.DeleteFilterFiles(TheGiven().filterFiles); }},
+    {"DeleteTransitionFiles", [](DBTools& tools) { return tools.DeleteTransitionFiles(TheGiven().transitions); }},
     {"ClearFiltersAndTransitions", [](DBTools& tools) { return tools.ClearFiltersAndTransitions(); }},
     {"Clear", [](DBTools& tools) { return tools.ClearDatabase(); }},
     {"AddFolderOrder", [](DBTools& tools) { return tools.AddFolderOrderIndexColumn() != 0; },
@@ -390,6 +394,43 @@ TEST_F(DBToolsOutOfMemory, QueriesGiveAllRowsOrNone) {
             EXPECT_TRUE(!results[1] || galleries[0].name == CString("root")) << "allocation " << n;
             EXPECT_EQ(sizes.size(), results[2] ? 3U : 0U) << "allocation " << n;
             if (HasFailure() || !failed) break;
+        }
+    }
+}
+
+// What a load leaves behind a false is what it had read; what it calls whole is whole.
+TEST_F(DBToolsOutOfMemory, LoadsOfEffectsAreWholeOrFalse) {
+    for (const char* name : {"a.so", "b.so"}) {
+        DS_Filter_File_Record file = MakeFilterFile(name, 1);
+        for (auto& filter : file.filters) filter.guidItem.Data2 = static_cast<std::uint16_t>(name[0]);
+        ASSERT_TRUE(m_tools->SaveFilterFile(file));
+    }
+    for (const int number : {1, 2}) ASSERT_TRUE(m_tools->SaveTransition(MakeTransition(number, 1)));
+    for (const bool sticky : {false, true}) {
+        for (int n = 1;; ++n) {
+            SCOPED_TRACE("allocation " + std::to_string(n));
+            std::vector<DS_Filter_File_Record> files;
+            std::vector<DS_Transition_Record> transitions;
+            bool results[2] = {};
+            bool failed = false;
+            {
+                const MemoryFaults faults(n, sticky);
+                results[0] = m_tools->LoadFilterFiles(files);
+                results[1] = m_tools->LoadTransitions(transitions);
+                failed = faults.HasFailed();
+            }
+            EXPECT_LE(files.size(), 2u);
+            EXPECT_TRUE(!results[0] || files.size() == 2);
+            for (const auto& file : files) {
+                EXPECT_LE(file.filters.size(), 2u);
+                EXPECT_TRUE(!results[0] || file.filters.size() == 2);
+            }
+            EXPECT_TRUE(!results[1] || transitions.size() == 2);
+            if (HasFailure()) return;
+            if (!failed) {
+                EXPECT_TRUE(results[0] && results[1]);
+                break;
+            }
         }
     }
 }

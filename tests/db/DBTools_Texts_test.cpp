@@ -1,5 +1,5 @@
 #include "tags/TagRecords.h"
-#include "tests/db/DbTestSupport.h"
+#include "tests/db/EffectLibrary.h"
 #include "tests/support/SqlTrace.h"
 
 #include <functional>
@@ -47,6 +47,16 @@ constexpr char kDeleteTagLinks[] = "Delete from TAG_ITEM_RELATION_TABLE where TA
 constexpr char kQueryTagItems[] = "Select * from TAG_ITEM_RELATION_TABLE where TAGS_GUID = ?";
 constexpr char kDeleteTag[] = "Delete from LIB_TAG_TABLE where TAG_GUID = ?";
 constexpr char kDeleteCategory[] = "Delete from LIB_TAG_CATEGORY_TABLE where CATEGORY_GUID = ?";
+
+constexpr char kDeletePayloads[] = "Delete from CACHE_DATA_TABLE where ITEM_ID = ?";
+constexpr char kDeleteItem[] = "Delete from ITEM_TABLE where ITEM_ID = ?";
+constexpr char kWriteFilter[] =
+    "INSERT OR REPLACE INTO FLT_TABLE (DSORVFT_DATA, DSVFTABLE_DATA, FILE_NAME, ITEM_ID) values (?, ?, ?, ?)";
+constexpr char kQueryFiltersOfFile[] = "Select * from FLT_TABLE where FILE_NAME = ?";
+constexpr char kQueryTransitions[] = "Select * from TRANSITION_TABLE";
+constexpr char kDeleteFilterFile[] = "Delete from FLT_FILE_TABLE where FILE_NAME = ?";
+constexpr char kDeleteFiltersOfFile[] = "Delete from FLT_TABLE where FILE_NAME = ?";
+constexpr char kDeleteTransitionsOfFile[] = "Delete from TRANSITION_TABLE where FILE_NAME = ?";
 
 CTagCategory CategoryOfTwoTags() {
     CTagCategory category;
@@ -133,12 +143,8 @@ const Sent kSent[] = {
     {"DeleteCacheData",
      [](DBTools& tools) { return tools.DeleteCacheData(kHeldOnce, 1); },
      {"Delete from CACHE_DATA_TABLE where ITEM_ID = ? AND CACHE_DATA_TYPE = ?"}},
-    {"DeleteAllCacheData",
-     [](DBTools& tools) { return tools.DeleteAllCacheData(kHeldOnce); },
-     {"Delete from CACHE_DATA_TABLE where ITEM_ID = ?"}},
-    {"DeleteItemRow",
-     [](DBTools& tools) { return tools.DeleteItemRow(kHeldOnce); },
-     {"Delete from ITEM_TABLE where ITEM_ID = ?"}},
+    {"DeleteAllCacheData", [](DBTools& tools) { return tools.DeleteAllCacheData(kHeldOnce); }, {kDeletePayloads}},
+    {"DeleteItemRow", [](DBTools& tools) { return tools.DeleteItemRow(kHeldOnce); }, {kDeleteItem}},
     {"DeleteRelation", [](DBTools& tools) { return tools.DeleteRelation(kHeldOnce, 1); }, {kDeleteRelation}},
     {"DeleteFolderRow", [](DBTools& tools) { return tools.DeleteFolderRow(1); }, {kDeleteFolder}},
     {"DeleteItemThatAnotherFolderHolds",
@@ -146,8 +152,7 @@ const Sent kSent[] = {
      {kDeleteRelation, kRelationsOfItem}},
     {"DeleteItemThatNoOtherFolderHolds",
      [](DBTools& tools) { return tools.DeleteItemFromFolder(kHeldOnce, 1); },
-     {kDeleteRelation, kRelationsOfItem, "Delete from CACHE_DATA_TABLE where ITEM_ID = ?",
-      "Delete from ITEM_TABLE where ITEM_ID = ?"}},
+     {kDeleteRelation, kRelationsOfItem, kDeletePayloads, kDeleteItem}},
     {"DeleteFolderTrees",
      [](DBTools& tools) {
          const int gallery = 1;
@@ -231,6 +236,42 @@ const Sent kSent[] = {
      },
      {kQueryTagItems, kDeleteTagLinks, kWriteTagLink, kWriteTagLink, kDeleteTag, kQueryTagItems, kDeleteTagLinks,
       kDeleteTag}},
+    {"LoadFilterFiles",
+     [](DBTools& tools) {
+         Filters files;
+         return tools.LoadFilterFiles(files);
+     },
+     {"Select * from FLT_FILE_TABLE", kQueryFiltersOfFile, kQueryFiltersOfFile}},
+    {"LoadTransitions",
+     [](DBTools& tools) {
+         Transitions transitions;
+         return tools.LoadTransitions(transitions);
+     },
+     {kQueryTransitions}},
+    {"SaveFilterFile",
+     [](DBTools& tools) {
+         return tools.SaveFilterFile(MakeFile("c.so", {3, 4}));
+     },
+     {"INSERT OR REPLACE INTO FLT_FILE_TABLE (FILE_NAME, FILTER_COUNT) values (?, ?)", kWriteFilter, kWriteFilter}},
+    {"DeleteFilterFile",
+     [](DBTools& tools) { return tools.DeleteFilterFile("a.so"); },
+     {kDeleteFilterFile, kDeleteFiltersOfFile}},
+    {"DeleteFilterFiles",
+     [](DBTools& tools) { return tools.DeleteFilterFiles(Filters(2)); },
+     {kDeleteFilterFile, kDeleteFiltersOfFile, kDeleteFilterFile, kDeleteFiltersOfFile}},
+    {"SaveTransition",
+     [](DBTools& tools) { return tools.SaveTransition(MakeTransition("c.so", 3)); },
+     {"INSERT OR REPLACE INTO TRANSITION_TABLE (FILE_NAME, DSORVFX_DATA, ITEM_ID) values (?, ?, ?)"}},
+    {"DeleteTransitionFile",
+     [](DBTools& tools) { return tools.DeleteTransitionFile("a.so"); },
+     {kDeleteTransitionsOfFile}},
+    {"DeleteTransitionFiles",
+     [](DBTools& tools) { return tools.DeleteTransitionFiles(Transitions(2)); },
+     {kDeleteTransitionsOfFile, kDeleteTransitionsOfFile}},
+    {"ClearFiltersAndTransitions",
+     [](DBTools& tools) { return tools.ClearFiltersAndTransitions(); },
+     {kQueryTransitions, "Select * from FLT_TABLE", kDeletePayloads, kDeleteItem, kDeletePayloads, kDeleteItem,
+      "DELETE FROM TRANSITION_TABLE", "DELETE FROM FLT_TABLE;", "DELETE FROM FLT_FILE_TABLE;"}},
 };
 
 class DBToolsTexts : public LibraryTest, public testing::WithParamInterface<Sent> {};
@@ -246,6 +287,9 @@ TEST_P(DBToolsTexts, AreExactlyTheGivenOnesInTheirOrder) {
     ASSERT_TRUE(AddItem(2, folder));
     ASSERT_TRUE(m_tools->InsertTag2Item(kHeldOnce, kTag));
     ASSERT_TRUE(m_tools->InsertTag2Item(kHeldTwice, kTag));
+    ASSERT_TRUE(m_tools->SaveFilterFile(MakeFile("a.so", {1})));
+    ASSERT_TRUE(m_tools->SaveFilterFile(MakeFile("b.so", {})));
+    ASSERT_TRUE(m_tools->SaveTransition(MakeTransition("a.so", 2)));
     m_tools.reset();
     SqlTrace trace;
     Open();
