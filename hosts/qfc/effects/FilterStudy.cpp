@@ -3,6 +3,8 @@
 #include "hosts/qfc/effects/PictureMath.h"
 #include "hosts/qfc/effects/PluginInstance.h"
 
+#include <cmath>
+#include <numbers>
 #include <utility>
 
 namespace qfc::host {
@@ -50,7 +52,7 @@ public:
             if (last.IsBetterThan(most) || most.picture.IsEmpty()) most = last;
             if (m_budget.IsSpent(until)) break;
         }
-        return last.IsGood() ? last : most;
+        return last.IsGood() || !most.change.IsVisible() ? last : most;
     }
 
     // Whether a picture that stands still comes out different at different times.
@@ -71,10 +73,14 @@ public:
 private:
     static double TimeOf(int k) { return static_cast<double>(k) / kFrames; }
 
+    // Along a figure of eight, whose last frame is the middle of the photograph.
     Picture MovedTo(int k) const {
-        const int left = (m_photograph.width - kStudySize.width) / 2 + 2 * (k - kFrames / 2);
-        const int top = (m_photograph.height - kStudySize.height) / 2 + (k - kFrames / 2);
-        return Part(m_photograph, left, top, kStudySize);
+        constexpr double kWide = 20, kHigh = 10;
+        const double turn = 2 * std::numbers::pi * (k + 1) / kFrames;
+        const int right = static_cast<int>(std::lround(kWide * std::sin(turn)));
+        const int down = static_cast<int>(std::lround(kHigh * std::sin(2 * turn)));
+        return Part(m_photograph, (m_photograph.width - kStudySize.width) / 2 + right,
+                    (m_photograph.height - kStudySize.height) / 2 + down, kStudySize);
     }
 
     static void Apply(PluginInstance& instance, const Moves& moves) {

@@ -3,10 +3,13 @@
 #include "hosts/qfc/effects/ProbeReport.h"
 
 #include <filesystem>
-#include <frei0r.h>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+extern "C" {
+#include <frei0r.h>
+}
 
 namespace qfc::host {
 

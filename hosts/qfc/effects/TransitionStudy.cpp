@@ -101,10 +101,15 @@ private:
         return true;
     }
 
-    bool IsTelling(const Picture& mix) const {
-        return Distance(mix, m_first) >= kOtherPicture && Distance(mix, m_second) >= kOtherPicture &&
+    static bool IsOther(const Picture& mix, const Picture& picture) {
+        return Distance(mix, Flattened(picture, Backdrop::Black)) >= kOtherPicture;
+    }
+    // Whether it shows more than one of the pictures that went into it, or that the film is between.
+    bool IsTelling(const Picture& mix, const Picture& first, const Picture& second) const {
+        return IsOther(mix, m_first) && IsOther(mix, m_second) && IsOther(mix, first) && IsOther(mix, second) &&
                !IsNearlyOneColour(mix);
     }
+    bool IsTelling(const Picture& mix) const { return IsTelling(mix, m_first, m_second); }
 
     // A mix that shows more than one of its two pictures; remembers what was needed for it.
     std::optional<Picture> TellingMix() {
@@ -112,7 +117,7 @@ private:
         if (IsTelling(mix)) return mix;
         const Picture first = Faded(m_first, FadeTo::Right), second = Faded(m_second, FadeTo::Bottom);
         mix = Mix({}, first, second);
-        if (IsTelling(mix)) {
+        if (IsTelling(mix, first, second)) {
             m_effect.fadedInputs = true;
             return mix;
         }
