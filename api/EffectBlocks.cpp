@@ -254,6 +254,7 @@ std::vector<BYTE> WriteFilterTable(const FilterTableBlock& block) {
     const std::size_t given = std::min(block.parameters.size(), kMostParameters);
     const std::size_t count = std::max<std::size_t>(block.parameterCount, given);
     const std::size_t slots = std::min(given, kSlots);
+    if (slots < std::min(count, kSlots)) return {};
     BlockWriter writer;
     writer.PutMark(kTableMark);
     writer.Put(std::uint16_t{kLayout});
@@ -291,6 +292,8 @@ std::optional<FilterTableBlock> ReadFilterTable(std::span<const BYTE> bytes) {
     block.explanation = reader.GetField(kExplanationField);
     const std::size_t slots = std::min<std::size_t>(block.parameterCount, kSlots);
     for (std::size_t slot = 0; slot < slots; ++slot) block.parameters.push_back(GetSlot(reader));
+    reader.Expect(std::ranges::all_of(reader.Bytes(reader.Left()), [](BYTE byte) { return byte == 0; }));
+    reader.Expect(block.parameterCount <= kSlots || (block.flags & block_flag::kParametersLeftOut) != 0);
     return reader.HasFailed() ? std::nullopt : std::optional(std::move(block));
 }
 

@@ -63,7 +63,7 @@ struct EffectParameter {
 
 // The table of a filter: 456 bytes. Texts hold at most 48, 48 and 128 bytes, names of parameters 26; six parameters.
 struct FilterTableBlock {
-    std::uint16_t parameterCount = 0;  // As the effect has them; a writer raises it to those that are given.
+    std::uint16_t parameterCount = 0;  // As the effect has them: those given, or more behind six that are.
     std::int32_t majorVersion = 0;
     std::int32_t minorVersion = 0;
     std::uint32_t flags = 0;
@@ -102,6 +102,7 @@ struct TransitionDescriptorBlock {
 // What does not fit is cut, between characters, or left out, and the flags say so. Texts end at a zero; bytes that form
 // no character are left out.
 QFCLIB_API std::vector<BYTE> WriteFilterDescriptor(const FilterDescriptorBlock& block);
+// The count is raised to the parameters given. Empty when it counts others that would have fitted.
 QFCLIB_API std::vector<BYTE> WriteFilterTable(const FilterTableBlock& block);
 // Empty when the progress parameter is none of those given, or start or end is no finite number.
 QFCLIB_API std::vector<BYTE> WriteTransitionDescriptor(const TransitionDescriptorBlock& block);

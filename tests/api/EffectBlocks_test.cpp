@@ -141,6 +141,21 @@ TEST(EffectBlocks, ASeventhParameterIsLeftOutCountedAndFlagged) {
     EXPECT_EQ(read->flags, block_flag::kParametersLeftOut);
 }
 
+TEST(EffectBlocks, ATableMayCountMoreParametersBehindSixOnly) {
+    FilterTableBlock table = SomeTable();
+    table.parameterCount = 3;  // And two are given.
+    EXPECT_TRUE(WriteFilterTable(table).empty());
+    table.parameters.clear();
+    EXPECT_TRUE(WriteFilterTable(table).empty());
+    table.parameters.assign(6, {1, 0, DefaultOf(1), "p", ""});
+    table.parameterCount = 900;
+    const auto read = ReadFilterTable(WriteFilterTable(table));
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->parameterCount, 900);
+    EXPECT_EQ(read->parameters.size(), 6u);
+    EXPECT_EQ(read->flags, block_flag::kParametersLeftOut);
+}
+
 TEST(EffectBlocks, ATransitionWithoutSenseIsNotWritten) {
     for (const std::int16_t parameter : {std::int16_t{2}, std::int16_t{-2}, std::int16_t{32767}}) {
         TransitionDescriptorBlock transition = SomeTransition();
@@ -203,6 +218,22 @@ TEST(EffectBlocks, LyingCountsAndLengthsAreNoBlocks) {
     EXPECT_FALSE(with(30, 0xC0, 0x7F));  // Start is no number.
 }
 
+TEST(EffectBlocks, ATableThatNoWriterMakesIsNoBlock) {
+    const Bytes whole = WriteFilterTable(SomeTable());
+    for (const std::size_t at : {328u, 400u, 455u}) {  // In slots that do not count.
+        Bytes bytes = whole;
+        bytes[at] = 1;
+        EXPECT_FALSE(ReadFilterTable(bytes)) << at;
+    }
+    FilterTableBlock full = SomeTable();
+    full.parameterCount = 7;
+    full.parameters.assign(6, {1, 0, DefaultOf(1), "p", ""});
+    Bytes bytes = WriteFilterTable(full);
+    ASSERT_TRUE(ReadFilterTable(bytes));
+    bytes[16] = 0;  // Seven parameters, none of them left out.
+    EXPECT_FALSE(ReadFilterTable(bytes));
+}
+
 TEST(EffectBlocks, TextsThatAreNoneAreNoBlocks) {
     Bytes table = WriteFilterTable(SomeTable());
     table[41] = 0xFF;
@@ -235,7 +266,7 @@ TEST(EffectBlocks, RandomDamage_NeverReadsBeyondAndNeverLies) {
         }
         if (const auto block = ReadFilterTable(bytes)) {
             EXPECT_LE(block->parameters.size(), 6u);
-            EXPECT_TRUE(ReadFilterTable(WriteFilterTable(*block)));
+            EXPECT_EQ(WriteFilterTable(*block), bytes);
         }
         if (HasFailure()) return;
     }
