@@ -78,9 +78,13 @@ void PlainSqlite::Add(const GUID& item, int folder, int index, int rawSize, std:
 }
 
 long PlainSqlite::ScanLibrary() {
+    return Scan({"Select * from FOLDER_TABLE", "Select * from RELATION_TABLE", "Select * from ITEM_TABLE",
+                 "Select * from TAG_ITEM_RELATION_TABLE"});
+}
+
+long PlainSqlite::Scan(std::initializer_list<const char*> statements) {
     long rows = 0;
-    for (const char* sql : {"Select * from FOLDER_TABLE", "Select * from RELATION_TABLE", "Select * from ITEM_TABLE",
-                            "Select * from TAG_ITEM_RELATION_TABLE"}) {
+    for (const char* sql : statements) {
         const Statement scan = Compile(sql);
         const int columns = sqlite3_column_count(scan.get());
         while (sqlite3_step(scan.get()) == SQLITE_ROW) {

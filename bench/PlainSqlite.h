@@ -2,6 +2,7 @@
 
 #include "platform/framework/Guid.h"
 
+#include <initializer_list>
 #include <memory>
 #include <span>
 #include <string>
@@ -21,6 +22,8 @@ public:
     void Add(const GUID& item, int folder, int index, int rawSize, std::span<const unsigned char> stored);
     // Reads every column of every row of the four tables a gallery is loaded from; the number of rows.
     long ScanLibrary();
+    // The same of the rows that the statements bring.
+    long Scan(std::initializer_list<const char*> statements);
 
 private:
     using Statement = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)>;
