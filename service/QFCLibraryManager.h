@@ -118,8 +118,9 @@ public:
 
     // --- Filters and transitions -------------------------------------------------------------------------------------
     // Adds the item as fnAddItemAsync does, and stores its record in the service database: the callback says that the
-    // record is stored. 0, nothing queued, once a stop has begun. The option value is carried along, not stored. Of the
-    // entries of a record one may name no item: it is the added one's.
+    // record is stored. From the beginning of a stop until the database is closed 0, nothing queued; while the service
+    // is stopped it is queued without a database: 1, and nothing is added when the next start runs it. The option value
+    // is carried along, not stored. Of the entries of a record one may name no item: it is the added one's.
     static int fnAddItemAsync_Filter(const DS_Filter_File_Record& file, unsigned int nOption, ULONGLONG hGallery,
                                      std::vector<CString> folderPaths, CQItem* pItem, int nPriority);
     // Puts the items of the folders in the order of their names as well; that order is not stored.
@@ -127,6 +128,7 @@ public:
                                          std::vector<CString> folderPaths, CQItem* pItem, int nPriority);
     // Copies everything from pItem into the gallery's item of that GUID, stores it and the record. These two run behind
     // the asynchronous work of priority 0, raise callbacks, and wait for their result: 0 when a stop drops them, too.
+    // 1 says that the record is stored; the item is only if the gallery has it, which nothing here tells.
     static int fnUpdateFilterOptionAsync(ULONGLONG hGallery, CQItem* pItem, const GUID& guidItem,
                                          const DS_Filter_File_Record& file, unsigned int nOption);
     static int fnUpdateTransitionAsync(ULONGLONG hGallery, CQItem* pItem, const GUID& guidItem,

@@ -13,6 +13,7 @@ LibraryOperation_UpdateFilterOptionAsync::LibraryOperation_UpdateFilterOptionAsy
     SetGallery(hGallery);
 }
 
+// Kept: a gallery without item of that GUID counts as updated, so that the record is stored without an item.
 int LibraryOperation_UpdateFilterOptionAsync::execute() {
     if (m_pDBTools == nullptr || m_pItem == nullptr || Gallery() == 0) return 0;
     if (!qfc::NameItem(m_file, m_guidItem)) return 0;

@@ -14,7 +14,8 @@ public:
                                              DBTools* pDBTools, CQItem* pItem, const GUID& guidItem);
 
     // 0, and nothing done, without database, item or gallery, or when several entries name no item; one that names none
-    // is that of the GUID. 0 when the item cannot be updated; else whether the record was stored.
+    // is that of the GUID. 0 when the item cannot be updated; else whether the record was stored, also when the gallery
+    // has no such item.
     int execute() override;
     DWORD OptionValue() const { return m_dwOption; }
 

@@ -12,6 +12,7 @@ LibraryOperation_UpdateTransitionAsync::LibraryOperation_UpdateTransitionAsync(U
     SetGallery(hGallery);
 }
 
+// Kept: a gallery without item of that GUID counts as updated, so that the record is stored without an item.
 int LibraryOperation_UpdateTransitionAsync::execute() {
     if (m_pDBTools == nullptr || m_pItem == nullptr || Gallery() == 0) return 0;
     if (m_transition.guidItem == GUID_NULL) m_transition.guidItem = m_guidItem;

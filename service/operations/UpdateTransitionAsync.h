@@ -13,7 +13,7 @@ public:
                                            DBTools* pDBTools, CQItem* pItem, const GUID& guidItem);
 
     // 0, and nothing done, without database, item or gallery. 0 when the item cannot be updated; else whether the
-    // record was stored.
+    // record was stored, also when the gallery has no such item.
     int execute() override;
 
 private:

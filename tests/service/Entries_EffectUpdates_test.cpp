@@ -1,0 +1,149 @@
+#include "service/operations/UpdateFilterOptionAsync.h"
+#include "service/operations/UpdateTransitionAsync.h"
+#include "tests/service/EntriesEffectsTest.h"
+#include "tests/support/GateOperation.h"
+#include "tests/support/ServicePeer.h"
+
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace qfc::test;
+using qfc::ServicePeer;
+
+TEST_F(EntriesEffects, UpdateFilterOption_WaitsStoresItemAndRecordAndRaisesACallback) {
+    const GUID guid = AddFilter("Glow");
+    m_seen.clear();
+    CQItem change("Shine");
+    DS_Filter_File_Record file = MakeFilterFile("Glow.so", {GUID_NULL});
+    file.filters[0].descriptor.assign(8, 9);
+    EXPECT_EQ(Manager::fnUpdateFilterOptionAsync(m_hMedia, &change, guid, file, 3), 1);
+    EXPECT_EQ(CountRows("ITEM_TABLE where ITEM_NAME = 'Shine'"), 1);
+    EXPECT_EQ(FilterFiles().at(0).filters.at(0).descriptor, std::vector<BYTE>(8, 9));
+    EXPECT_EQ(FilterFiles()[0].filters[0].guidItem, guid);
+    Settle();
+    ASSERT_EQ(m_seen.size(), 1u);
+    EXPECT_EQ(m_seen[0].guidItem, GUID_NULL);  // The base fill.
+    EXPECT_EQ(m_seen[0].nFolderId, -1);
+}
+
+TEST_F(EntriesEffects, UpdateTransition_WaitsStoresItemAndRecordAndRaisesACallback) {
+    const GUID guid = AddTransition("Fade");
+    m_seen.clear();
+    CQItem change("Melt");
+    EXPECT_EQ(Manager::fnUpdateTransitionAsync(m_hMedia, &change, guid, MakeTransitionRecord("melt.so")), 1);
+    EXPECT_EQ(CountRows("ITEM_TABLE where ITEM_NAME = 'Melt'"), 1);
+    ASSERT_EQ(TransitionRecords().size(), 1u);
+    EXPECT_EQ(TransitionRecords()[0].strFileName, "melt.so");
+    EXPECT_EQ(TransitionRecords()[0].guidItem, guid);
+    Settle();
+    EXPECT_EQ(m_seen.size(), 1u);
+}
+
+TEST_F(EntriesEffects, UpdatesOfANullItem_FailAtOnceAndQueueNothing) {
+    Gate gate;  // What was queued could not end.
+    EXPECT_EQ(Manager::fnUpdateFilterOptionAsync(m_hMedia, nullptr, kOther, {}, 0), 0);
+    EXPECT_EQ(Manager::fnUpdateTransitionAsync(m_hMedia, nullptr, kOther, {}), 0);
+    EXPECT_EQ(ServicePeer::Take(), nullptr);
+}
+
+TEST_F(EntriesEffects, UpdateFilterOption_TwoEntriesWithoutItemFailAndNothingChanges) {
+    const GUID guid = AddFilter("Glow");
+    CQItem change("Shine");
+    const auto file = MakeFilterFile("x.so", {GUID_NULL, GUID_NULL});
+    EXPECT_EQ(Manager::fnUpdateFilterOptionAsync(m_hMedia, &change, guid, file, 0), 0);
+    EXPECT_EQ(CountRows("ITEM_TABLE where ITEM_NAME = 'Glow'"), 1);
+    EXPECT_EQ(CountRows("FLT_FILE_TABLE"), 1);
+}
+
+TEST_F(EntriesEffects, Updates_WhoseItemIsRefused_WriteNoRecord) {
+    const GUID filter = AddFilter("Glow");
+    const GUID transition = AddTransition("Fade");
+    RefuseWrites("ITEM_TABLE");
+    CQItem change("Shine");
+    EXPECT_EQ(Manager::fnUpdateFilterOptionAsync(m_hMedia, &change, filter, MakeFilterFile("x.so", {}), 0), 0);
+    EXPECT_EQ(Manager::fnUpdateTransitionAsync(m_hMedia, &change, transition, MakeTransitionRecord("x.so")), 0);
+    EXPECT_EQ(CountRows("FLT_FILE_TABLE where FILE_NAME = 'x.so'"), 0);
+    EXPECT_EQ(CountRows("TRANSITION_TABLE where FILE_NAME = 'x.so'"), 0);
+}
+
+TEST_F(EntriesEffects, Updates_WhoseRecordIsRefused_FailAndKeepTheItemsUpdate) {
+    const GUID filter = AddFilter("Glow");
+    const GUID transition = AddTransition("Fade");
+    RefuseWrites("FLT_FILE_TABLE");
+    RefuseWrites("TRANSITION_TABLE");
+    CQItem shine("Shine");
+    CQItem melt("Melt");
+    EXPECT_EQ(Manager::fnUpdateFilterOptionAsync(m_hMedia, &shine, filter, MakeFilterFile("x.so", {}), 0), 0);
+    EXPECT_EQ(Manager::fnUpdateTransitionAsync(m_hMedia, &melt, transition, MakeTransitionRecord("x.so")), 0);
+    EXPECT_EQ(CountRows("ITEM_TABLE where ITEM_NAME in ('Shine', 'Melt')"), 2);
+}
+
+TEST_F(EntriesEffects, UpdateOperations_WithoutDatabaseItemOrGallery_Fail) {
+    CQItem change("Shine");
+    using Filter = LibraryOperation_UpdateFilterOptionAsync;
+    using Transition = LibraryOperation_UpdateTransitionAsync;
+    EXPECT_EQ(Filter(m_hMedia, {}, 0, nullptr, &change, kOther).execute(), 0);
+    EXPECT_EQ(Filter(m_hMedia, {}, 0, Tools(), nullptr, kOther).execute(), 0);
+    EXPECT_EQ(Filter(0, {}, 0, Tools(), &change, kOther).execute(), 0);
+    EXPECT_EQ(Transition(m_hMedia, {}, nullptr, &change, kOther).execute(), 0);
+    EXPECT_EQ(Transition(m_hMedia, {}, Tools(), nullptr, kOther).execute(), 0);
+    EXPECT_EQ(Transition(0, {}, Tools(), &change, kOther).execute(), 0);
+    EXPECT_EQ(CountRows("TRANSITION_TABLE"), 0);
+}
+
+// With gallery 0 and an item of its own it changes nothing and answers 0 behind all ordinary asynchronous work.
+TEST_F(EntriesEffects, UpdateTransition_WithoutGallery_IsABarrier) {
+    std::vector<GUID> guids;
+    {
+        Gate gate;
+        for (int number = 0; number < 30; ++number) {
+            CQItem* const pItem = NewItem(("f" + std::to_string(number)).c_str(), kFilterType);
+            guids.push_back(pItem->GetUniqueID());
+            ASSERT_EQ(Manager::fnAddItemAsync_Filter(MakeFilterFile("f.so", {guids.back()}), 0, m_hMedia, {"Clips"},
+                                                     pItem, 0),
+                      1);
+        }
+    }
+    CQItem dummy("dummy");
+    EXPECT_EQ(Manager::fnUpdateTransitionAsync(0, &dummy, GUID_NULL, {}), 0);
+    for (const GUID& guid : guids) EXPECT_EQ(m_pClips->HasItem(guid, 0), 1);
+    EXPECT_EQ(CountRows("TRANSITION_TABLE"), 0);
+    EXPECT_EQ(CountRows("ITEM_TABLE"), 30);
+}
+
+TEST_F(EntriesEffects, CallsThatWait_MadeOnTheWorker_AnswerZeroInsteadOfWaitingForThemselves) {
+    AddFilter("Glow");
+    CQItem change("Shine");
+    std::vector<int> answers;
+    Listen("wait", [&](QFCLibCallbackParam* pParam) {
+        if (pParam->hGallery != m_hMedia) return 1;
+        answers = {Manager::fnUpdateFilterOptionAsync(m_hMedia, &change, kOther, {}, 0),
+                   Manager::fnUpdateTransitionAsync(m_hMedia, &change, kOther, {}),
+                   Manager::fnDeleteFilter({}, m_hMedia), Manager::fnDeleteTransition({}, m_hMedia)};
+        return 1;
+    });
+    AddFilter("Other");
+    EXPECT_EQ(answers, (std::vector<int>{0, 0, 0, 0}));
+    EXPECT_EQ(CountRows("FLT_FILE_TABLE"), 2);
+}
+
+// The record is stored all the same, without an item that it belongs to: hosts look first.
+TEST_F(EntriesEffects, Updates_OfAnItemThatTheGalleryDoesNotHave_StoreTheRecordAlone) {
+    AddItem("clip");
+    const std::string before =
+        RawDb(DatabaseFile()).Cell("select group_concat(ITEM_NAME || quote(ITEM_ID)) from ITEM_TABLE");
+    CQItem change("Shine");
+    EXPECT_EQ(Manager::fnUpdateFilterOptionAsync(m_hMedia, &change, kOther, MakeFilterFile("x.so", {GUID_NULL}), 0), 1);
+    EXPECT_EQ(Manager::fnUpdateTransitionAsync(m_hMedia, &change, kOther, MakeTransitionRecord("y.so")), 1);
+    ASSERT_EQ(FilterFiles().size(), 1u);
+    ASSERT_EQ(FilterFiles()[0].filters.size(), 1u);
+    EXPECT_EQ(FilterFiles()[0].filters[0].guidItem, kOther);
+    ASSERT_EQ(TransitionRecords().size(), 1u);
+    EXPECT_EQ(TransitionRecords()[0].guidItem, kOther);
+    EXPECT_EQ(RawDb(DatabaseFile()).Cell("select group_concat(ITEM_NAME || quote(ITEM_ID)) from ITEM_TABLE"), before);
+    EXPECT_EQ(m_pClips->HasItem(kOther, 0), 0);
+}
+
+}  // namespace
