@@ -19,8 +19,8 @@ constexpr std::size_t kMostOnTheWay = 16;
 // The library carries an option along with a filter; frei0r has none.
 constexpr unsigned kNoOption = 0;
 
-EffectWriter::Outcome OutcomeOf(const EffectSource& source) {
-    EffectWriter::Outcome outcome;
+EffectOutcome OutcomeOf(const EffectSource& source) {
+    EffectOutcome outcome;
     outcome.isTransition = source.effect.isTransition;
     outcome.guid = EffectGuid(BaseNameOf(source.path), source.effect.index);
     outcome.file = source.path;
@@ -51,13 +51,16 @@ bool StandsIn(CQFolder& folder, const CQItem& item) {
     return std::find(items.rbegin(), items.rend(), &item) != items.rend();
 }
 
-}  // namespace
-
+// Waits until the library has run everything that was queued before.
 void AwaitQueuedWork() {
     // Without a gallery this changes nothing, and it runs behind all ordinary work.
     CQItem nobody;
     QFCLibraryManager::fnUpdateTransitionAsync(0, &nobody, nobody.GetUniqueID(), {});
 }
+
+}  // namespace
+
+EffectWriter::EffectWriter(Galleries& galleries) : m_galleries(galleries) {}
 
 EffectWriter::~EffectWriter() { Settle(); }
 
@@ -111,7 +114,7 @@ void EffectWriter::Conclude(Pending& pending) {
 void EffectWriter::Update(const KnownEffect& known, const EffectSource& source) {
     CQGallery& gallery = *ShelfOf(source.effect.isTransition).gallery;
     Settle();
-    Outcome outcome = OutcomeOf(source);
+    EffectOutcome outcome = OutcomeOf(source);
     const std::unique_ptr<CQItem> item = MakeEffectItem(source);
     if (item != nullptr) {
         item->GetAnnotation() = std::as_const(*known.item).GetAnnotation();

@@ -15,23 +15,24 @@ class CQItem;
 
 namespace qfc::host {
 
+// What has become of one effect that was to be stored.
+struct EffectOutcome {
+    bool isStored = false;
+    bool isTransition = false;
+    GUID guid{};
+    std::string file;
+    std::string name;
+    std::string folder;  // Path, as shown.
+    int folderRow = -1;  // -1 when it stayed where it was.
+};
+
 // Puts effects into the library: filters into the Filters gallery, transitions into the Transitions gallery, each item
 // together with its record. Adds run on the library's worker, some at a time; while one is under way nobody else may
 // look at the two galleries. An add that fails raises no callback, so they are waited for behind all of them, and then
 // looked for. Main thread.
 class EffectWriter {
 public:
-    struct Outcome {
-        bool isStored = false;
-        bool isTransition = false;
-        GUID guid{};
-        std::string file;
-        std::string name;
-        std::string folder;  // Path, as shown.
-        int folderRow = -1;  // -1 when it stayed where it was.
-    };
-
-    explicit EffectWriter(Galleries& galleries) : m_galleries(galleries) {}
+    explicit EffectWriter(Galleries& galleries);
     // Waits for what is under way.
     ~EffectWriter();
     EffectWriter(const EffectWriter&) = delete;
@@ -49,7 +50,7 @@ public:
 
     // Of all adds and updates, in their order, as far as they are settled: whether the loaded galleries hold the items,
     // and the database, but neither the placements nor the records.
-    std::vector<Outcome>& Outcomes() { return m_outcomes; }
+    std::vector<EffectOutcome>& Outcomes() { return m_outcomes; }
 
 private:
     // A gallery and what is known of its folders, as soon as one is needed.
@@ -60,7 +61,7 @@ private:
     struct Pending {
         std::unique_ptr<CQItem> item;  // Ours until the folder holds it.
         CQFolder* folder = nullptr;
-        Outcome outcome;
+        EffectOutcome outcome;
     };
 
     Shelf& ShelfOf(bool isTransition);
@@ -70,10 +71,12 @@ private:
     Shelf m_filters;
     Shelf m_transitions;
     std::vector<Pending> m_pending;
-    std::vector<Outcome> m_outcomes;
+    std::vector<EffectOutcome> m_outcomes;
 };
 
-// Waits until the library has run everything that was queued before.
-void AwaitQueuedWork();
+// Looks for what was stored: for the records, which no callback tells of, and for the placements, which are read once
+// for each folder. What is not there is no longer stored. Gives new filters their numbers behind the others of their
+// folder; transitions have no stored order. No adds under way.
+void VerifyEffects(Galleries& galleries, std::vector<EffectOutcome>& outcomes);
 
 }  // namespace qfc::host
