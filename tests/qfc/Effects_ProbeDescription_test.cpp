@@ -76,6 +76,12 @@ TEST_F(EffectsProbeDescription, AnEffectWithoutNameIsCalledLikeItsFile) {
     EXPECT_EQ(effect.explanation, "");
 }
 
+TEST_F(EffectsProbeDescription, AParameterWithoutNameHasAnEmptyOne) {
+    const ProbedEffect effect = EffectOf("unnamed");
+    ASSERT_EQ(effect.parameters.size(), 1u);
+    EXPECT_EQ(effect.parameters[0].name, "");
+}
+
 TEST_F(EffectsProbeDescription, TextsComeAsCleanUtf8) {
     EXPECT_EQ(EffectOf("garbled").name,
               "a?"

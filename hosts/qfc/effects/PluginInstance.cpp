@@ -2,7 +2,6 @@
 
 #include "hosts/qfc/effects/PluginTexts.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <stdexcept>

@@ -1,9 +1,7 @@
 // A plugin that is what its file is called, so that tests make any number of them by copying one file.
 #include "tests/qfc/plugins/EffectPlugin.h"
 
-#include <cstring>
 #include <dlfcn.h>
-#include <limits>
 
 namespace {
 

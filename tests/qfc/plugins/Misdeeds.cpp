@@ -1,7 +1,6 @@
 // The kinds of plugins that do not keep to the interface.
 #include "tests/qfc/plugins/EffectPlugin.h"
 
-#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -115,7 +114,6 @@ void MisdeedInParameter(std::string_view kind, f0r_param_info_t& info) {
 void MisdeedInFrame(std::string_view kind, std::size_t pixels, std::uint32_t* out) {
     if (kind == "overrun") std::memset(out + pixels, 0, 4096);
     if (kind == "onemore") out[pixels] = 0;
-    if (kind == "before") out[-1] = 0;
 }
 
 }  // namespace qfc::test::plugin
