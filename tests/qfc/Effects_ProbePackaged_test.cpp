@@ -56,6 +56,7 @@ TEST_F(EffectsProbePackaged, GeneratorsAndTheMixerOfThreeAreSkipped) {
 }
 
 TEST_F(EffectsProbePackaged, AFilterThatDoesNotReturnFails) {
+    if (kIsSanitized) GTEST_SKIP() << "whether it returns hangs on memory that it never wrote, which sanitizers fill";
     const ProbeReport report = ProbeFile("/usr/lib/frei0r-1/curves.so", Settings(std::chrono::seconds(2)));
     EXPECT_EQ(report.outcome, Outcome::Failed);
     EXPECT_EQ(report.reason, "it takes longer than 2 s");
