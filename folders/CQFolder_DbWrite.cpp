@@ -67,7 +67,11 @@ void CQFolder::EmptyOfItemsInDb() {
             continue;
         }
         items->RemoveAt(0);
-        if (qfc::Teardown::EndsItemsOf(*this)) qfc::Teardown::LetGo(item, *this);
+        if (qfc::Teardown::EndsItemsOf(*this)) {
+            qfc::Teardown::LetGo(item, *this);
+        } else {
+            qfc::Teardown::PassOn(item, *this);
+        }
     }
 }
 

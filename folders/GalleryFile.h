@@ -20,7 +20,8 @@ public:
     // Saves the whole tree below the file's root and closes the file.
     virtual int SaveTreeAndClose(CQFolder& fileRoot) = 0;
     virtual int DeleteItemStreams(CQFolder& folder, CQItem& item) = 0;
-    // Black box and bitmap cache. The item takes care that a modified one keeps what it has of them.
+    // Black box and bitmap cache. The item takes care that a modified one keeps what it has of them, also when this
+    // throws.
     virtual int LoadBlackBox(CQItem& item) = 0;
     virtual int LoadFilm(CQItem& item) = 0;
 };

@@ -28,8 +28,15 @@ CQFolder* FirstFolder(CQFolder& top, IsAccepted&& isAccepted) {
             if (isAccepted(*folder)) return folder;
         }
     } catch (const std::bad_alloc&) {
-        for (CQFolder* folder = top.NextFolder(0); folder != &top; folder = folder->NextFolder(0)) {
+        // A folder that was put into a list by hand knows no way up: who meets the mark again has been everywhere.
+        const CQFolder* mark = nullptr;
+        std::size_t step = 0;
+        std::size_t nextMark = 1;
+        for (CQFolder* folder = top.NextFolder(0); folder != &top && folder != mark; folder = folder->NextFolder(0)) {
             if (isAccepted(*folder)) return folder;
+            if (++step != nextMark) continue;
+            mark = folder;
+            nextMark *= 2;
         }
     }
     return isAccepted(top) ? &top : nullptr;

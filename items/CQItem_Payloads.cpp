@@ -27,6 +27,27 @@ void Adopt(Block& block, void* pData, unsigned nSize) {
     block = Block(pData, nSize);
 }
 
+// Holds a payload back from a load and puts it in its place afterwards, also when the load throws.
+template <class Block>
+class Kept {
+public:
+    Kept(bool bKeep, Block& block, DWORD& dwSize) : m_block(block), m_dwSize(dwSize) {
+        if (bKeep) m_kept = std::move(block);
+    }
+    ~Kept() {
+        if (!m_kept) return;
+        m_dwSize = static_cast<DWORD>(m_kept.size());
+        m_block = std::move(m_kept);
+    }
+    Kept(const Kept&) = delete;
+    Kept& operator=(const Kept&) = delete;
+
+private:
+    Block& m_block;
+    DWORD& m_dwSize;
+    Block m_kept;
+};
+
 // Bytes that a packed bitmap of this header takes; empty for a width that is none. A bitmap stored from the top has a
 // negative height and the same rows.
 std::optional<std::int64_t> RequiredDibSize(const BITMAPINFOHEADER& header) {
@@ -170,16 +191,7 @@ int CQItem::LoadFromGalleryFile(int nKind) {
     if (pFile == nullptr) return 0;
     if (nKind == qfc::kFilm) return pFile->LoadFilm(*this);
     // One load brings both. What was given to the item and not stored yet is not loaded over.
-    qfc::PlainBlock blackBox = m_bModified != 0 ? std::move(m_blackBox) : qfc::PlainBlock();
-    qfc::GlobalBlock cache = m_bModified != 0 ? std::move(m_cache) : qfc::GlobalBlock();
-    const int bLoaded = pFile->LoadBlackBox(*this);
-    if (blackBox) {
-        m_dwBlackBoxSize = static_cast<DWORD>(blackBox.size());
-        m_blackBox = std::move(blackBox);
-    }
-    if (cache) {
-        m_dwCacheSize = static_cast<DWORD>(cache.size());
-        m_cache = std::move(cache);
-    }
-    return bLoaded;
+    const Kept blackBox(m_bModified != 0, m_blackBox, m_dwBlackBoxSize);
+    const Kept cache(m_bModified != 0, m_cache, m_dwCacheSize);
+    return pFile->LoadBlackBox(*this);
 }

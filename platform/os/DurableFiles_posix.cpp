@@ -53,9 +53,15 @@ bool MoveInPlace(const std::string& temporary, const std::string& target, bool r
     return errno == EINVAL && rename(temporary.c_str(), target.c_str()) == 0;
 }
 
-// For file systems that know no flags: a name that is taken is not given a second time.
-bool LinkInPlace(const std::string& from, const std::string& to) {
-    return link(from.c_str(), to.c_str()) == 0 && unlink(from.c_str()) == 0;
+// For file systems that know no flags, or no second names either: a name that is taken is not given once more.
+bool MoveToNew(const std::string& from, const std::string& to) {
+    if (link(from.c_str(), to.c_str()) == 0) return unlink(from.c_str()) == 0;
+    if (errno == EEXIST) return false;
+    if (faccessat(AT_FDCWD, to.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0) {
+        errno = EEXIST;
+        return false;
+    }
+    return rename(from.c_str(), to.c_str()) == 0;
 }
 
 }  // namespace
@@ -109,7 +115,7 @@ bool RenameDurablyToNew(const std::string& from, const std::string& to) {
     const Descriptor folder = OpenFolderOf(to);
     if (!folder.IsOpen()) return FailWithErrno();
     if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) != 0 &&
-        (errno != EINVAL || !LinkInPlace(from, to))) {
+        (errno != EINVAL || !MoveToNew(from, to))) {
         return FailWithErrno();
     }
     return SyncFolder(folder) || FailWithErrno();

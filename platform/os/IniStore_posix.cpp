@@ -137,15 +137,16 @@ void LetWritersHold(const Descriptor& lock, const std::string& path) {
     if (stat(path.c_str(), &profile) != 0 || fstat(lock.Get(), &status) != 0) return;
     const mode_t readers = (profile.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) << 1;
     // Only its owner can; others hold it already.
-    if (S_ISREG(status.st_mode) && (status.st_mode & readers) != readers) {
+    if (S_ISREG(status.st_mode) && status.st_nlink == 1 && (status.st_mode & readers) != readers) {
         static_cast<void>(fchmod(lock.Get(), (status.st_mode | readers) & 0777));
     }
 }
 
 // Held until it is closed. The file stays: whoever removed it would part those who wait from those who come. Opened for
-// reading alone, so that others than its owner can, and without waiting, lest a pipe of that name stop every writer.
+// reading alone, so that others than its owner can; without waiting, lest a pipe of that name stop every writer; and
+// not through a link, lest the permissions of another file be widened.
 Descriptor LockForWriting(const std::string& path) {
-    const int flags = O_RDONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+    const int flags = O_RDONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW;
     Descriptor lock(open((path + ".lock").c_str(), flags, 0666));
     if (lock.IsOpen()) LetWritersHold(lock, path);
     while (lock.IsOpen() && flock(lock.Get(), LOCK_EX) != 0) {

@@ -8,19 +8,12 @@
 #include "items/Handles.h"
 
 #include <memory>
-#include <new>
 
 namespace {
 
 // Of a session's gallery nobody else knows the items.
 struct EndWithItems {
-    void operator()(CQGallery* pGallery) const noexcept {
-        try {
-            qfc::DestroyWithItems(pGallery);
-        } catch (const std::bad_alloc&) {
-            delete pGallery;
-        }
-    }
+    void operator()(CQGallery* pGallery) const { qfc::DestroyWithItems(pGallery); }
 };
 
 }  // namespace

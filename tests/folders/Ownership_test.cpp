@@ -387,5 +387,21 @@ TEST(FolderMemory, AddFolder_ThatHasNoneForTheNumberLeavesTheChildAsItWas) {
     child.SetDBTools(tools);
 }
 
+// --- Items of another library's gallery ----------------------------------------------------------------------------
+
+TEST(OwnershipElsewhere, ItemOfAFolderWithoutRowThatIsEmptied_FollowsTheFolderThatHasItToo) {
+    const CurrentLibrary library;
+    LibraryFile other("other.db");
+    StoredTree tree(other.Tools());
+    CQFolder* const without = AddSub(*tree.pA, "without a row");
+    const std::unique_ptr<CQItem> item(NewItem(1, "shared"));
+    ASSERT_EQ(without->AddItem(item.get(), 1), 1);
+    ASSERT_EQ(tree.pB->AddItem(item.get(), 0), 1);
+    ASSERT_EQ(item->GetParentFolder(), without);
+    const std::unique_ptr<CQFolder> detached(tree.pA);
+    tree.pA->DetachParent(1);
+    EXPECT_EQ(item->GetParentFolder(), tree.pB);
+}
+
 }  // namespace
 }  // namespace qfc::test

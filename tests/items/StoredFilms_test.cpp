@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <memory>
+#include <new>
 
 // Sizes, bytes and rows of payloads that do not agree, and deletions that fail.
 namespace qfc::test {
@@ -183,11 +184,13 @@ class PairFile : public RecordedFile {
 public:
     int LoadBlackBox(CQItem& boxed) override {
         ++asked;
+        if (hasNoMemory) throw std::bad_alloc();
         GiveBlackBox(boxed, Pattern(30, 5));
         GiveCache(boxed, Dib24(2, 2));
         return 1;
     }
     int asked = 0;
+    bool hasNoMemory = false;
 };
 
 class ModifiedItemOfAGalleryFile : public testing::Test {
@@ -223,6 +226,18 @@ TEST_F(ModifiedItemOfAGalleryFile, KeepsItsBitmapWhenTheBlackBoxIsFetched) {
     EXPECT_EQ(InMemory(item, kBitmapCache), Dib24(10, 10));
     EXPECT_EQ(item.GetCacheSize(), Dib24(10, 10).size());
     EXPECT_EQ(other.Raw().Cell("select PRE_COMPRESSED_SIZE from CACHE_DATA_TABLE where CACHE_DATA_TYPE = 1"), "30");
+}
+
+TEST_F(ModifiedItemOfAGalleryFile, KeepsBothWhenTheLoadThrows) {
+    file.hasNoMemory = true;
+    GiveBlackBox(item, Pattern(50, 9));
+    EXPECT_THROW(item.TryLoadBB(), std::bad_alloc);
+    EXPECT_EQ(InMemory(item, kBlackBox), Pattern(50, 9));
+    EXPECT_EQ(item.GetBlackBoxSize(), 50u);
+    file.hasNoMemory = false;
+    LibraryFile other("other.db");
+    ASSERT_TRUE(other.Tools()->UpdateItemDB(&item));
+    EXPECT_EQ(other.Raw().Cell("select PRE_COMPRESSED_SIZE from CACHE_DATA_TABLE where CACHE_DATA_TYPE = 1"), "50");
 }
 
 TEST_F(ModifiedItemOfAGalleryFile, UnmodifiedOneTakesBoth) {

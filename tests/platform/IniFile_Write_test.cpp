@@ -170,6 +170,19 @@ TEST_F(IniWriteOfAnotherUser, LockMadeUnderANarrowMaskIsNoObstacle) {
     EXPECT_EQ(File(), "[S]\na=3\n");
 }
 
+TEST_F(IniWrite, LinkInPlaceOfTheLockWidensNoOtherFile) {
+    File("[S]\na=1\n");
+    fs::permissions(path, fs::perms(0666));
+    const std::string secret = folder.Write("secret", "x");
+    fs::permissions(secret, fs::perms(0600));
+    fs::create_symlink(secret, path + ".lock");
+    EXPECT_EQ(Write("S", "a", "2"), 0);
+    fs::remove(path + ".lock");
+    fs::create_hard_link(secret, path + ".lock");
+    EXPECT_EQ(Write("S", "a", "2"), 1);
+    EXPECT_EQ(fs::status(secret).permissions(), fs::perms(0600));
+}
+
 TEST_F(IniWrite, PipeInPlaceOfTheLockIsNotWaitedFor) {
     File("[S]\na=1\n");
     ASSERT_EQ(mkfifo((path + ".lock").c_str(), 0666), 0);
