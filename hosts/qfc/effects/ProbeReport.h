@@ -108,6 +108,7 @@ struct ProbeReport {
         Skipped,  // A plugin that runs, with nothing in it that is a filter or a transition.
         Failed,   // No plugin, or one that did not come to an end as it should.
         Stopped,  // Before there was an answer, because the caller wanted it so.
+        Unknown,  // Nothing is learned of the file, and that is not the plugin's fault; what is known of it stays.
     };
     Outcome outcome = Outcome::Failed;
     std::string reason;  // One line, for people; also when some effects of a file were left out.
