@@ -98,7 +98,7 @@ TEST_F(EffectsScan, AFileThatFailsNowLosesItsEffects) {
     Plugin("glow.so", "filter Glow\n");
     Scan();
     Junk("glow.so");
-    const Json scanned = Scan();
+    const Json scanned = Scan({}, 1);
     EXPECT_EQ(scanned["failed"].size(), 1U);
     EXPECT_THAT(scanned["removed"], ElementsAre("Light\\Glow"));
     EXPECT_THAT(scanned["prunedFolders"], ElementsAre("Light"));
@@ -171,7 +171,7 @@ TEST_F(EffectsScan, EffectsThatAFileLostGoAndTheOthersStay) {
     Plugin("many.so", "filter Glow\nfilter Warm\n");
     Scan();
     Plugin("many.so", "filter Glow\n");
-    const Json scanned = Scan();
+    const Json scanned = Scan({}, 1);
     EXPECT_THAT(scanned["removed"], ElementsAre("Colour\\Warm colours\\Warm"));
     EXPECT_EQ(Values(scanned["updated"], "name"), Names{"Glow"});
     EXPECT_EQ(Cell("select FILTER_COUNT from FLT_FILE_TABLE"), "1");
@@ -182,7 +182,7 @@ TEST_F(EffectsScan, AFilterThatBecameATransitionChangesItsGallery) {
     Plugin("wipe.so", "filter Wipe\n");
     Scan();
     Plugin("wipe.so", "transition Wipe\n");
-    const Json scanned = Scan();
+    const Json scanned = Scan({}, 1);
     EXPECT_EQ(scanned["added"][0]["kind"], "transition");
     EXPECT_THAT(Listed(), ElementsAre("Wipes\\Wipe"));
     EXPECT_EQ(Cell("select count(*) from FLT_FILE_TABLE"), "0");

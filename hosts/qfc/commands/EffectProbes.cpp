@@ -1,11 +1,27 @@
 #include "hosts/qfc/commands/EffectProbes.h"
 
+#include <exception>
+#include <system_error>
 #include <utility>
 
 namespace qfc::host {
 namespace {
 
 constexpr std::size_t kAtATime = 2;
+
+// What is thrown is no plugin's fault.
+ProbeReport Probed(const std::string& path, const std::atomic<bool>& stop) {
+    try {
+        ProbeSettings settings;
+        settings.stop = &stop;
+        return ProbeFile(path, settings);
+    } catch (const std::exception& error) {
+        ProbeReport report;
+        report.outcome = ProbeReport::Outcome::Unknown;
+        report.reason = error.what();
+        return report;
+    }
+}
 
 }  // namespace
 
@@ -16,11 +32,13 @@ EffectProbes::EffectProbes(std::vector<std::string> paths, const std::atomic<boo
 
 void EffectProbes::Begin() {
     const std::string& path = m_paths[m_begun++];
-    m_running.push_back(std::async(std::launch::async, [this, &path] {
-        ProbeSettings settings;
-        settings.stop = &m_stop;
-        return ProbeFile(path, settings);
-    }));
+    const auto probe = [this, &path] { return Probed(path, m_stop); };
+    try {
+        m_running.push_back(std::async(std::launch::async, probe));
+    } catch (const std::system_error&) {
+        // No thread is to be had: whoever waits for the report does the work.
+        m_running.push_back(std::async(std::launch::deferred, probe));
+    }
 }
 
 std::optional<ProbeReport> EffectProbes::Next() {

@@ -17,7 +17,8 @@ public:
     // Once the flag is up, probes that are under way end soon; it outlives this object.
     EffectProbes(std::vector<std::string> paths, const std::atomic<bool>& stop);
 
-    // Waits for the next file's report. Nothing once all were handed out. Throws what ProbeFile throws.
+    // Waits for the next file's report. Nothing once all were handed out. What kept a file from being
+    // probed stands in a report of an unknown outcome.
     std::optional<ProbeReport> Next();
 
 private:

@@ -8,7 +8,6 @@
 #include "items/CQItem.h"
 
 #include <algorithm>
-#include <map>
 #include <set>
 
 namespace qfc::host {
@@ -19,12 +18,12 @@ bool IsWhole(const KnownEffect& effect, const std::string& path, const FileStamp
            ToText(effect.item->GetFileName()) == path;
 }
 
-// The rows of filters are counted by that of their file; only the items know how many transitions it has.
+// The rows of filters are counted by that of their file; how many transitions there are beside them, or filters beside
+// these, only the items know, and each of them does.
 bool HasAll(const KnownFile& file) {
     const auto filters = std::ranges::count(file.effects, false, &KnownEffect::isTransition);
-    if (filters != file.filterCount.value_or(0)) return false;
-    const auto transition = std::ranges::find(file.effects, true, &KnownEffect::isTransition);
-    return transition == file.effects.end() || EffectFactsOf(*transition->item).effectsInFile == file.effects.size();
+    return filters == file.filterCount.value_or(0) &&
+           EffectFactsOf(*file.effects.front().item).effectsInFile == file.effects.size();
 }
 
 bool IsUnchanged(const KnownFile& file, const FileStamp& stamp) {
@@ -40,27 +39,26 @@ public:
         const bool isNamed = file.folders.empty();
         if (!isNamed && !file.name.ends_with(".so")) return;
         if (!IsUtf8(file.path)) {
-            m_plan.problems.push_back({file.path, "its name is not UTF-8"});
-            return;
+            m_plan.problems.push_back({file.path, "its path is not UTF-8"});
+        } else if (const KnownFile* owner = Owner(file.path)) {
+            m_owned.push_back({file.path, owner->path});
+        } else {
+            Decide(file.path);
         }
-        const std::string other = Other(file.path);
-        if (!other.empty()) {
-            m_plan.skipped.push_back({file.path, "the same effect as " + other});
-            return;
-        }
-        Decide(file.path);
     }
 
-    EffectsPlan Plan() { return std::move(m_plan); }
+    EffectsPlan Plan() {
+        for (const EffectsPlan::Left& owned : m_owned) Wait(owned);
+        return std::move(m_plan);
+    }
 
 private:
     // A living file that the effects of this name belong to.
-    std::string Other(const std::string& path) {
+    const KnownFile* Owner(const std::string& path) const {
         for (const KnownFile* known : m_catalogue.SameName(BaseNameOf(path))) {
-            if (known->path != path && known->HasRecords() && !IsFileGone(known->path)) return known->path;
+            if (known->path != path && known->HasRecords() && !IsFileGone(known->path)) return known;
         }
-        const auto [first, isNew] = m_met.emplace(BaseNameOf(path), path);
-        return isNew ? "" : first->second;
+        return nullptr;
     }
 
     void Decide(const std::string& path) {
@@ -71,19 +69,35 @@ private:
             m_plan.unchanged.push_back(path);
             return;
         }
-        const auto failure = RecallFailure(path);
-        const bool isFailed = known != nullptr && isAlone && known->IsFailed() && failure && failure->stamp == stamp;
-        if (isFailed && !m_retry) {
-            m_plan.failedBefore.push_back({path, failure->reason});
+        if (!m_retry && isAlone && IsLeft(path, known, stamp)) return;
+        const bool isFirst = m_probedNames.insert(BaseNameOf(path)).second;
+        (isFirst ? m_plan.probed : m_plan.waiting).push_back(path);
+    }
+
+    // What nothing came of, and nothing would come of now.
+    bool IsLeft(const std::string& path, const KnownFile* known, const FileStamp& stamp) {
+        const bool isFailed = known != nullptr && known->IsFailed();
+        if (known != nullptr && !isFailed) return false;
+        const auto before = isFailed ? RecallFailure(path) : RecallSkipped(path);
+        if (!before || before->stamp != stamp) return false;
+        (isFailed ? m_plan.failedBefore : m_plan.skipped).push_back({path, before->reason});
+        return true;
+    }
+
+    // Its turn comes when its owner turns out to have failed.
+    void Wait(const EffectsPlan::Left& owned) {
+        if (std::ranges::find(m_plan.probed, owned.reason) != m_plan.probed.end()) {
+            m_plan.waiting.push_back(owned.path);
         } else {
-            m_plan.probed.push_back(path);
+            m_plan.skipped.push_back({owned.path, "the same effect as " + owned.reason});
         }
     }
 
     const EffectCatalogue& m_catalogue;
     const bool m_retry;
     EffectsPlan m_plan;
-    std::map<std::string, std::string> m_met;  // Paths by base name.
+    std::set<std::string> m_probedNames;
+    std::vector<EffectsPlan::Left> m_owned;  // With the file that owns the effects.
 };
 
 }  // namespace

@@ -16,14 +16,16 @@ struct EffectsPlan {
     };
 
     std::vector<std::string> probed;
+    // Of a file that is probed these have the name: they are probed, one by one, while those before have no effect.
+    std::vector<std::string> waiting;
     std::vector<std::string> unchanged;  // In the library, whole, and as the file is now.
     std::vector<Left> failedBefore;      // And not changed since.
-    std::vector<Left> skipped;           // Another file of that name is in the library.
+    std::vector<Left> skipped;           // Another file of that name is in the library, or it had no effect before.
     std::vector<Left> problems;          // Not there, not readable, no name for the library.
 };
 
-// Of directories only what is called like a plugin (".so") is taken. Files that failed before are tried again when they
-// have changed, or with `retry`. Main thread, no adds under way.
+// Of directories only what is called like a plugin (".so") is taken. Files that nothing came of before are tried again
+// when they have changed, or with `retry`. Main thread, no adds under way.
 EffectsPlan PlanScan(const Walk& walk, const EffectCatalogue& catalogue, bool retry);
 
 // The files of the catalogue whose effects a scan of the file finds again: itself, and those of its name that are gone.

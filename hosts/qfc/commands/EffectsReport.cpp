@@ -28,6 +28,7 @@ Json AsJson(const ScanResult& result) {
     json["unchanged"] = result.plan.unchanged;
     json["skipped"] = LeftJson(skipped);
     json["failed"] = LeftJson(result.failed);
+    json["unknown"] = LeftJson(result.unknown);
     json["failedBefore"] = LeftJson(result.plan.failedBefore);
     json["removed"] = result.removed;
     json["prunedFolders"] = result.pruned;
@@ -52,8 +53,20 @@ std::string Summary(const ScanResult& result) {
     say(result.left.size() + result.plan.skipped.size(), "skipped");
     say(result.failed.size(), "failed");
     say(result.plan.failedBefore.size(), "failed before");
+    say(result.unknown.size(), "not looked at");
     say(result.refused.size(), "not stored");
     return summary;
+}
+
+bool IsUseful(const EffectsPlan& plan) {
+    return !plan.probed.empty() || !plan.unchanged.empty() || !plan.failedBefore.empty() || !plan.skipped.empty();
+}
+
+// Broken plugins are the plugins' fault; what could not be looked at or stored is ours, and that known effects vanished
+// is for somebody to know.
+bool IsSound(const ScanResult& result) {
+    return result.refused.empty() && result.kept.empty() && result.removed.empty() && result.unknown.empty() &&
+           !result.isInterrupted;
 }
 
 }  // namespace
@@ -70,16 +83,16 @@ int ReportScan(const ScanResult& result, const Console& console) {
     for (const auto& left : result.plan.skipped) console.Say("skipped " + left.path + ": " + left.reason);
     for (const auto& left : result.plan.failedBefore) console.Say("failed before: " + left.path + ": " + left.reason);
     for (const std::string& kept : result.kept) console.Complain("cannot remove " + kept);
+    // Louder than what a scan is meant for.
+    const std::string vanished = Counted(result.removed.size(), "effect") + " of the library vanished";
+    if (!result.removed.empty()) console.Complain(vanished + ": the files have them no more, or failed");
     if (result.isInterrupted) {
         console.Complain("interrupted: " + Summary(result));
     } else {
         console.Say(Summary(result));
     }
-    // Broken plugins are the plugins' fault; what could not be stored is ours.
-    const bool isUseful = !result.plan.probed.empty() || !result.plan.unchanged.empty() ||
-                          !result.plan.failedBefore.empty() || !result.plan.skipped.empty();
-    if (!isUseful && result.plan.problems.empty()) console.Complain("no effect files found");
-    return isUseful && result.refused.empty() && result.kept.empty() && !result.isInterrupted ? kDone : kFailed;
+    if (!IsUseful(result.plan) && result.plan.problems.empty()) console.Complain("no effect files found");
+    return IsUseful(result.plan) && IsSound(result) ? kDone : kFailed;
 }
 
 }  // namespace qfc::host

@@ -20,10 +20,11 @@ struct ScanResult {
     std::vector<ScannedEffect> done;      // What is stored now.
     std::vector<EffectsPlan::Left> left;  // Plugins without an effect, and effects that were left out.
     std::vector<EffectsPlan::Left> failed;
-    std::vector<std::string> refused;  // Files with an effect that could not be stored.
-    std::vector<std::string> removed;  // Effects that their files lost, by path.
-    std::vector<std::string> pruned;   // Folders that went with them.
-    std::vector<std::string> kept;     // What could not be removed.
+    std::vector<EffectsPlan::Left> unknown;  // Files that could not be looked at, through no fault of theirs.
+    std::vector<std::string> refused;        // Files with an effect that could not be stored.
+    std::vector<std::string> removed;        // Effects that their files lost, by path.
+    std::vector<std::string> pruned;         // Folders that went with them.
+    std::vector<std::string> kept;           // What could not be removed.
     bool isInterrupted = false;
 };
 

@@ -1,5 +1,6 @@
 #include "api/QFCLib.h"
 #include "hosts/qfc/Progress.h"
+#include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/commands/EffectProbes.h"
 #include "hosts/qfc/commands/EffectsPlan.h"
@@ -15,6 +16,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <utility>
 
 namespace qfc::host {
@@ -40,25 +42,26 @@ bool IsStill(const ProbeReport& report, const KnownEffect& known, const std::str
 // Runs one scan and keeps what came of it.
 class Scanning {
 public:
-    Scanning(Galleries& galleries, const EffectCatalogue& catalogue, EffectsPlan plan, const Interrupt& interrupt,
+    Scanning(Galleries& galleries, EffectCatalogue& catalogue, EffectsPlan plan, const Interrupt& interrupt,
              const Console& console)
         : m_galleries(galleries),
           m_catalogue(catalogue),
           m_interrupt(interrupt),
           m_console(console),
           m_writer(galleries),
-          m_progress(stdout, plan.probed.size(), console.IsJson() || console.IsQuiet()) {
+          m_progress(stdout, plan.probed.size() + plan.waiting.size(), console.IsJson() || console.IsQuiet()) {
         m_result.plan = std::move(plan);
     }
 
     const ScanResult& Go() {
         for (const auto& problem : m_result.plan.problems) Complain(problem.path, problem.reason);
-        EffectProbes probes(m_result.plan.probed, m_interrupt.Flag());
-        for (const std::string& path : m_result.plan.probed) {
-            const auto report = probes.Next();
-            if (!report || report->outcome == ProbeReport::Outcome::Stopped) break;
-            m_progress.Step(BaseNameOf(path));
-            Take(path, *report);
+        Probe(m_result.plan.probed);
+        std::vector<std::string> waiting = m_result.plan.waiting;
+        while (!waiting.empty() && !m_interrupt.IsRaised()) {
+            // What the scan has done so far is to be known to what comes now.
+            m_writer.Settle();
+            m_catalogue = EffectCatalogue(m_galleries);
+            Probe(TakeNext(waiting));
         }
         m_writer.Settle();
         m_progress.Clear();
@@ -68,16 +71,57 @@ public:
     }
 
 private:
+    void Probe(const std::vector<std::string>& paths) {
+        EffectProbes probes(paths, m_interrupt.Flag());
+        for (const std::string& path : paths) {
+            const auto report = probes.Next();
+            if (!report || report->outcome == ProbeReport::Outcome::Stopped) break;
+            m_progress.Step(BaseNameOf(path));
+            try {
+                Take(path, *report);
+            } catch (const Failure& failure) {
+                NoteRefused(path, failure.what());
+            }
+        }
+    }
+
+    // The first file of each name that nobody owns the effects of yet.
+    std::vector<std::string> TakeNext(std::vector<std::string>& waiting) {
+        std::vector<std::string> next;
+        std::set<std::string> names;
+        std::erase_if(waiting, [&](const std::string& path) {
+            const auto owner = m_owners.find(BaseNameOf(path));
+            if (owner != m_owners.end()) {
+                m_progress.Step(BaseNameOf(path));
+                m_result.left.push_back({path, "the same effect as " + owner->second});
+                return true;
+            }
+            if (!names.insert(BaseNameOf(path)).second) return false;
+            next.push_back(path);
+            return true;
+        });
+        return next;
+    }
+
     void Take(const std::string& path, const ProbeReport& report) {
+        using Outcome = ProbeReport::Outcome;
+        const bool isOwner = report.outcome == Outcome::Effects || report.outcome == Outcome::Unknown;
+        if (isOwner) m_owners.emplace(BaseNameOf(path), path);
+        if (report.outcome == Outcome::Unknown) {
+            m_result.unknown.push_back({path, report.reason});
+            Complain(path, report.reason);
+            return;
+        }
         const std::vector<const KnownFile*> before = Predecessors(m_catalogue, path);
         RemoveVanished(before, path, report);
-        if (report.outcome != ProbeReport::Outcome::Failed) ForgetFailure(path);
+        if (report.outcome != Outcome::Failed) ForgetFailure(path);
         switch (report.outcome) {
-            case ProbeReport::Outcome::Effects:
+            case Outcome::Effects:
                 if (!report.reason.empty()) m_result.left.push_back({path, report.reason});
                 for (const ProbedEffect& effect : report.effects) Store({effect, report, path}, before);
                 break;
-            case ProbeReport::Outcome::Skipped:
+            case Outcome::Skipped:
+                RememberSkipped(path, {report.stamp, report.reason});
                 m_result.left.push_back({path, report.reason});
                 break;
             default:
@@ -113,10 +157,15 @@ private:
         m_whats[EffectGuid(BaseNameOf(source.path), source.effect.index)] = isMoved   ? "moved"
                                                                             : isKnown ? "updated"
                                                                                       : "added";
-        if (isKnown) {
-            m_writer.Update(*known, source);
-        } else {
-            m_writer.Add(source, m_folders.FolderOf(source.effect, BaseNameOf(source.path)));
+        try {
+            if (isKnown) {
+                m_writer.Update(*known, source);
+            } else {
+                m_writer.Add(source, m_folders.FolderOf(source.effect, BaseNameOf(source.path)));
+            }
+        } catch (const Failure& failure) {
+            // The file's other effects may go elsewhere.
+            NoteRefused(source.path, failure.what());
         }
     }
 
@@ -155,9 +204,9 @@ private:
         }
     }
 
-    void NoteRefused(const std::string& path) {
+    void NoteRefused(const std::string& path, const std::string& reason = "cannot be stored in the library") {
         m_result.refused.push_back(path);
-        Complain(path, "cannot be stored in the library");
+        Complain(path, reason);
     }
 
     void Complain(const std::string& path, const std::string& reason) {
@@ -169,13 +218,14 @@ private:
     }
 
     Galleries& m_galleries;
-    const EffectCatalogue& m_catalogue;
+    EffectCatalogue& m_catalogue;
     const Interrupt& m_interrupt;
     const Console& m_console;
     const EffectFolders m_folders;
     EffectWriter m_writer;
     Progress m_progress;
     std::map<GUID, const char*> m_whats;
+    std::map<std::string, std::string> m_owners;  // Files by base name that others of the name stand behind.
     ScanResult m_result;
 };
 
@@ -187,7 +237,7 @@ int Run(const EffectsScanOptions& options, const Console& console) {
     const ChangeLock lock;
     const Session session;
     Galleries galleries(session);
-    const EffectCatalogue catalogue(galleries);
+    EffectCatalogue catalogue(galleries);
     // The worker gives added items the tags that the data beside the program want for them; both are read before.
     QFCLibraryManager::fnLoadLibTag();
     CLibTagsMgr::GetLibTagMgr()->GeneratePresetTagData();

@@ -16,6 +16,10 @@ struct FailedEffect {
 
 std::optional<FailedEffect> RecallFailure(const std::string& path);
 void RememberFailure(const std::string& path, const FailedEffect& failure);
+// The same of plugins without any effect for the library, of which the store knows nothing at all.
+std::optional<FailedEffect> RecallSkipped(const std::string& path);
+void RememberSkipped(const std::string& path, const FailedEffect& skipped);
+// Of both kinds.
 void ForgetFailure(const std::string& path);
 void ForgetAllFailures();
 
