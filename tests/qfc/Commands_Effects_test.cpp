@@ -70,6 +70,72 @@ TEST_F(Effects, AreShownByPathByGuidAndByFile) {
     EXPECT_THAT(Refused({"effects", "show", "Light\\Nothing"}), HasSubstr("no effect Light\\Nothing"));
 }
 
+TEST_F(Effects, AreShownWithTheDefaultsOfAllParametersAndTheirProgress) {
+    Scan();
+    const Json wipe = Shown("Wipes\\Wipe")[0];
+    ASSERT_EQ(wipe["parameters"].size(), 1U);
+    EXPECT_EQ(wipe["parameters"][0]["default"], 0.0);
+    EXPECT_EQ(wipe["parameters"][0]["explanation"], "How far it is");
+    EXPECT_EQ(wipe["progress"]["mode"], "parameter");
+    EXPECT_EQ(Shown("Light\\Glow")[0]["no_visible_effect_at_defaults"], false);
+    EXPECT_THAT(Qfc({"effects", "show", "Wipes\\Wipe"}).out, HasSubstr("position (number, 0.0)"));
+}
+
+TEST_F(Effects, OfOneNameInOneFolderAreToldApartByANumber) {
+    const std::string twins = Plugin("twins.so", "filter Twin\nfilter Twin\n");
+    Scan();
+    const std::string first = Shown("Other\\Twin")[0]["guid"];
+    const std::string second = Shown("Other\\Twin (2)")[0]["guid"];
+    EXPECT_NE(first, second);
+    // The number is no name that the user gave.
+    Plugin("twins.so", "filter Brother\nfilter Brother\n");
+    Scan();
+    EXPECT_EQ(Shown("Other\\Brother")[0]["guid"], first);
+    EXPECT_EQ(Shown("Other\\Brother (2)")[0]["guid"], second);
+    Plugin("twins.so", "filter Brother\nfilter Brother\ntransition More\n");
+    Scan();
+    EXPECT_EQ(Shown("Other\\Brother (2)")[0]["guid"], second);
+    ExpectWhole();
+}
+
+TEST_F(Effects, OfOneNameInOneFolderAreRefusedWithTheirGuids) {
+    Scan();
+    const std::string guid = Shown("Light\\Glow")[0]["guid"];
+    RawDb(Database()).Exec("update ITEM_TABLE set ITEM_NAME = 'Glow' where ITEM_NAME = 'Soft glow'");
+    const std::string refusal = Refused({"effects", "show", "Light\\Glow"});
+    EXPECT_THAT(refusal, HasSubstr("several items"));
+    EXPECT_THAT(refusal, HasSubstr(guid));
+}
+
+TEST_F(Effects, WithNamesThatTheLibraryReadsMoreIntoAreFoundByTheirPaths) {
+    Plugin("odd.so", "filter Fast--forward\nfilter One || two\nfilter a/b\\c\n");
+    Scan();
+    int found = 0;
+    for (const Json& effect : Done({"effects", "list"})) {
+        EXPECT_EQ(Shown(effect["paths"][0])[0]["guid"], effect["guid"]) << effect;
+        ++found;
+    }
+    EXPECT_EQ(found, 7);
+}
+
+TEST_F(Effects, ATransitionSaysWhatWasMovedForItsFilm) {
+    Plugin("turned.so", "turned Half\n");
+    Scan();
+    const Json half = Shown("Other\\Half")[0];
+    EXPECT_EQ(half["progress"]["mode"], "mix");
+    EXPECT_EQ(half["progress"]["plain_blend"], false);
+    ASSERT_EQ(half["thumbnail_made_with"].size(), 1U);
+    EXPECT_EQ(half["thumbnail_made_with"][0]["parameter"], "position");
+}
+
+TEST_F(Effects, ATransitionThatShowsNothingOfItsOwnSaysThatItsFilmIsAPlainBlend) {
+    Plugin("still.so", "still Half\n");
+    Scan();
+    const Json half = Shown("Other\\Half")[0];
+    EXPECT_EQ(half["progress"]["plain_blend"], true);
+    EXPECT_THAT(half["thumbnail_made_with"], IsEmpty());
+}
+
 TEST_F(Effects, KindsAreFound) {
     Scan();
     EXPECT_EQ(Values(Done({"find", "--kind", "filter"}), "name"), (Names{"Glow", "Soft glow", "Warm"}));
@@ -155,6 +221,17 @@ TEST_F(Effects, AreClearedWithoutARest) {
     const Json again = Scan();
     EXPECT_EQ(again["failed"].size(), 1U);
     EXPECT_EQ(again["added"].size(), 4U);
+}
+
+TEST_F(Effects, AreClearedWithoutTouchingOtherFolders) {
+    Done({"import", Image("photograph.ppm")});
+    Done({"mkdir", "Mine"});
+    Scan();
+    const std::string folders = "select ID, PREDEFINED_ID, FOLDER_NAME, PARENT_ID from FOLDER_TABLE where FOLDER_NAME ";
+    const auto others = Rows(folders + "not in ('Light', 'Colour', 'Warm colours', 'Wipes') order by ID");
+    ASSERT_GE(others.size(), 4U);
+    Done({"effects", "clear", "--yes"});
+    EXPECT_EQ(Rows(folders + "is not null order by ID"), others);
 }
 
 TEST_F(Effects, AreProbedWithoutALibrary) {

@@ -14,6 +14,7 @@ std::string Line(const KnownFile& file, const KnownEffect& effect, const std::ve
     line += "  " + file.path;
     if (IsFileGone(file.path)) line += "  [missing]";
     if (effect.item == nullptr) line += "  [no item]";
+    if (effect.facts.noVisibleEffect) line += "  [no visible effect at its defaults]";
     if (!effect.isRecorded) line += "  [no record]";
     return line;
 }

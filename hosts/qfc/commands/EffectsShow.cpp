@@ -1,6 +1,7 @@
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/commands/EffectsText.h"
+#include "hosts/qfc/library/EffectItem.h"
 #include "hosts/qfc/library/FailedEffects.h"
 #include "hosts/qfc/library/Find.h"
 #include "items/CQItem.h"
@@ -38,6 +39,7 @@ std::vector<Found> Search(Galleries& galleries, const EffectCatalogue& catalogue
         if (file->IsFailed()) found.push_back({file, nullptr});
         return found;
     }
+    std::string reason = "no effect " + text;
     for (const char* gallery : {kFiltersGallery, kTransitionsGallery}) {
         if (galleries.Find(gallery) == nullptr) continue;
         try {
@@ -46,26 +48,54 @@ std::vector<Found> Search(Galleries& galleries, const EffectCatalogue& catalogue
             if (!found.empty()) return found;
         } catch (const WrongUsage&) {
             throw;
-        } catch (const Failure&) {
+        } catch (const Failure& failure) {
             // It may be in the other gallery.
+            reason += std::string("; ") + failure.what();
         }
     }
-    return {};
+    throw Failure(reason);
 }
 
-std::string ParametersText(const Json& parameters) {
+// A word of a black box, which may hold anything.
+std::string Word(const Json& json, const char* key) {
+    const auto found = json.is_object() ? json.find(key) : json.end();
+    if (found == json.end()) return "";
+    return found->is_string() ? found->get<std::string>() : found->dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+// What the item knows: all parameters with their defaults, and how its picture came about.
+void AddBox(Json& json, const Json& box) {
+    for (const char* key : {"parameters", "thumbnail_made_with", "no_visible_effect_at_defaults", "progress"}) {
+        if (box.contains(key)) json[key] = box[key];
+    }
+}
+
+std::string ParameterText(const Json& parameter) {
+    std::string text = Word(parameter, "name") + " (" + Word(parameter, "type");
+    if (parameter.is_object() && parameter.contains("default")) text += ", " + Word(parameter, "default");
+    return text + ")";
+}
+
+std::string ParametersText(const Json& parameters, std::size_t count) {
     std::string text;
-    for (const Json& parameter : parameters) {
-        text += (text.empty() ? "" : ", ") + parameter["name"].get<std::string>() + " (" +
-                parameter["type"].get<std::string>() + ")";
+    for (const Json& parameter : parameters) text += (text.empty() ? "" : ", ") + ParameterText(parameter);
+    if (parameters.size() < count) text += " and " + std::to_string(count - parameters.size()) + " more";
+    return text.empty() ? "-" : text;
+}
+
+std::string MovedText(const Json& moves) {
+    std::string text;
+    for (const Json& moved : moves) {
+        text += (text.empty() ? "" : ", ") + Word(moved, "parameter") + " = " + Word(moved, "value");
     }
     return text.empty() ? "-" : text;
 }
 
-std::string ValueText(const std::string& key, const Json& value) {
-    if (key == "parameters") return ParametersText(value);
+std::string ValueText(const std::string& key, const Json& value, const Json& effect) {
+    if (key == "parameters" && value.is_array()) return ParametersText(value, effect.value("parameterCount", 0U));
+    if (key == "thumbnail_made_with" && value.is_array()) return MovedText(value);
     if (value.is_string()) return value.get_ref<const std::string&>().empty() ? "-" : value.get<std::string>();
-    if (!value.is_array()) return value.dump();
+    if (key != "paths" || !value.is_array()) return value.dump(-1, ' ', false, Json::error_handler_t::replace);
     std::string text;
     for (const Json& element : value) text += (text.empty() ? "" : ", ") + element.get<std::string>();
     return text.empty() ? "-" : text;
@@ -73,7 +103,7 @@ std::string ValueText(const std::string& key, const Json& value) {
 
 void ShowEffect(const Json& effect, const Console& console) {
     for (const auto& [key, value] : effect.items()) {
-        console.Show(fmt::format("{:<14}  {}", key, ValueText(key, value)));
+        console.Show(fmt::format("{:<14}  {}", key, ValueText(key, value, effect)));
     }
 }
 
@@ -93,6 +123,9 @@ int Run(const EffectsShowOptions& options, const Console& console) {
         if (!json.empty()) console.Show("");
         json.push_back(found.effect != nullptr ? KnownEffectJson(galleries, *found.file, *found.effect)
                                                : FailedJson(*found.file));
+        if (found.effect != nullptr && found.effect->item != nullptr) {
+            AddBox(json.back(), EffectBox(*found.effect->item));
+        }
         ShowEffect(json.back(), console);
     }
     if (json.empty()) throw Failure("no effect " + options.effect);

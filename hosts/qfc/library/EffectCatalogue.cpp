@@ -18,7 +18,7 @@ namespace {
 template <class Block>
 void TakeFacts(KnownEffect& known, const Block& block) {
     known.stamp = FileStamp{block.fileSize, block.fileTime};
-    known.facts = {block.name, block.author, block.explanation, block.majorVersion, block.minorVersion, {}, 0};
+    known.facts = {block.name, block.author, block.explanation, block.majorVersion, block.minorVersion, {}, 0, false};
     for (const EffectParameter& parameter : block.parameters) {
         known.facts.parameters.push_back({parameter.name, parameter.type});
     }
@@ -32,6 +32,8 @@ KnownEffect KnownFilter(const FilterEntry& filter) {
         TakeFacts(known, *table);
         known.facts.parameterCount = table->parameterCount;
     }
+    const auto descriptor = ReadFilterDescriptor(filter.descriptor);
+    known.facts.noVisibleEffect = descriptor && (descriptor->flags & filter_flag::kNoVisibleEffect) != 0;
     return known;
 }
 

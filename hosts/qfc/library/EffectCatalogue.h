@@ -37,6 +37,7 @@ struct KnownEffect {
         };
         std::vector<Parameter> parameters;
         std::size_t parameterCount = 0;  // Those included that are left out above.
+        bool noVisibleEffect = false;    // At the defaults; of filters.
     } facts;
     std::optional<FileStamp> stamp;  // Of the file, when it was read.
 };

@@ -2,6 +2,7 @@
 
 #include "api/QFCLib.h"
 #include "hosts/qfc/cli/Console.h"
+#include "hosts/qfc/effects/PictureMath.h"
 #include "hosts/qfc/library/EffectNames.h"
 #include "hosts/qfc/library/ItemPayloads.h"
 #include "hosts/qfc/library/Text.h"
@@ -75,9 +76,21 @@ Json ParameterJson(const ProbedParameter& parameter) {
             {"default", ParameterValueJson(parameter.defaultValue)}};
 }
 
+// The film shows nothing but one picture fading into the other.
+bool IsPlainBlend(const std::vector<Picture>& film) {
+    constexpr double kRounding = 1;
+    for (std::size_t k = 1; k + 1 < film.size(); ++k) {
+        const double progress = static_cast<double>(k) / static_cast<double>(film.size() - 1);
+        const Picture plain = Blended(film.front(), film.back(), progress);
+        if (ChangeBetween(film[k], plain).mean > kRounding) return false;
+    }
+    return !film.empty();
+}
+
 Json ProgressJson(const ProbedEffect& effect) {
     Json json{{"mode", WordOf(kProgressModes, effect.progressMode)}};
     if (effect.fadedInputs) json["inputs_faded"] = true;
+    if (effect.progressMode == progress_mode::kMix) json["plain_blend"] = IsPlainBlend(effect.pictures);
     const auto parameter = static_cast<std::size_t>(effect.progressParameter);
     if (effect.progressMode != progress_mode::kParameter || parameter >= effect.parameters.size()) return json;
     json["parameter"] = effect.parameters[parameter].name;
@@ -102,10 +115,17 @@ std::string TextOf(const Json& json, const char* key) {
     return found != json.end() && found->is_string() ? found->get<std::string>() : "";
 }
 
+bool IsTrue(const Json& json, const char* key) {
+    const auto found = json.is_object() ? json.find(key) : json.end();
+    return found != json.end() && *found == true;
+}
+
 std::string ProgressText(const Json& progress) {
     const std::string mode = TextOf(progress, "mode");
     if (mode == kProgressModes[progress_mode::kTime]) return "by time";
-    if (mode == kProgressModes[progress_mode::kMix]) return "through the mix of both";
+    const bool isMix = mode == kProgressModes[progress_mode::kMix];
+    if (isMix && IsTrue(progress, "plain_blend")) return "a plain blend";
+    if (isMix) return "through the mix of both";
     const std::string parameter = TextOf(progress, "parameter");
     return parameter.empty() ? "" : "by " + parameter;
 }
@@ -143,10 +163,12 @@ Json EffectJson(const EffectSource& source) {
     json["index"] = effect.index;
     json["effects_in_file"] = source.report.effects.size();
     json["file_size"] = source.report.stamp.size;
+    json["file_time"] = source.report.stamp.time;
+    if (!source.report.reason.empty()) json["left_out_of_file"] = source.report.reason;
     json["depends_on_time"] = effect.dependsOnTime;
     if (effect.isTransition) json["progress"] = ProgressJson(effect);
     if (!effect.isTransition) json["no_visible_effect_at_defaults"] = effect.noVisibleEffect;
-    if (!effect.isTransition) json["thumbnail_made_with"] = MovedJson(effect);
+    json["thumbnail_made_with"] = MovedJson(effect);
     json["parameters"] = Json::array();
     for (const ProbedParameter& parameter : effect.parameters) json["parameters"].push_back(ParameterJson(parameter));
     return json;
@@ -203,14 +225,19 @@ DS_Transition_Record MakeTransitionRecord(const EffectSource& source) {
     return transition;
 }
 
-EffectFacts EffectFactsOf(CQItem& item) {
-    EffectFacts facts;
+Json EffectBox(CQItem& item) {
     const auto* text = static_cast<const char*>(item.GetBlackBox());
     const std::string_view box(text != nullptr ? text : "", text != nullptr ? item.GetBlackBoxSize() : 0);
     const auto shallow = [](int depth, Json::parse_event_t, Json&) { return depth < 16; };
-    const Json json = Json::parse(box.begin(), box.end(), shallow, false);
+    Json json = Json::parse(box.begin(), box.end(), shallow, false);
     ReleasePayloads(item);
-    if (!json.is_object() || !json.contains("effects_in_file")) return facts;
+    return json.is_object() && json.contains("effects_in_file") ? json : Json::object();
+}
+
+EffectFacts EffectFactsOf(CQItem& item) {
+    EffectFacts facts;
+    const Json json = EffectBox(item);
+    if (json.empty()) return facts;
     facts.name = TextOf(json, "name");
     const Json& count = json["effects_in_file"];
     if (count.is_number_unsigned()) facts.effectsInFile = count.get<std::size_t>();
@@ -218,6 +245,9 @@ EffectFacts EffectFactsOf(CQItem& item) {
     if (parameters != json.end() && parameters->is_array()) {
         facts.detail = parameters->empty() ? "no parameters" : Counted(parameters->size(), "parameter");
     }
+    const auto moved = json.find("thumbnail_made_with");
+    const bool isMoved = moved != json.end() && !moved->empty();
+    if (IsTrue(json, "no_visible_effect_at_defaults") && !isMoved) facts.detail = "no visible effect";
     const auto progress = json.find("progress");
     if (progress != json.end()) facts.progress = ProgressText(*progress);
     return facts;

@@ -40,10 +40,12 @@ nlohmann::ordered_json EffectJson(const EffectSource& source);
 struct EffectFacts {
     std::string name;
     std::size_t effectsInFile = 0;
-    std::string detail;    // "3 parameters"
+    std::string detail;    // "3 parameters", or that its picture shows nothing of it
     std::string progress;  // "by position", which is a parameter then
 };
-// Reads the item's black box, and lets go of its payloads.
+// The black box itself, an empty object when it is not of an effect; what stands in it may be of any kind.
+nlohmann::ordered_json EffectBox(CQItem& item);
+// Both read the item's black box, and let go of its payloads.
 EffectFacts EffectFactsOf(CQItem& item);
 
 }  // namespace qfc::host

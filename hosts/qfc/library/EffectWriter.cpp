@@ -45,6 +45,25 @@ bool UpdateNow(const EffectSource& source, CQGallery& gallery, const GUID& guid,
                                                               kNoOption) != 0;
 }
 
+// The name with the lowest number behind it that makes it one of its own; a first one has none. Neighbours share
+// neither the stored name nor what is shown.
+template <class IsTaken>
+std::string ApartName(const CQItem& item, const std::string& name, const IsTaken& isTaken) {
+    for (int number = 1;; ++number) {
+        std::string apart = number == 1 ? name : name + " (" + std::to_string(number) + ")";
+        if (!isTaken(apart) && !isTaken(ShownAs(item, apart))) return apart;
+    }
+}
+
+// Whether the item is called as its effect is, be it with a number.
+bool IsNamedAfter(const std::string& itemName, const std::string& effectName) {
+    if (!itemName.starts_with(effectName)) return false;
+    const std::string rest = itemName.substr(effectName.size());
+    if (rest.empty()) return true;
+    return rest.size() > 3 && rest.starts_with(" (") && rest.ends_with(")") &&
+           rest.find_first_not_of("0123456789", 2) == rest.size() - 1;
+}
+
 // The very object; added items stand at the end, unless the folder was sorted.
 bool StandsIn(CQFolder& folder, const CQItem& item) {
     const std::vector<CQItem*> items = Items(folder);
@@ -72,6 +91,12 @@ EffectWriter::Shelf& EffectWriter::ShelfOf(bool isTransition) {
         shelf.gallery = &m_galleries.Open(isTransition ? kTransitionsGallery : kFiltersGallery);
     }
     shelf.folders.emplace(*shelf.gallery, FolderMaker::Names::kShown);
+    shelf.names.clear();
+    for (CQFolder* folder : WholeTree(*shelf.gallery)) {
+        for (const CQItem* item : Items(*folder)) {
+            shelf.names[folder].insert({ToText(item->GetItemName()), ShownName(*item)});
+        }
+    }
     return shelf;
 }
 
@@ -86,6 +111,8 @@ void EffectWriter::Add(const EffectSource& source, const std::vector<std::string
         m_outcomes.push_back(pending.outcome);
         return;
     }
+    NameApart(shelf, *pending.folder, *pending.item);
+    pending.outcome.name = ToText(pending.item->GetItemName());
     pending.outcome.folder = JoinPath(folder);
     pending.outcome.folderRow = pending.folder->GetDBId();
     if (!QueueAdd(source, *shelf.gallery, shelf.folders->StoredPath(*pending.folder), *pending.item)) {
@@ -93,6 +120,34 @@ void EffectWriter::Add(const EffectSource& source, const std::vector<std::string
         return;
     }
     m_pending.push_back(std::move(pending));
+}
+
+void EffectWriter::NameApart(Shelf& shelf, const CQFolder& folder, CQItem& item) {
+    std::multiset<std::string>& names = shelf.names[&folder];
+    const std::string name =
+        ApartName(item, ToText(item.GetItemName()), [&](const std::string& taken) { return names.contains(taken); });
+    item.SetItemName(ToCString(name));
+    names.insert({name, ShownName(item)});
+}
+
+// A name that the user gave stays, and so does one with a number while the effect is called so; a new one is told from
+// its neighbours. Nothing is under way.
+void EffectWriter::KeepName(CQGallery& gallery, const KnownEffect& known, CQItem& item) {
+    const std::string old = ToText(known.item->GetItemName());
+    const std::string effect = EffectItemName(EffectFactsOf(*known.item).name);
+    const std::string name = ToText(item.GetItemName());
+    if (!IsNamedAfter(old, effect) || IsNamedAfter(old, name)) {
+        item.SetItemName(known.item->GetItemName());
+        return;
+    }
+    std::set<std::string> names;
+    for (CQFolder* folder : FoldersOf(gallery, known.guid)) {
+        for (const CQItem* other : Items(*folder)) {
+            if (other != known.item) names.insert({ToText(other->GetItemName()), ShownName(*other)});
+        }
+    }
+    const auto isTaken = [&](const std::string& taken) { return names.contains(taken); };
+    item.SetItemName(ToCString(ApartName(item, name, isTaken)));
 }
 
 void EffectWriter::Settle() {
@@ -112,20 +167,22 @@ void EffectWriter::Conclude(Pending& pending) {
 }
 
 void EffectWriter::Update(const KnownEffect& known, const EffectSource& source) {
-    CQGallery& gallery = *ShelfOf(source.effect.isTransition).gallery;
+    Shelf& shelf = ShelfOf(source.effect.isTransition);
+    CQGallery& gallery = *shelf.gallery;
     Settle();
     EffectOutcome outcome = OutcomeOf(source);
     const std::unique_ptr<CQItem> item = MakeEffectItem(source);
-    if (item != nullptr) {
+    // The library would not say that there is nothing to be brought up to date.
+    if (item != nullptr && gallery.HasItem(known.guid, 1) != 0) {
         item->GetAnnotation() = std::as_const(*known.item).GetAnnotation();
-        const std::string name = ToText(known.item->GetItemName());
-        if (name != EffectItemName(EffectFactsOf(*known.item).name)) item->SetItemName(known.item->GetItemName());
+        KeepName(gallery, known, *item);
         outcome.isStored = UpdateNow(source, gallery, known.guid, *item);
         outcome.name = ToText(item->GetItemName());
         ReleasePayloads(*known.item);
     }
     const std::vector<CQFolder*> folders = FoldersOf(gallery, known.guid);
     if (!folders.empty()) outcome.folder = PathOf(*folders.front());
+    for (const CQFolder* folder : folders) shelf.names[folder].insert({outcome.name});
     m_outcomes.push_back(outcome);
 }
 

@@ -4,8 +4,10 @@
 #include "hosts/qfc/library/EffectItem.h"
 #include "hosts/qfc/library/FolderMaker.h"
 
+#include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -38,7 +40,7 @@ public:
     EffectWriter(const EffectWriter&) = delete;
     EffectWriter& operator=(const EffectWriter&) = delete;
 
-    // The folder is made when missing.
+    // The folder is made when missing. A name that a neighbour has gets a number behind it.
     void Add(const EffectSource& source, const std::vector<std::string>& folder);
     // Gives the item and the record of a known effect what the source has. The item keeps its folders, its annotation
     // and a name that the user gave it.
@@ -57,6 +59,7 @@ private:
     struct Shelf {
         CQGallery* gallery = nullptr;
         std::optional<FolderMaker> folders;
+        std::map<const CQFolder*, std::multiset<std::string>> names;  // Of their items, as stored and as shown.
     };
     struct Pending {
         std::unique_ptr<CQItem> item;  // Ours until the folder holds it.
@@ -65,6 +68,8 @@ private:
     };
 
     Shelf& ShelfOf(bool isTransition);
+    static void NameApart(Shelf& shelf, const CQFolder& folder, CQItem& item);
+    static void KeepName(CQGallery& gallery, const KnownEffect& known, CQItem& item);
     void Conclude(Pending& pending);
 
     Galleries& m_galleries;

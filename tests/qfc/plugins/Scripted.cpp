@@ -1,6 +1,7 @@
 // An effect file whose effects stand in words behind its own end, one a line:
 //   EFFECTS:
-//   filter Glow | filter of something | transition Wipe | generator Noise | slow
+//   filter Glow | filter of something | transition Wipe | still Half | turned Half | generator Noise | slow
+// The still one is a transition that shows its first picture alone, the turned one does until its parameter is moved.
 // So a copy of this file becomes any file that a test needs. "slow" takes its time with every effect behind it.
 #include <chrono>
 #include <cstddef>
@@ -27,6 +28,8 @@ struct Effect {
     int type = F0R_PLUGIN_TYPE_FILTER;
     std::string name;
     bool isSlow = false;
+    bool isStill = false;
+    bool isTurned = false;
 };
 
 std::vector<Effect> g_effects;
@@ -54,10 +57,13 @@ void ReadScript() {
         const std::string kind = line.substr(0, line.find(' '));
         if (kind == "slow") isSlow = true;
         if (kind.size() == line.size()) continue;
-        const int type = kind == "transition"  ? F0R_PLUGIN_TYPE_MIXER2
+        const bool isStill = kind == "still";
+        const bool isTurned = kind == "turned";
+        const bool isMixer = kind == "transition" || isStill || isTurned;
+        const int type = isMixer               ? F0R_PLUGIN_TYPE_MIXER2
                          : kind == "generator" ? F0R_PLUGIN_TYPE_SOURCE
                                                : F0R_PLUGIN_TYPE_FILTER;
-        g_effects.push_back({type, line.substr(kind.size() + 1), isSlow});
+        g_effects.push_back({type, line.substr(kind.size() + 1), isSlow, isStill, isTurned});
     }
 }
 
@@ -114,7 +120,14 @@ void f0r_update2(f0r_instance_t instance, double time, const std::uint32_t* firs
                  const std::uint32_t*, std::uint32_t* out) {
     const auto& self = *static_cast<Instance*>(instance);
     if (second == nullptr) return f0r_update(instance, time, first, out);
-    for (std::size_t i = 0; i < self.pixels; ++i) out[i] = Mixed(first[i], second[i], self.position);
+    const Effect& effect = g_effects[g_chosen];
+    for (std::size_t i = 0; i < self.pixels; ++i) {
+        if (effect.isStill || effect.isTurned) {
+            out[i] = effect.isTurned && self.position > 0 ? first[i] ^ (second[i] & 0x00FFFFFFU) : first[i];
+        } else {
+            out[i] = Mixed(first[i], second[i], self.position);
+        }
+    }
 }
 }
 
