@@ -50,6 +50,22 @@ TEST_F(EffectsProbePackaged, MixersWithAndWithoutProgress) {
     EXPECT_EQ(multiply.effects[0].progressMode, 2);
 }
 
+TEST_F(EffectsProbePackaged, TheFilmsOfMixersGoFromTheOnePhotographToTheOther) {
+    const SamplePhotographs photographs = Photographs();
+    const Picture first = Shown(photographs.first), second = Shown(photographs.second);
+    for (const char* name : {"xfade0r", "multiply", "alphaover"}) {
+        const ProbeReport report = ProbePackaged(name);
+        ASSERT_EQ(report.effects.size(), 1u) << name << ": " << report.reason;
+        const std::vector<Picture>& film = report.effects[0].pictures;
+        ASSERT_EQ(film.size(), kTransitionFrames) << name;
+        EXPECT_LT(ChangeBetween(film.front(), first).mean, 4) << name;
+        EXPECT_LT(ChangeBetween(film.back(), second).mean, 4) << name;
+        for (std::size_t k = 1; k < film.size(); ++k) {
+            EXPECT_GT(ChangeBetween(film[k - 1], film[k]).mean, 0.3) << name << ", frame " << k;
+        }
+    }
+}
+
 TEST_F(EffectsProbePackaged, GeneratorsAndTheMixerOfThreeAreSkipped) {
     EXPECT_EQ(ProbePackaged("plasma").outcome, Outcome::Skipped);
     EXPECT_EQ(ProbePackaged("RGB").outcome, Outcome::Skipped);
