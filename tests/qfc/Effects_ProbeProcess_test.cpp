@@ -13,18 +13,7 @@ namespace {
 using namespace qfc::host;
 using namespace qfc::test;
 
-class EffectsProbeProcess : public ProbeTest {
-protected:
-    // Whether a process has the file in its memory.
-    static bool IsMappedByAnybody(const std::string& file) {
-        for (const auto& process : std::filesystem::directory_iterator("/proc")) {
-            std::ifstream maps(process.path() / "maps");
-            const std::string text(std::istreambuf_iterator<char>(maps), {});
-            if (text.find(file) != std::string::npos) return true;
-        }
-        return false;
-    }
-};
+class EffectsProbeProcess : public ProbeTest {};
 
 TEST_F(EffectsProbeProcess, APluginThatAbortsFails) {
     const std::string why = Failure("abort");
@@ -126,13 +115,6 @@ TEST_F(EffectsProbeProcess, ALibraryThatIsNoPluginFails) {
     EXPECT_EQ(report.outcome, Outcome::Failed);
 }
 
-TEST_F(EffectsProbeProcess, ProcessesThatAPluginStartsEndWithIt) {
-    const std::string path = m_plugins.Make("litter");
-    EXPECT_EQ(ProbeFile(path, Settings()).outcome, Outcome::Effects);
-    // They are killed by then, and gone as soon as they run again. If one stayed, this would not end.
-    while (IsMappedByAnybody(path)) usleep(10000);
-}
-
 TEST_F(EffectsProbeProcess, ARaisedFlagEndsIt) {
     const std::atomic<bool> stop{true};
     ProbeSettings settings = Settings();
@@ -151,14 +133,6 @@ TEST_F(EffectsProbeProcess, SeveralMayRunAtOnce) {
         EXPECT_EQ(reports[i].outcome, i % 2 == 0 ? Outcome::Effects : Outcome::Failed) << i;
 }
 
-TEST_F(EffectsProbeProcess, AMissingProgramOrPhotographIsNoFaultOfThePlugin) {
-    const std::string plugin = m_plugins.Make("tint");
-    EXPECT_THROW(ProbeFile(plugin, {.program = "/nowhere/qfc", .limit = std::chrono::seconds(5), .stop = nullptr}),
-                 std::runtime_error);
-    EXPECT_THROW(ProbeFile(plugin, {.program = "/bin/true", .limit = std::chrono::seconds(5), .stop = nullptr}),
-                 std::runtime_error);
-}
-
 // Called by hand, without somebody to answer to: nothing is printed and nothing run.
 TEST_F(EffectsProbeProcess, WithoutADescriptorToAnswerOnItDoesNothing) {
     const std::vector<std::string> arguments = ProbeArguments(m_plugins.Make("abort"), std::chrono::seconds(5));
@@ -166,34 +140,6 @@ TEST_F(EffectsProbeProcess, WithoutADescriptorToAnswerOnItDoesNothing) {
     for (const std::string& argument : arguments) command += " '" + argument + "'";
     EXPECT_EQ(WEXITSTATUS(std::system((command + " 3>&- 2>&1 >/dev/null").c_str())), 2);
     EXPECT_EQ(WEXITSTATUS(std::system((command + "x 3>/dev/null").c_str())), 2);
-}
-
-// Its parent is killed, and nobody is there to watch the clock.
-TEST_F(EffectsProbeProcess, TheProcessEndsWithItsParent) {
-    const std::string path = m_plugins.Make("sleep");
-    int life[2];
-    ASSERT_EQ(pipe2(life, O_CLOEXEC), 0);
-    const pid_t parent = fork();
-    if (parent == 0) {
-        // The writing end goes into the other process as the descriptor to answer on, and nowhere else.
-        const pid_t child = fork();
-        if (child == 0) {
-            dup2(life[1], 3);
-            const auto arguments = ProbeArguments(path, std::chrono::seconds(600));
-            execl(QFC_PROGRAM, "qfc", arguments[0].c_str(), arguments[1].c_str(), arguments[2].c_str(),
-                  arguments[3].c_str(), arguments[4].c_str(), nullptr);
-            _exit(127);
-        }
-        for (;;) pause();
-    }
-    close(life[1]);
-    // It has its limits before it loads the plugin.
-    while (!IsMappedByAnybody(path)) usleep(10000);
-    kill(parent, SIGKILL);
-    waitpid(parent, nullptr, 0);
-    char byte;
-    EXPECT_EQ(read(life[0], &byte, 1), 0);  // returns when the last holder is gone
-    close(life[0]);
 }
 
 }  // namespace

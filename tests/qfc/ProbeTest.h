@@ -5,6 +5,7 @@
 #include "hosts/qfc/effects/SamplePhotographs.h"
 #include "tests/qfc/EffectPlugins.h"
 
+#include <fstream>
 #include <gtest/gtest.h>
 
 #if defined(__has_feature)
@@ -51,6 +52,16 @@ protected:
         EXPECT_TRUE(report.effects.empty()) << plugin;
         EXPECT_EQ(report.reason.find('\n'), std::string::npos) << plugin;
         return report.reason;
+    }
+
+    // Whether a process has the file in its memory.
+    static bool IsMappedByAnybody(const std::string& file) {
+        for (const auto& process : std::filesystem::directory_iterator("/proc")) {
+            std::ifstream maps(process.path() / "maps");
+            const std::string text(std::istreambuf_iterator<char>(maps), {});
+            if (text.find(file) != std::string::npos) return true;
+        }
+        return false;
     }
 
     // The middle of a sample photograph, as it is shown.

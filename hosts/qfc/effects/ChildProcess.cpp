@@ -8,6 +8,7 @@
 #include <optional>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
@@ -100,6 +101,22 @@ pid_t Spawn(const std::filesystem::path& program, const std::vector<std::string>
     return child;
 }
 
+// Ignored, it would have the system forget how processes ended.
+void RememberEnds() {
+    struct sigaction action {};
+    sigaction(SIGCHLD, nullptr, &action);
+    if (action.sa_handler != SIG_IGN && (action.sa_flags & SA_NOCLDWAIT) == 0) return;
+    if (action.sa_handler == SIG_IGN) action.sa_handler = SIG_DFL;
+    action.sa_flags &= ~SA_NOCLDWAIT;
+    sigaction(SIGCHLD, &action, nullptr);
+}
+
+// As the system tells it.
+struct Ending {
+    int status = 0;
+    std::chrono::microseconds worked{};
+};
+
 // A started process and its group; both are gone when it dies.
 class Child {
 public:
@@ -108,27 +125,44 @@ public:
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
 
-    // Leaves it to be collected, so that its number is not another group's yet when the group is killed.
-    bool HasEnded() const {
+    // Leaves it to be collected, so that its number is not another's yet when it is killed.
+    bool HasEnded() {
         siginfo_t info{};
-        const int result = waitid(P_PID, static_cast<id_t>(m_id), &info, WEXITED | WNOHANG | WNOWAIT);
-        return result == 0 ? info.si_pid == m_id : errno != EINTR;
+        if (waitid(P_PID, static_cast<id_t>(m_id), &info, WEXITED | WNOHANG | WNOWAIT) == 0) return info.si_pid == m_id;
+        if (errno == EINTR) return false;
+        m_id = -1;
+        return true;
     }
 
-    // Kills what is left of the group. The state as waitpid gives it, or nothing when it is not known.
-    std::optional<int> End() {
+    // Kills it and what is left of its group. Nothing when it is not known how it ended.
+    std::optional<Ending> End() {
         if (m_id < 0) return std::nullopt;
         kill(-m_id, SIGKILL);
-        int status = 0;
-        pid_t got;
-        while ((got = waitpid(m_id, &status, 0)) < 0 && errno == EINTR) {
-        }
-        const bool known = got == m_id;
+        kill(m_id, SIGKILL);  // It may have left its group.
+        const std::optional<Ending> ending = Collect();
         m_id = -1;
-        return known ? std::optional(status) : std::nullopt;
+        return ending;
     }
 
 private:
+    // Killed, it ends at once, unless it hangs in the system, on a disk that does not answer.
+    std::optional<Ending> Collect() const {
+        constexpr int kGlance = 10, kMostGlances = 300;
+        for (int glances = 0; glances < kMostGlances; ++glances) {
+            Ending ending;
+            rusage usage{};
+            const pid_t got = wait4(m_id, &ending.status, WNOHANG, &usage);
+            if (got < 0 && errno != EINTR) return std::nullopt;
+            ending.worked = Microseconds(usage.ru_utime) + Microseconds(usage.ru_stime);
+            if (got == m_id) return ending;
+            poll(nullptr, 0, kGlance);
+        }
+        return std::nullopt;
+    }
+    static std::chrono::microseconds Microseconds(const timeval& time) {
+        return std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec);
+    }
+
     pid_t m_id;
 };
 
@@ -145,20 +179,27 @@ bool ReadAvailable(int descriptor, std::vector<std::uint8_t>& answer, std::size_
 }
 
 // Until it has ended, or has to be ended; the latter is told.
-std::optional<ChildEnd::How> Attend(const Child& child, Descriptor& pipe, const ChildLimits& limits,
+std::optional<ChildEnd::How> Attend(Child& child, Descriptor& pipe, const ChildLimits& limits,
                                     std::vector<std::uint8_t>& answer) {
     constexpr std::chrono::milliseconds kGlance(20);
-    const Clock::time_point end = Clock::now() + limits.time;
-    for (;;) {
+    // Of more time between two looks, the rest is not counted: this process was stopped, and did not read.
+    constexpr Clock::duration kLongestGlance = 10 * kGlance;
+    Clock::duration watched{};
+    for (Clock::time_point last = Clock::now();;) {
         pollfd one{pipe.Number(), POLLIN, 0};
         poll(&one, 1, static_cast<int>(kGlance.count()));
         // First the question, then the reading: what it wrote before its end is then all there.
         const bool ended = child.HasEnded();
+        const bool hadBegun = !answer.empty();
         if (pipe.Number() >= 0 && !ReadAvailable(pipe.Number(), answer, limits.answer)) pipe.Close();
         if (answer.size() > limits.answer) return ChildEnd::How::TooMuch;
         if (ended) return std::nullopt;
         if (limits.stop && limits.stop->load(std::memory_order_relaxed)) return ChildEnd::How::Stopped;
-        if (Clock::now() >= end) return ChildEnd::How::TooSlow;
+        const Clock::time_point now = Clock::now();
+        const bool begins = !hadBegun && !answer.empty();
+        watched = begins ? Clock::duration{} : watched + std::min(now - last, kLongestGlance);
+        last = now;
+        if (watched >= (answer.empty() ? limits.begin : limits.time)) return ChildEnd::How::TooSlow;
     }
 }
 
@@ -170,19 +211,23 @@ ChildEnd RunChild(const std::filesystem::path& program, const std::vector<std::s
     if (pipe2(ends, O_CLOEXEC) != 0) Throw(errno, "cannot make a pipe");
     Descriptor reading(ends[0]), writing(ends[1]);
     fcntl(reading.Number(), F_SETFL, O_NONBLOCK);
+    RememberEnds();
     Child child(Spawn(program, arguments, writing.Number()));
     writing.Close();
 
     ChildEnd result;
     const std::optional<ChildEnd::How> forced = Attend(child, reading, limits, result.answer);
-    const std::optional<int> status = child.End();
+    const std::optional<Ending> ending = child.End();
+    if (ending) result.worked = ending->worked;
     if (forced) {
         result.how = *forced;
-    } else if (status && WIFSIGNALED(*status)) {
+    } else if (!ending) {
+        result.how = ChildEnd::How::Lost;
+    } else if (WIFSIGNALED(ending->status)) {
         result.how = ChildEnd::How::Signalled;
-        result.code = WTERMSIG(*status);
+        result.code = WTERMSIG(ending->status);
     } else {
-        result.code = status ? WEXITSTATUS(*status) : -1;
+        result.code = WEXITSTATUS(ending->status);
     }
     return result;
 }

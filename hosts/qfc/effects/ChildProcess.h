@@ -17,14 +17,18 @@ struct ChildEnd {
         TooSlow,
         TooMuch,  // more bytes than it may answer
         Stopped,  // because the caller wanted it so
+        Lost,     // somebody else took the news of its end
     };
     How how = How::Exited;
     int code = 0;
+    std::chrono::microseconds worked{};  // processor time, of all its threads
     std::vector<std::uint8_t> answer;
 };
 
 struct ChildLimits {
-    std::chrono::milliseconds time{};
+    // Of both, only time counts in which the caller is there to see it pass, not stopped itself.
+    std::chrono::milliseconds begin{};        // until the first byte of the answer
+    std::chrono::milliseconds time{};         // from then on
     std::size_t answer = 0;                   // bytes
     const std::atomic<bool>* stop = nullptr;  // may be null
 };
@@ -34,8 +38,9 @@ inline constexpr int kAnswerDescriptor = 3;
 
 // Runs a program in a process group of its own, reads what it writes to kAnswerDescriptor, and waits for its end. It
 // has no other descriptors; what it prints is lost, since more than the program itself may print there. At its end,
-// however it comes, the whole group is killed. Throws std::system_error when it cannot be started. Any thread; several
-// at once.
+// however it comes, the whole group is killed, and the process itself in whatever group it is then. One that cannot
+// even be killed, since the system does not let it go, is left. Should this process ignore SIGCHLD, it does so no more.
+// Throws std::system_error when it cannot be started. Any thread; several at once.
 ChildEnd RunChild(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                   const ChildLimits& limits);
 

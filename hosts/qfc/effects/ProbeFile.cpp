@@ -1,18 +1,22 @@
 #include "hosts/qfc/effects/ChildProcess.h"
+#include "hosts/qfc/effects/PluginTexts.h"
 #include "hosts/qfc/effects/ProbeArguments.h"
 #include "hosts/qfc/effects/ReportBytes.h"
-#include "hosts/qfc/effects/SamplePhotographs.h"
+#include "hosts/qfc/effects/ReportMark.h"
 
 #include <algorithm>
 #include <bit>
 #include <cmath>
 #include <csignal>
 #include <fmt/format.h>
+#include <span>
 #include <sys/stat.h>
 
 namespace qfc::host {
 
 namespace {
+
+using Outcome = ProbeReport::Outcome;
 
 std::string NameOfSignal(int signal) {
     switch (signal) {
@@ -25,6 +29,8 @@ std::string NameOfSignal(int signal) {
             return "it divides by zero";
         case SIGILL:
             return "it runs what this processor cannot run";
+        case SIGXFSZ:
+            return "it writes too large a file";
         default:
             return fmt::format("it is ended by signal {}", signal);
     }
@@ -34,15 +40,37 @@ std::string TooSlow(std::chrono::milliseconds limit) {
     return fmt::format("it takes longer than {} s", static_cast<double>(limit.count()) / 1000);
 }
 
-ProbeReport Without(ProbeReport::Outcome outcome, std::string reason) {
+ProbeReport Without(Outcome outcome, std::string reason) {
     ProbeReport report;
     report.outcome = outcome;
     report.reason = std::move(reason);
     return report;
 }
 
-ProbeReport ReportOf(const ChildEnd& end, std::chrono::milliseconds limit) {
-    using Outcome = ProbeReport::Outcome;
+// Signals by which somebody else ends processes: a person, a system that goes down or has no memory left.
+bool IsFromOutside(const ChildEnd& end, std::chrono::milliseconds limit) {
+    switch (end.code) {
+        case SIGHUP:
+        case SIGINT:
+        case SIGQUIT:
+        case SIGTERM:
+            return true;
+        case SIGKILL:
+            return end.worked < limit;  // The system kills what goes on after SIGXCPU.
+        default:
+            return false;
+    }
+}
+
+ProbeReport EndedBySignal(const ChildEnd& end, std::chrono::milliseconds limit) {
+    if (IsFromOutside(end, limit))
+        return Without(Outcome::Unknown, fmt::format("it is ended from outside, by signal {}", end.code));
+    const bool hasNoTimeLeft = end.code == SIGXCPU || end.code == SIGKILL;
+    return Without(Outcome::Failed, hasNoTimeLeft ? TooSlow(limit) : NameOfSignal(end.code));
+}
+
+// Of one that has loaded the plugin, or begun to.
+ProbeReport ReportOfPlugin(const ChildEnd& end, std::chrono::milliseconds limit) {
     switch (end.how) {
         case ChildEnd::How::Stopped:
             return Without(Outcome::Stopped, "stopped");
@@ -51,15 +79,47 @@ ProbeReport ReportOf(const ChildEnd& end, std::chrono::milliseconds limit) {
         case ChildEnd::How::TooMuch:
             return Without(Outcome::Failed, "it answers more than a report can hold");
         case ChildEnd::How::Signalled:
-            if (end.code == SIGXCPU) return Without(Outcome::Failed, TooSlow(limit));
-            return Without(Outcome::Failed, NameOfSignal(end.code));
+            return EndedBySignal(end, limit);
+        case ChildEnd::How::Lost:
+            return Without(Outcome::Unknown, "how its process ended is not known");
         case ChildEnd::How::Exited:
             break;
     }
-    if (end.code != 0 || end.answer.empty())
+    const auto answer = std::span(end.answer).subspan(1);
+    if (end.code != 0 || answer.empty())
         return Without(Outcome::Failed, fmt::format("it ends the process, with {}", end.code));
-    if (auto report = UnpackReport(end.answer)) return std::move(*report);
+    if (auto report = UnpackReport(answer)) return std::move(*report);
     return Without(Outcome::Failed, "its report makes no sense");
+}
+
+// Of one that did not come so far.
+ProbeReport ComplaintOf(const ChildEnd& end) {
+    if (end.how == ChildEnd::How::Stopped) return Without(Outcome::Stopped, "stopped");
+    std::string words = CleanPluginText(std::string(end.answer.begin(), end.answer.end()).c_str());
+    if (words.empty()) words = "it does not begin";
+    return Without(Outcome::Unknown, "the process for plugins: " + words);
+}
+
+ProbeReport ReportOf(const ChildEnd& end, std::chrono::milliseconds limit) {
+    const std::uint8_t greeting = end.answer.empty() ? 0 : end.answer[0];
+    if (greeting != kUnderFullLimits && greeting != kUnderLowerLimits) return ComplaintOf(end);
+    ProbeReport report = ReportOfPlugin(end, limit);
+    if (greeting == kUnderLowerLimits && report.outcome == Outcome::Failed) {
+        report.outcome = Outcome::Unknown;
+        report.reason += " (under lower limits than plugins are given)";
+    }
+    return report;
+}
+
+ProbeReport Probed(const std::filesystem::path& file, const ProbeSettings& settings) {
+    // By that name it is started even when its file was replaced meanwhile.
+    constexpr const char* kThisProgram = "/proc/self/exe";
+    constexpr std::chrono::seconds kToPrepare(30);
+    const ChildLimits limits{
+        .begin = kToPrepare, .time = settings.limit, .answer = kLargestReport, .stop = settings.stop};
+    const ChildEnd end = RunChild(settings.program.empty() ? kThisProgram : settings.program,
+                                  ProbeArguments(std::filesystem::absolute(file), settings.limit), limits);
+    return ReportOf(end, settings.limit);
 }
 
 std::array<std::uint8_t, 4> LittleEndian(std::uint32_t bits) {
@@ -102,15 +162,13 @@ FileStamp StampOf(const std::filesystem::path& file) {
 }
 
 ProbeReport ProbeFile(const std::filesystem::path& file, const ProbeSettings& settings) {
-    std::filesystem::path program = settings.program;
-    if (program.empty()) program = std::filesystem::read_symlink("/proc/self/exe");
-    const std::filesystem::path photographs = PhotographFolder(std::filesystem::canonical(program));
-    if (!ArePhotographsIn(photographs))
-        throw std::runtime_error("the sample photographs are missing in " + photographs.string());
     const FileStamp stamp = StampOf(file);
-    const ChildLimits limits{settings.limit, kLargestReport, settings.stop};
-    const ChildEnd end = RunChild(program, ProbeArguments(std::filesystem::absolute(file), settings.limit), limits);
-    ProbeReport report = ReportOf(end, settings.limit);
+    ProbeReport report;
+    try {
+        report = Probed(file, settings);
+    } catch (const std::exception& error) {
+        report = Without(Outcome::Unknown, CleanPluginText(error.what()));
+    }
     report.stamp = stamp;
     return report;
 }

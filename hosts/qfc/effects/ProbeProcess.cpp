@@ -1,25 +1,18 @@
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/effects/ChildProcess.h"
+#include "hosts/qfc/effects/PluginLimits.h"
 #include "hosts/qfc/effects/PluginStudy.h"
 #include "hosts/qfc/effects/ProbeArguments.h"
 #include "hosts/qfc/effects/ReportBytes.h"
+#include "hosts/qfc/effects/ReportMark.h"
 
 #include <cerrno>
 #include <charconv>
-#include <csignal>
 #include <cstring>
 #include <fcntl.h>
 #include <malloc.h>
 #include <string_view>
-#include <sys/prctl.h>
-#include <sys/resource.h>
 #include <unistd.h>
-
-#if defined(__has_feature)
-#define QFC_HAS_FEATURE(x) __has_feature(x)
-#else
-#define QFC_HAS_FEATURE(x) 0
-#endif
 
 namespace qfc::host {
 
@@ -28,32 +21,6 @@ namespace {
 // qfc effects probe FILE --answer-within MILLISECONDS
 constexpr std::string_view kWithin = "--answer-within";
 constexpr int kArguments = 6;
-
-constexpr rlim_t kMemory = rlim_t{1} << 30;
-constexpr rlim_t kWrittenFile = rlim_t{16} << 20;
-
-// The sanitizers lay out terabytes of addresses.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || QFC_HAS_FEATURE(address_sanitizer) || \
-    QFC_HAS_FEATURE(thread_sanitizer)
-constexpr bool kIsMemoryLimited = false;
-#else
-constexpr bool kIsMemoryLimited = true;
-#endif
-
-bool Limit(int resource, rlim_t soft, rlim_t hard) {
-    const rlimit limit{soft, hard};
-    return setrlimit(static_cast<__rlimit_resource>(resource), &limit) == 0;
-}
-
-// Nothing can be undone, whatever the plugin tries.
-bool EnterLimits(std::chrono::milliseconds time) {
-    const auto seconds = static_cast<rlim_t>((time.count() + 999) / 1000);
-    // For the case that the parent is killed and nobody looks at the clock any more.
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    alarm(static_cast<unsigned int>(seconds) + 2);
-    return Limit(RLIMIT_CPU, seconds, seconds + 1) && (!kIsMemoryLimited || Limit(RLIMIT_AS, kMemory, kMemory)) &&
-           Limit(RLIMIT_CORE, 0, 0) && Limit(RLIMIT_FSIZE, kWrittenFile, kWrittenFile) && chdir("/") == 0;
-}
 
 // Some plugins read memory that they never wrote to: with zeros in it they are the same at every run, and find no
 // numbers there that lead beyond a frame.
@@ -77,15 +44,22 @@ bool Answer(std::span<const std::uint8_t> bytes) {
     return true;
 }
 
-ProbeReport Probed(const char* file, const WorkBudget& budget) {
-    try {
-        const auto program = std::filesystem::read_symlink("/proc/self/exe");
-        return StudyPlugin(file, ReadPhotographs(PhotographFolder(program)), budget);
-    } catch (const std::exception& error) {
-        ProbeReport report;
-        report.reason = error.what();
-        return report;
-    }
+// All that is no plugin's business, up to the greeting.
+SamplePhotographs Prepare(std::chrono::milliseconds limit) {
+    const bool full = EnterPluginLimits(limit, kAnswerDescriptor);
+    ZeroFreshMemory();
+    SamplePhotographs photographs = ReadPhotographs(PhotographFolder(std::filesystem::read_symlink("/proc/self/exe")));
+    const std::uint8_t greeting = full ? kUnderFullLimits : kUnderLowerLimits;
+    if (!Answer({&greeting, 1})) throw std::runtime_error("cannot answer");
+    return photographs;
+}
+
+std::vector<std::uint8_t> Studied(const char* file, const SamplePhotographs& photographs, const WorkBudget& budget) {
+    std::vector<std::uint8_t> bytes = PackReport(StudyPlugin(file, photographs, budget));
+    if (!bytes.empty()) return bytes;
+    ProbeReport tooLarge;
+    tooLarge.reason = "its effects are more than a report can hold";
+    return PackReport(tooLarge);
 }
 
 }  // namespace
@@ -106,17 +80,16 @@ int RunProbeProcess(int, const char* const* argv) {
     if (error != std::errc() || end != text.data() + text.size() || milliseconds <= 0 || !CanAnswer())
         return kWrongUsage;
     const std::chrono::milliseconds limit(milliseconds);
-    const WorkBudget budget(limit);
-    if (!EnterLimits(limit)) return kFailed;
-    ZeroFreshMemory();
-    std::vector<std::uint8_t> bytes = PackReport(Probed(argv[3], budget));
-    if (bytes.empty()) {
-        ProbeReport tooLarge;
-        tooLarge.reason = "its effects are more than a report can hold";
-        bytes = PackReport(tooLarge);
+    SamplePhotographs photographs;
+    try {
+        photographs = Prepare(limit);
+    } catch (const std::exception& complaint) {
+        Answer({reinterpret_cast<const std::uint8_t*>(complaint.what()), std::strlen(complaint.what())});
+        return kFailed;
     }
+    const WorkBudget budget(limit);
     // Without the ends of other objects: threads of the plugin may still be using them.
-    _exit(Answer(bytes) ? kDone : kFailed);
+    _exit(Answer(Studied(argv[3], photographs, budget)) ? kDone : kFailed);
 }
 
 }  // namespace qfc::host

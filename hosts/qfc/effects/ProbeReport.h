@@ -119,15 +119,16 @@ struct ProbeReport {
 struct ProbeSettings {
     // The qfc that runs as the process of its own; empty: the program that is running.
     std::filesystem::path program;
-    // Of processor time and of real time.
+    // Of processor time and of real time, the latter from when the plugin is loaded.
     std::chrono::milliseconds limit = std::chrono::seconds(10);
     // Raised, it ends the probe with Stopped. May be null; outlives the call.
     const std::atomic<bool>* stop = nullptr;
 };
 
 // Runs the plugin in a process of its own and waits for it. Whatever the plugin does, this returns shortly after the
-// limit, and what it started is ended. Throws std::runtime_error for what is no plugin's fault: the process cannot be
-// started, or the sample photographs are missing. Any thread; several may do so at once.
+// limit, and its process has ended. It cannot have started others, on systems that can forbid it (PluginLimits.h); on
+// others, those that left its process group stay. Time in which this process is stopped does not count. Never throws:
+// what goes wrong outside the plugin is told as Unknown. Any thread; several may do so at once.
 ProbeReport ProbeFile(const std::filesystem::path& file, const ProbeSettings& settings = {});
 
 // The other side: whether these arguments are those of such a process, and what it does. Asked first of all by main(),

@@ -20,14 +20,22 @@ constexpr const char* kSecond = "Arches.jpg";
 
 Picture ReadPhotograph(const std::filesystem::path& path) {
     MediaFile file(path, TimeLimit(std::chrono::seconds(5)));
-    if (!file.PictureStream()) throw std::runtime_error("no photograph: " + path.string());
+    if (!file.PictureStream()) throw std::runtime_error("no photograph");
     StreamDecoder decoder(file, *file.PictureStream());
     const AVFrame* const frame = decoder.Next();
-    if (!frame) throw std::runtime_error("cannot be decoded: " + path.string());
+    if (!frame) throw std::runtime_error("cannot be decoded");
     if (frame->width * 4 < kStudySize.width * 5 || frame->height * 4 < kStudySize.height * 5)
-        throw std::runtime_error("too small: " + path.string());
+        throw std::runtime_error("too small");
     FrameScaler scaler;
     return scaler.Scaled(*frame, {frame->width, frame->height});
+}
+
+Picture ReadNamed(const std::filesystem::path& path) {
+    try {
+        return ReadPhotograph(path);
+    } catch (const std::exception& error) {
+        throw std::runtime_error(path.string() + ": " + error.what());
+    }
 }
 
 }  // namespace
@@ -36,14 +44,8 @@ std::filesystem::path PhotographFolder(const std::filesystem::path& program) {
     return program.parent_path() / "photographs";
 }
 
-bool ArePhotographsIn(const std::filesystem::path& folder) {
-    std::error_code error;
-    return std::filesystem::is_regular_file(folder / kFirst, error) &&
-           std::filesystem::is_regular_file(folder / kSecond, error);
-}
-
 SamplePhotographs ReadPhotographs(const std::filesystem::path& folder) {
-    return {ReadPhotograph(folder / kFirst), ReadPhotograph(folder / kSecond)};
+    return {ReadNamed(folder / kFirst), ReadNamed(folder / kSecond)};
 }
 
 }  // namespace qfc::host

@@ -16,9 +16,6 @@ struct SamplePhotographs {
 // Where they lie beside a program.
 std::filesystem::path PhotographFolder(const std::filesystem::path& program);
 
-// Whether both files are in the folder.
-bool ArePhotographsIn(const std::filesystem::path& folder);
-
 // Throws std::runtime_error when they cannot be read or are too small. Any thread.
 SamplePhotographs ReadPhotographs(const std::filesystem::path& folder);
 

@@ -7,11 +7,13 @@ namespace qfc::host {
 
 double WorkBudget::Spent() const {
     using Seconds = std::chrono::duration<double>;
+    constexpr double kLastOfRealTime = 0.85;
+    const Seconds limit = m_limit, real = std::chrono::steady_clock::now() - m_begin;
+    if (real >= kLastOfRealTime * limit) return 1;
     timespec processor{};
     clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &processor);
-    const double real = Seconds(std::chrono::steady_clock::now() - m_begin).count();
-    const double worked = static_cast<double>(processor.tv_sec) + static_cast<double>(processor.tv_nsec) / 1e9;
-    return std::max(real, worked) / Seconds(m_limit).count();
+    const Seconds worked = std::chrono::seconds(processor.tv_sec) + std::chrono::nanoseconds(processor.tv_nsec);
+    return std::min(1.0, worked / limit);
 }
 
 }  // namespace qfc::host

@@ -4,8 +4,9 @@
 
 namespace qfc::host {
 
-// How much of its time this process has used: real time since the budget was made, or processor time of all threads,
-// whichever is more. Measuring ends early when it runs short, so that slow effects still give an answer. One thread.
+// How much of its time this process has used, as processor time of all threads: that hardly depends on what else runs
+// on the machine. Only shortly before the real time ends, too, does that count: then all of it is used. Measuring ends
+// early when it runs short, so that slow effects still give an answer. One thread.
 class WorkBudget {
 public:
     explicit WorkBudget(std::chrono::milliseconds limit) : m_limit(limit) {}

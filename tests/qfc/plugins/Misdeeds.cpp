@@ -7,6 +7,10 @@
 #include <cstring>
 #include <limits>
 #include <stdexcept>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <thread>
 #include <unistd.h>
 
 namespace qfc::test::plugin {
@@ -43,6 +47,41 @@ void Flood() {
 void LeaveOneBehind() {
     if (fork() != 0) return;
     for (;;) pause();
+}
+
+// The same, out of reach of a signal to the group.
+void LeaveOneOutside() {
+    if (fork() != 0) return;
+    setsid();
+    for (;;) pause();
+}
+
+// All that holds a process to its parent.
+void CutTies() {
+    prctl(PR_SET_PDEATHSIG, 0);
+    alarm(0);
+    setsid();
+    setpgid(0, getpgid(getppid()));
+    LeaveOneOutside();
+    for (;;) pause();
+}
+
+// Addresses, without memory behind them.
+void Take(std::size_t bytes) {
+    void* const taken = mmap(nullptr, bytes, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (taken == MAP_FAILED) std::abort();
+}
+
+// A file in memory.
+void WriteFile(std::int64_t bytes) {
+    const int file = memfd_create("large", MFD_CLOEXEC);
+    if (file < 0 || ftruncate(file, bytes) != 0) std::abort();
+    close(file);
+}
+
+void LoopInThreads() {
+    for (int i = 0; i < 3; ++i) std::thread(Loop).detach();
+    Loop();
 }
 
 void Eat() {
@@ -86,6 +125,20 @@ void Misdeed(std::string_view kind, Moment moment) {
         for (int descriptor = 0; descriptor < 64; ++descriptor) close(descriptor);
     }
     if (kind == "litter" && moment == Moment::Construct) LeaveOneBehind();
+    if (kind == "outside" && moment == Moment::Construct) LeaveOneOutside();
+    if (kind == "untied" && update) CutTies();
+    if (kind == "halt" && update) std::raise(SIGSTOP);
+    if (kind == "terminate" && update) std::raise(SIGTERM);
+    if (kind == "killed" && update) std::raise(SIGKILL);
+    if (kind == "crew" && update) LoopInThreads();
+    if (kind == "modest" && moment == Moment::Init) Take(std::size_t{512} << 20);
+    if (kind == "greedy" && moment == Moment::Init) Take(std::size_t{1} << 30);
+    if (kind == "short" && moment == Moment::Init) WriteFile(16 << 20);
+    if (kind == "large" && moment == Moment::Init) WriteFile((16 << 20) + 1);
+    if (kind == "core" && moment == Moment::Init) {
+        rlimit limit{};
+        if (getrlimit(RLIMIT_CORE, &limit) != 0 || limit.rlim_max != 0) std::abort();
+    }
     if (kind == "hungry" && moment == Moment::Construct) Eat();
     if (kind == "lastly" && moment == Moment::End) std::abort();
     if (kind == "atonce" && moment == Moment::Init) std::abort();
