@@ -121,18 +121,50 @@ TEST_F(CommandsGalleries, RmKeepsTheTagsOfAPredefinedGallery) {
     EXPECT_EQ(Done({"tag", "list", "--gallery", "Sounds"}).size(), 1u);
 }
 
-TEST_F(CommandsGalleries, RmWhoseTagsCannotGo_KeepsTheGallery) {
+// Which tables refuse to give rows up.
+class CommandsGalleryTagsThatStay : public CommandsGalleries, public ::testing::WithParamInterface<const char*> {};
+
+TEST_P(CommandsGalleryTagsThatStay, RmPutsThemBackWithTheirLinks_AndSaysWhatWent) {
+    Done({"import", Image("a.ppm")});
+    const std::string guid = GuidOf("Imported\\a.ppm");
     Done({"gallery", "create", "A"});
+    Done({"import", Image("b.ppm", 1), "--gallery", "A", "--folder", "X"});
     Done({"tag", "create", "secret", "--gallery", "A"});
-    for (const char* table : {"LIB_TAG_TABLE", "LIB_TAG_CATEGORY_TABLE"}) {
-        RawDb(Database())
-            .Exec(std::string("create trigger keep before delete on ") + table +
-                  " begin select raise(abort, 'kept'); end");
-        EXPECT_EQ(Refused({"gallery", "rm", "A"}), "qfc: cannot remove the gallery A: the tags of My tags stay\n");
-        EXPECT_EQ(Done({"gallery", "list"}).size(), 1u);
-        RawDb(Database()).Exec("drop trigger keep");
-    }
+    Done({"tag", "add", "secret", "--", guid});
+    const std::string tags = RawDb(Database()).Cell("select hex(TAG_GUID) from LIB_TAG_TABLE");
+    RawDb(Database())
+        .Exec(std::string("create trigger keep before delete on ") + GetParam() +
+              " begin select raise(abort, 'kept'); end");
+    const Json report = Document({"gallery", "rm", "A"}, 1);
+    EXPECT_EQ(report["error"], "cannot remove the gallery A: the tags of My tags stay");
+    EXPECT_EQ(report["removed"], (Json{{"folders", {"X"}}, {"tags", Json::array()}}));
+    EXPECT_EQ(report["kept"], (Json{{"folders", Json::array()}, {"tags", {"My tags"}}}));
+    EXPECT_EQ(Count("FOLDER_TABLE where FOLDER_NAME = 'X'"), "0");
+    EXPECT_EQ(Done({"gallery", "list"}).size(), 2u);
+    EXPECT_EQ(RawDb(Database()).Cell("select hex(TAG_GUID) from LIB_TAG_TABLE"), tags);
+    EXPECT_EQ(Done({"show", guid})["tags"][0]["name"], "secret");
+    EXPECT_EQ(Refused({"gallery", "rm", "A"}), "qfc: cannot remove the gallery A: the tags of My tags stay\n");
+    RawDb(Database()).Exec("drop trigger keep");
     Done({"gallery", "rm", "A"});
+    EXPECT_EQ(Count("LIB_TAG_TABLE"), "0");
+    ExpectSound();
+}
+
+INSTANTIATE_TEST_SUITE_P(Tables, CommandsGalleryTagsThatStay,
+                         ::testing::Values("LIB_TAG_TABLE", "LIB_TAG_CATEGORY_TABLE"));
+
+TEST_F(CommandsGalleries, RmThatComesToAHalt_SaysWhatWentAndWhatIsStillThere) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    Done({"import", Image("b.ppm", 1), "--folder", "B"});
+    Done({"mkdir", "C"});
+    RawDb(Database())
+        .Exec(
+            "create trigger keep before delete on FOLDER_TABLE when old.FOLDER_NAME = 'B' "
+            "begin select raise(abort, 'kept'); end");
+    EXPECT_EQ(Refused({"gallery", "rm", "Media"}),
+              "qfc: cannot remove the gallery Media: the folder B stays; removed: the folder A; still there: the "
+              "gallery, the folder B, the folder C\n");
+    EXPECT_EQ(Count("FOLDER_TABLE where FOLDER_NAME in ('B', 'C')"), "2");
 }
 
 TEST_F(CommandsGalleries, CreatePassesOverIdsWithTagsOfAGalleryThatIsGone) {

@@ -234,6 +234,45 @@ TEST_F(CommandsItems, AnImportWithoutRemovals_WritesNoOrder) {
     EXPECT_EQ(items, (Names{"a.ppm", "b.ppm", "c.ppm"}));
 }
 
+TEST_F(CommandsItems, WhatIsAddedAfterRemovals_GetsOtherNumbers_AndNothingElseDoes) {
+    ImportAbc();
+    Done({"rm", "F\\a.ppm"});
+    Done({"import", Image("d.ppm", 4), "--folder", "F"});
+    EXPECT_EQ(
+        RawDb(Database())
+            .Cell("select group_concat(ITEM_NAME || ' ' || ITEM_INDEX) from (select * from RELATION_TABLE natural "
+                  "join ITEM_TABLE order by ITEM_INDEX)"),
+        "'c.ppm 0,b.ppm 2,d.ppm 3'");
+}
+
+TEST_F(CommandsItems, AnOrderThatIsNotStored_IsNotDone) {
+    ImportAbc();
+    Done({"import", Image("e.ppm", 5), "--folder", "G"});
+    Done({"rm", "F\\a.ppm"});
+    RawDb(Database())
+        .Exec(
+            "create trigger keep before insert on RELATION_TABLE when exists (select 1 from RELATION_TABLE where "
+            "PARENT_ID = new.PARENT_ID and ITEM_ID = new.ITEM_ID) begin select raise(abort, 'kept'); end");
+    const Json imported = Document({"import", Image("d.ppm", 4), "--folder", "F"}, 1);
+    EXPECT_EQ(imported["added"].size(), 1U);
+    EXPECT_EQ(imported["notLast"], Json{"F"});
+    EXPECT_EQ(Refused({"mv", "G\\e.ppm", "F"}), "qfc: cannot put the item last in F\n");
+    Names items = ItemsOf("F");
+    std::ranges::sort(items);
+    EXPECT_EQ(items, (Names{"b.ppm", "c.ppm", "d.ppm", "e.ppm"}));
+}
+
+TEST_F(CommandsItems, AFolderThatCannotBePutLast_IsNotDone) {
+    for (const char* folder : {"A", "B", "C"}) Done({"mkdir", folder});
+    Done({"rmdir", "A"});
+    RawDb(Database()).Exec("create trigger keep before update on FOLDER_TABLE begin select raise(abort, 'kept'); end");
+    const Json made = Document({"mkdir", "D"}, 1);
+    EXPECT_EQ(made["made"], Json{"D"});
+    EXPECT_EQ(made["notLast"], Json{"D"});
+    Done({"rmdir", "B"});
+    EXPECT_EQ(Refused({"import", Image("a.ppm"), "--folder", "E"}), "qfc: cannot put the folder last: E\n");
+}
+
 TEST_F(CommandsItems, ReorderOfAFolderWithoutItems_SaysThatThereIsNothingToOrder) {
     Done({"mkdir", "Only\\Folders"});
     EXPECT_NE(Refused({"reorder", "Only", "--by", "name"}).find("no items"), std::string::npos);

@@ -3,9 +3,11 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <fstream>
 #include <stdexcept>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace qfc::test {
@@ -89,6 +91,20 @@ std::optional<std::string> QfcProcess::ReadLine() {
 }
 
 void QfcProcess::Signal(int signal) { kill(m_child, signal); }
+
+bool QfcProcess::WaitUntilCaught(int signal) const {
+    const std::string status = "/proc/" + std::to_string(m_child) + "/status";
+    for (;; std::this_thread::yield()) {
+        std::ifstream file(status);
+        std::string line, caught, state;
+        while (std::getline(file, line)) {
+            if (line.starts_with("SigCgt:")) caught = line.substr(7);
+            if (line.starts_with("State:")) state = line.substr(6);
+        }
+        if (caught.empty() || state.find('Z') != std::string::npos) return false;
+        if ((std::stoull(caught, nullptr, 16) >> (signal - 1)) & 1U) return true;
+    }
+}
 
 void QfcProcess::StopReading() {
     close(m_out);

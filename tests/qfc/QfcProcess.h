@@ -33,6 +33,8 @@ public:
     // The next line of its standard output; nothing when there are no more.
     std::optional<std::string> ReadLine();
     void Signal(int signal);
+    // Waits until the program answers the signal itself. False when it ends before.
+    bool WaitUntilCaught(int signal) const;
     // From now on nobody reads its standard output.
     void StopReading();
     // Reads to the end of its output.

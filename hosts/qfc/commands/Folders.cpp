@@ -1,6 +1,7 @@
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/commands/Describe.h"
+#include "hosts/qfc/commands/Interrupt.h"
 #include "hosts/qfc/library/ChangeLock.h"
 #include "hosts/qfc/library/Find.h"
 #include "hosts/qfc/library/FolderMaker.h"
@@ -24,8 +25,9 @@ int Run(const MakeFolderOptions& options, const Console& console) {
     if (folder == nullptr) throw Failure("cannot make the folder " + JoinPath(components));
     if (maker.Made().empty()) throw Failure("there is a folder " + PathOf(*folder) + " already");
     for (const std::string& path : maker.Made()) console.Say("made " + path);
-    console.ShowJson({{"folder", FolderJson(*folder)}, {"made", maker.Made()}});
-    return kDone;
+    for (const std::string& path : maker.NotLast()) console.Complain("cannot put the folder " + path + " last");
+    console.ShowJson({{"folder", FolderJson(*folder)}, {"made", maker.Made()}, {"notLast", maker.NotLast()}});
+    return maker.NotLast().empty() ? kDone : kFailed;
 }
 
 int Run(const RemoveFolderOptions& options, const Console& console) {
@@ -37,10 +39,14 @@ int Run(const RemoveFolderOptions& options, const Console& console) {
     const bool filled = !SubFolders(folder).empty() || !Items(folder).empty();
     if (filled && !options.recursive) throw Failure(path + " is not empty; --recursive removes it with all it holds");
     const Json removed = FolderJson(folder);
-    if (!RemoveFolder(galleries, folder)) throw Failure("cannot remove " + path);
+    const Interrupt interrupt;  // A folder that is begun goes as a whole.
+    const FolderRemoval done = RemoveFolder(galleries, folder);
+    if (done == FolderRemoval::kFailed) throw Failure("cannot remove " + path);
     console.Say("removed " + path);
-    console.ShowJson({{"removed", removed}});
-    return kDone;
+    const bool isLinked = done == FolderRemoval::kLinksLeft;
+    if (isLinked) console.Complain(path + " is removed, but links of tags to its items are left; check lists them");
+    console.ShowJson({{"removed", removed}, {"linksLeft", isLinked}});
+    return isLinked ? kFailed : kDone;
 }
 
 }  // namespace qfc::host

@@ -1,12 +1,15 @@
 #include "api/QFCLib.h"
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/commands/Interrupt.h"
 #include "hosts/qfc/library/ChangeLock.h"
 #include "hosts/qfc/library/Galleries.h"
 #include "hosts/qfc/library/Removal.h"
+#include "hosts/qfc/library/TagBackup.h"
 #include "hosts/qfc/library/TagChanges.h"
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Tree.h"
+#include "hosts/qfc/library/Verify.h"
 
 #include <algorithm>
 #include <iterator>
@@ -15,31 +18,137 @@
 namespace qfc::host {
 namespace {
 
-// Deleting a gallery alone would leave its items and payloads behind: the folders go first.
-void DeleteFolders(Galleries& galleries, CQGallery& gallery, const std::string& what) {
-    for (CQFolder* folder : SubFolders(gallery)) {
-        const std::string name = ShownName(*folder);
-        if (!RemoveFolder(galleries, *folder)) throw Failure(what + ": the folder " + name + " stays");
-    }
-}
+// What of a gallery went, or is still there.
+struct Parts {
+    std::vector<std::string> folders;
+    std::vector<std::string> tags;  // Categories of an own gallery, with their tags.
 
-// Another gallery may get the id of this one, and would have its tags.
-std::size_t DeleteTags(const Session& session, Galleries& galleries, const GalleryName& name, const std::string& what) {
-    if (PredefinedName(name.id)) return 0;
-    Tags tags(session);
-    std::vector<CTagCategory> own;
-    const auto isOwn = [&](const CTagCategory& category) { return category.m_nGallery == name.id; };
-    std::ranges::copy_if(tags.Categories(), std::back_inserter(own), isOwn);
-    if (own.empty()) return 0;
-    TagChanges changes(tags, galleries);
-    std::size_t count = 0;
-    for (const CTagCategory& category : own) {
-        const std::string why = what + ": the tags of " + ToText(category.m_strName) + " stay";
-        if (!category.m_tags.empty()) changes.DeleteTags(name.id, category.m_tags, why);
-        changes.DeleteCategory(category, why);
-        count += category.m_tags.size();
+    bool IsEmpty() const { return folders.empty() && tags.empty(); }
+    std::string Text() const {
+        std::string text;
+        for (const std::string& folder : folders) text += (text.empty() ? "" : ", ") + ("the folder " + folder);
+        for (const std::string& category : tags) text += (text.empty() ? "" : ", ") + ("the tags of " + category);
+        return text;
     }
-    return count;
+    Json AsJson() const { return {{"folders", folders}, {"tags", tags}}; }
+};
+
+// Removes one gallery, and knows how far it came.
+class GalleryRemoval {
+public:
+    GalleryRemoval(const Session& session, Galleries& galleries, CQGallery& gallery)
+        : m_galleries(galleries),
+          m_gallery(gallery),
+          m_tools(*gallery.GetDBTools()),
+          m_name(Galleries::NameOf(gallery)),
+          m_tags(session) {
+        for (CQFolder* folder : SubFolders(gallery)) m_folders.emplace_back(folder->GetDBId(), ShownName(*folder));
+        // Another gallery may get the id of this one, and would have its tags.
+        if (PredefinedName(m_name.id)) return;
+        const auto isOwn = [&](const CTagCategory& category) { return category.m_nGallery == m_name.id; };
+        std::ranges::copy_if(m_tags.Categories(), std::back_inserter(m_categories), isOwn);
+    }
+
+    // Throws Failure with what it came to a halt at.
+    void Go() {
+        RefuseUnseenFolders(m_gallery);
+        const Interrupt interrupt;
+        DeleteFolders(interrupt);
+        if (!m_categories.empty()) DeleteTags();
+        const bool deleted = QFCLibraryManager::fnDeleteGallery({m_name.id}) != 0;
+        m_galleries.Close(m_gallery);
+        const std::vector<GalleryName> stored = m_galleries.Stored();
+        if (!deleted || std::ranges::find(stored, m_name.id, &GalleryName::id) != stored.end()) {
+            throw Failure("its row stays");
+        }
+    }
+
+    const GalleryName& Name() const { return m_name; }
+    std::size_t TagsGone() const { return m_tagsGone; }
+    bool AreLinksLeft() const { return m_linksLeft; }
+
+    Parts Gone() const {
+        Parts gone{FoldersWhere([&](int row) { return IsFolderGone(m_tools, row); }), {}};
+        for (const CTagCategory& category : m_categories) {
+            if (m_tags.CategoryByGuid(category.m_guid) == nullptr) gone.tags.push_back(ToText(category.m_strName));
+        }
+        return gone;
+    }
+    Parts Kept() const {
+        Parts kept{FoldersWhere([&](int row) { return !IsFolderGone(m_tools, row); }), {}};
+        for (const CTagCategory& category : m_categories) {
+            if (m_tags.CategoryByGuid(category.m_guid) != nullptr) kept.tags.push_back(ToText(category.m_strName));
+        }
+        return kept;
+    }
+
+private:
+    // Deleting a gallery alone would leave its items and payloads behind: the folders go first.
+    void DeleteFolders(const Interrupt& interrupt) {
+        for (CQFolder* folder : SubFolders(m_gallery)) {
+            if (interrupt.IsRaised()) throw Failure("interrupted");
+            const std::string name = ShownName(*folder);
+            const FolderRemoval done = RemoveFolder(m_galleries, *folder);
+            if (done == FolderRemoval::kFailed) throw Failure("the folder " + name + " stays");
+            if (done == FolderRemoval::kLinksLeft) m_linksLeft = true;
+        }
+    }
+
+    void DeleteTags() {
+        TagChanges changes(m_tags, m_galleries);
+        for (const CTagCategory& category : m_categories) {
+            DeleteCategory(changes, category);
+            m_tagsGone += category.m_tags.size();
+        }
+    }
+
+    // As a whole: its tags come back with their links when it stays.
+    void DeleteCategory(TagChanges& changes, const CTagCategory& category) {
+        const std::string why = "the tags of " + ToText(category.m_strName) + " stay";
+        TagBackup backup;
+        try {
+            backup.Keep(m_tags, m_name.id, category.m_tags);
+            if (!category.m_tags.empty()) changes.DeleteTags(m_name.id, category.m_tags, why);
+            changes.DeleteCategory(category, why);
+        } catch (const Failure& failure) {
+            throw Failure(failure.what() + backup.PutBack(m_tags));
+        }
+    }
+
+    template <class Predicate>
+    std::vector<std::string> FoldersWhere(Predicate predicate) const {
+        std::vector<std::string> names;
+        for (const auto& [row, name] : m_folders) {
+            if (predicate(row)) names.push_back(name);
+        }
+        return names;
+    }
+
+    Galleries& m_galleries;
+    CQGallery& m_gallery;
+    DBTools& m_tools;
+    const GalleryName m_name;
+    Tags m_tags;
+    std::vector<std::pair<int, std::string>> m_folders;  // Rows and names, as they were.
+    std::vector<CTagCategory> m_categories;              // Those that are to go.
+    std::size_t m_tagsGone = 0;
+    bool m_linksLeft = false;
+};
+
+// Why it came to a halt, what went before and what is still there.
+int ReportHalf(const GalleryRemoval& removal, const std::string& reason, const Console& console) {
+    const GalleryName& name = removal.Name();
+    const std::string text = "cannot remove the gallery " + name.name + ": " + reason;
+    const Parts gone = removal.Gone();
+    if (gone.IsEmpty()) throw Failure(text);
+    const Parts kept = removal.Kept();
+    console.Complain(text + "; removed: " + gone.Text() + "; still there: the gallery" +
+                     (kept.IsEmpty() ? "" : ", " + kept.Text()));
+    console.ShowJson({{"error", text},
+                      {"gallery", {{"id", name.id}, {"name", name.name}}},
+                      {"removed", gone.AsJson()},
+                      {"kept", kept.AsJson()}});
+    return kFailed;
 }
 
 }  // namespace
@@ -73,19 +182,22 @@ int Run(const GalleryRemoveOptions& options, const Console& console) {
     Galleries galleries(session);
     CQGallery* gallery = galleries.Find(options.gallery);
     if (gallery == nullptr) throw Failure("the gallery " + options.gallery + " is not stored");
-    const GalleryName name = Galleries::NameOf(*gallery);
-    const std::string what = "cannot remove the gallery " + name.name;
-    DeleteFolders(galleries, *gallery, what);
-    const std::size_t tags = DeleteTags(session, galleries, name, what);
-    const bool deleted = QFCLibraryManager::fnDeleteGallery({name.id}) != 0;
-    galleries.Close(*gallery);
-    const std::vector<GalleryName> stored = galleries.Stored();
-    if (!deleted || std::ranges::find(stored, name.id, &GalleryName::id) != stored.end()) {
-        throw Failure(what);
+    GalleryRemoval removal(session, galleries, *gallery);
+    try {
+        removal.Go();
+    } catch (const Failure& failure) {
+        return ReportHalf(removal, failure.what(), console);
     }
+    const GalleryName& name = removal.Name();
+    const std::size_t tags = removal.TagsGone();
     console.Say("removed the gallery " + name.name + (tags > 0 ? " with " + Counted(tags, "tag") : ""));
+    if (removal.AreLinksLeft()) {
+        console.Complain("the gallery " + name.name +
+                         " is removed, but links of tags to its items are left; check "
+                         "lists them");
+    }
     console.ShowJson({{"removed", {{"id", name.id}, {"name", name.name}, {"tags", tags}}}});
-    return kDone;
+    return removal.AreLinksLeft() ? kFailed : kDone;
 }
 
 }  // namespace qfc::host

@@ -76,7 +76,8 @@ public:
         // Broken files are the files' fault; what could not be stored is ours.
         const bool useful = !m_added.empty() || !m_plan.already.empty() || !m_remembered.empty();
         if (!useful && m_refused.empty()) m_console.Complain("nothing to import");
-        return useful && m_refused.empty() && m_forgotten.empty() && !m_interrupt.IsRaised() ? kDone : kFailed;
+        const bool isWhole = m_refused.empty() && m_forgotten.empty() && m_notLast.empty();
+        return useful && isWhole && !m_interrupt.IsRaised() ? kDone : kFailed;
     }
 
 private:
@@ -121,6 +122,8 @@ private:
         }
         queue.Settle();
         Collect(queue);
+        for (const CQFolder* folder : queue.MendOrders()) NoteOrder("what was added last in ", PathOf(*folder));
+        for (const std::string& path : m_folders.NotLast()) NoteOrder("the folder last: ", path);
     }
 
     void Add(const ImportPlan::File& file, const DecodedMedia& media, AddQueue& queue) {
@@ -169,6 +172,12 @@ private:
         m_console.Complain(path + ": " + reason);
     }
 
+    void NoteOrder(const std::string& what, const std::string& path) {
+        m_notLast.push_back(path);
+        m_progress.Clear();
+        m_console.Complain("cannot put " + what + path);
+    }
+
     Json AsJson() const {
         Json json{{"gallery", Galleries::NameOf(m_gallery).name}};
         json["added"] = Json::array();
@@ -185,6 +194,7 @@ private:
         }
         for (const auto& broken : m_broken) json["broken"].push_back({{"file", broken.path}, {"error", broken.text}});
         json["notStored"] = m_refused;
+        json["notLast"] = m_notLast;
         if (m_isAutomatic) json["importedBefore"] = m_remembered;
         if (m_isAutomatic) json["notRemembered"] = m_forgotten;
         json["skipped"] = m_skipped;
@@ -202,6 +212,7 @@ private:
     std::vector<AddQueue::Outcome> m_added;
     std::vector<WalkProblem> m_broken;
     std::vector<std::string> m_refused;
+    std::vector<std::string> m_notLast;     // Folders with items, or folders, whose stored order is another one.
     std::vector<std::string> m_remembered;  // Left out.
     std::vector<std::string> m_forgotten;   // Stored, but not remembered.
     std::size_t m_skipped = 0;              // Files of directories that are no media.

@@ -102,7 +102,7 @@ private:
                 TakeItem(*item, *target, gallery);
             }
         }
-        if (target != nullptr) CountTaken(*target);
+        if (target != nullptr) CountTaken(*target, gallery);
     }
 
     void TakeItem(CQItem& item, CQFolder& target, CQGallery& gallery) {
@@ -127,7 +127,7 @@ private:
     }
 
     // The database has to place them in the folder as well, which one look tells of all of them.
-    void CountTaken(CQFolder& target) {
+    void CountTaken(CQFolder& target, const CQGallery& gallery) {
         if (m_taken.empty()) return;
         const std::set<GUID> stored = StoredItemSet(*target.GetDBTools(), target.GetDBId());
         for (const Taken& taken : m_taken) {
@@ -140,7 +140,9 @@ private:
             m_console.Say("added " + taken.name);
         }
         m_taken.clear();
-        MendItemOrder(target);
+        if (MendItemOrder(target)) return;
+        m_failed.push_back(NameIn(gallery, PathOf(target)));
+        m_console.Complain("cannot put what was added last in " + m_failed.back());
     }
 
     // In the folder already, or stored in this library as another item than the one that would be found here: its row

@@ -2,6 +2,7 @@
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/commands/Describe.h"
+#include "hosts/qfc/commands/Interrupt.h"
 #include "hosts/qfc/library/ChangeLock.h"
 #include "hosts/qfc/library/Placement.h"
 #include "hosts/qfc/library/Removal.h"
@@ -49,7 +50,6 @@ Json MoveItem(const FoundItem& found, CQFolder& target) {
         const bool undone = RemovePlacement(target, guid);
         throw Failure("cannot move " + from + (undone ? "" : "; it is now also in " + PathOf(target)));
     }
-    MendItemOrder(target);
     return ItemJson(*found.gallery, item);
 }
 
@@ -97,11 +97,15 @@ int Run(const MoveOptions& options, const Console& console) {
     const Session session;
     Galleries galleries(session);
     const auto what = FindEither(galleries, options.gallery, options.what);
+    const Interrupt interrupt;  // Nothing ends up in two places.
     Json json;
+    bool isLast = true;
     if (const auto* item = std::get_if<FoundItem>(&what)) {
         CQFolder& target = Target(galleries, options, *item->gallery);
         json["item"] = MoveItem(*item, target);
+        isLast = MendItemOrder(target);
         console.Say("moved to " + PathOf(target, *item->item));
+        if (!isLast) console.Complain("cannot put the item last in " + PathOf(target));
     } else {
         const FoundFolder folder = std::get<FoundFolder>(what);
         CQFolder& target = Target(galleries, options, *folder.gallery);
@@ -109,7 +113,7 @@ int Run(const MoveOptions& options, const Console& console) {
         console.Say("moved to " + PathOf(*folder.folder));
     }
     console.ShowJson(json);
-    return kDone;
+    return isLast ? kDone : kFailed;
 }
 
 }  // namespace qfc::host

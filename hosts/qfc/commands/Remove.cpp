@@ -1,6 +1,7 @@
 #include "api/QFCLib.h"
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/commands/Interrupt.h"
 #include "hosts/qfc/library/ChangeLock.h"
 #include "hosts/qfc/library/Find.h"
 #include "hosts/qfc/library/LinkRelease.h"
@@ -9,8 +10,6 @@
 #include "hosts/qfc/library/Tree.h"
 #include "hosts/qfc/library/Verify.h"
 
-#include <algorithm>
-#include <iterator>
 #include <nlohmann/json.hpp>
 
 namespace qfc::host {
@@ -21,14 +20,9 @@ struct Removed {
     std::vector<std::string> kept;  // What is still stored.
 };
 
-Removed RemoveHere(Galleries& galleries, const FoundItem& found) {
+Removed RemoveHere(const FoundItem& found) {
     const std::string path = PathOf(*found.folder, *found.item);
-    DBTools& tools = *found.gallery->GetDBTools();
-    LinkRelease links(galleries, {found.folder}, {found.item});
-    if (!links.IsComplete()) return {{}, {path}};
-    const bool removed = RemovePlacement(*found.folder, found.item->GetUniqueID());
-    links.GiveBack(tools);
-    if (removed) return {{path}, {}};
+    if (RemovePlacement(*found.folder, found.item->GetUniqueID())) return {{path}, {}};
     return {{}, {path}};
 }
 
@@ -44,24 +38,9 @@ void RemoveFromGallery(CQGallery& gallery, const GUID& guid, Removed& removed) {
     }
 }
 
-Removed RemoveEverywhere(Galleries& galleries, const FoundItem& found) {
-    const GUID guid = found.item->GetUniqueID();
+Removed RemoveEverywhere(Galleries& galleries, const GUID& guid) {
     Removed removed;
-    std::vector<CQFolder*> leaving;
-    std::vector<CQItem*> items;
-    std::vector<std::string> paths;
-    for (CQGallery* gallery : galleries.All()) {
-        for (CQFolder* folder : FoldersOf(*gallery, guid)) leaving.push_back(folder);
-        CQItem* item = nullptr;
-        if (!gallery->IsItemHasParentByGuid(guid, item)) continue;
-        items.push_back(item);
-        std::ranges::copy(PathsOf(*gallery, *item), std::back_inserter(paths));
-    }
-    LinkRelease links(galleries, leaving, items);
-    if (!links.IsComplete()) return {{}, paths};
-    DBTools& tools = *found.gallery->GetDBTools();
     for (CQGallery* gallery : galleries.All()) RemoveFromGallery(*gallery, guid, removed);
-    links.GiveBack(tools);
     return removed;
 }
 
@@ -75,10 +54,11 @@ int Run(const RemoveItemOptions& options, const Console& console) {
     const GUID id = found.item->GetUniqueID();
     const std::string guid = GuidToText(id);
     const bool here = found.folder != nullptr && !options.everywhere;
-    Removed removed = here ? RemoveHere(galleries, found) : RemoveEverywhere(galleries, found);
-    if (removed.kept.empty() && IsLeftBehind(galleries, *found.gallery->GetDBTools(), id)) {
-        removed.kept.push_back("the item " + guid);
-    }
+    DBTools& tools = *found.gallery->GetDBTools();
+    const Interrupt interrupt;  // An item that goes takes its links along.
+    Removed removed = here ? RemoveHere(found) : RemoveEverywhere(galleries, id);
+    if (removed.kept.empty() && IsLeftBehind(galleries, tools, id)) removed.kept.push_back("the item " + guid);
+    if (!ReleaseLinks(tools, {id}).empty()) removed.kept.push_back("the links of tags to the item " + guid);
     for (const std::string& path : removed.paths) console.Say("removed " + path);
     for (const std::string& path : removed.kept) console.Complain("cannot remove " + path);
     console.ShowJson({{"guid", guid}, {"removed", removed.paths}, {"failed", removed.kept}});

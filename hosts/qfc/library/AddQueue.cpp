@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <map>
 #include <set>
 #include <utility>
@@ -74,12 +75,14 @@ std::vector<AddQueue::Outcome> AddQueue::TakeOutcomes() {
     }
     if (!m_isSettled && m_held.size() <= m_rowsRead / kWorthLooking) return {};
     LookAtPlacements(m_held);
-    if (m_isSettled) MendOrders();
     return std::exchange(m_held, {});
 }
 
-void AddQueue::MendOrders() {
-    for (CQFolder* folder : std::exchange(m_filled, {})) MendItemOrder(*folder);
+std::vector<CQFolder*> AddQueue::MendOrders() {
+    std::vector<CQFolder*> folders;
+    std::ranges::copy_if(std::exchange(m_filled, {}), std::back_inserter(folders),
+                         [](CQFolder* folder) { return !MendItemOrder(*folder); });
+    return folders;
 }
 
 void AddQueue::LookAtPlacements(std::vector<Outcome>& outcomes) {

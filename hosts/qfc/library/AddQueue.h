@@ -54,8 +54,11 @@ public:
     // Returns when every add has had its turn. Should the library not answer for minutes, it is stopped.
     void Settle();
     // What has become known, in the order of the adds. Looking into a folder reads all of it, so outcomes are held back
-    // until they are worth it; once all has settled everything is told, and the stored order of the folders mended.
+    // until they are worth it; once all has settled everything is told.
     std::vector<Outcome> TakeOutcomes();
+    // After Settle: puts what was added behind what was there, in the database, too. Gives the folders whose stored
+    // order is another one afterwards.
+    std::vector<CQFolder*> MendOrders();
 
 private:
     struct Pending {
@@ -74,7 +77,6 @@ private:
     bool WaitUntilFewer(Lock& lock, std::size_t count);
     void Abandon(Lock& lock);
     void LookAtPlacements(std::vector<Outcome>& outcomes);
-    void MendOrders();
 
     // Set once in the constructor.
     CQGallery& m_gallery;
@@ -83,8 +85,8 @@ private:
     // Main thread only.
     std::uint64_t m_nextNumber = 0;
     bool m_isSettled = false;
-    std::vector<Outcome> m_held;  // Not looked at in the database yet.
-    std::size_t m_rowsRead = 0;   // By the last look.
+    std::vector<Outcome> m_held;   // Not looked at in the database yet.
+    std::size_t m_rowsRead = 0;    // By the last look.
     std::set<CQFolder*> m_filled;  // Their stored order was not looked at yet.
 
     // Guarded by m_mutex, which is never held while the library is called to queue or register.

@@ -28,10 +28,10 @@ public:
     }
 
     void Go(EffectRemoval& removal) {
-        LinkRelease links(m_galleries, m_leaving, m_items);
-        const bool isDone = links.IsComplete() && Delete();
-        links.GiveBack(m_tools);
-        if (!isDone) removal.kept.emplace_back("records");
+        if (!Delete()) removal.kept.emplace_back("records");
+        for (const GUID& guid : ReleaseLinks(m_tools, m_guids)) {
+            removal.kept.push_back("the links of tags to " + GuidToText(guid));
+        }
         Look(removal);
     }
 
@@ -51,9 +51,7 @@ private:
     void NotePlaces(const KnownEffect& effect) {
         m_guids.push_back(effect.guid);
         if (effect.item == nullptr) return;
-        m_items.push_back(effect.item);
         for (CQFolder* folder : FoldersOf(m_gallery, effect.guid)) {
-            m_leaving.push_back(folder);
             m_places.push_back({effect.guid, folder->GetDBId(), PathOf(*folder, *effect.item)});
         }
     }
@@ -94,8 +92,6 @@ private:
     std::vector<DS_Filter_File_Record> m_filters;
     std::vector<DS_Transition_Record> m_transitions;
     std::vector<GUID> m_guids;
-    std::vector<CQItem*> m_items;
-    std::vector<CQFolder*> m_leaving;
     std::vector<Place> m_places;
     std::map<int, std::string> m_folders;  // Paths by row, as they were.
 };

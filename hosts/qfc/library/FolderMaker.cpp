@@ -98,7 +98,7 @@ void FolderMaker::PutLast(CQFolder& folder) {
     const int last = m_lastIndex[folder.GetParent()];
     if (folder.GetIndex() > last) return;
     folder.SetIndex(last + 1);
-    StoreFolder(folder);
+    if (!StoreFolder(folder)) m_notLast.push_back(PathOf(folder));
 }
 
 CQFolder* FolderMaker::Make(const std::vector<std::string>& components, const Marks& marks) {

@@ -40,6 +40,8 @@ public:
     const std::string& ShownPath(const CQFolder& folder) const { return m_paths.at(&folder).shown; }
     // Paths of the folders made so far, of the names that were given.
     const std::vector<std::string>& Made() const { return m_made; }
+    // Those of them whose stored place is not behind their siblings, as they are shown.
+    const std::vector<std::string>& NotLast() const { return m_notLast; }
 
 private:
     struct Paths {
@@ -63,6 +65,7 @@ private:
     Children m_shown;
     std::map<const CQFolder*, int> m_lastIndex;  // By parent.
     std::vector<std::string> m_made;
+    std::vector<std::string> m_notLast;
 };
 
 }  // namespace qfc::host

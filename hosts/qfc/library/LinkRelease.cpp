@@ -3,32 +3,17 @@
 #include "api/QFCLib.h"
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/library/Tags.h"
-#include "hosts/qfc/library/Tree.h"
 #include "hosts/qfc/library/Verify.h"
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <set>
-#include <utility>
 
 namespace qfc::host {
 namespace {
-
-std::list<GUID> TagsOf(const CQItem& item) {
-    std::list<GUID> tags;
-    item.CopyTagVec(tags);
-    return tags;
-}
-
-bool IsHeldElsewhere(Galleries& galleries, const std::vector<CQFolder*>& leaving, const GUID& guid) {
-    return std::ranges::any_of(galleries.All(), [&](CQGallery* gallery) {
-        return std::ranges::any_of(FoldersOf(*gallery, guid), [&](CQFolder* folder) {
-            return std::ranges::find(leaving, folder) == leaving.end();
-        });
-    });
-}
 
 // The library changes links of items that it is given; for those that have no object others stand in.
 void WithStandIns(const std::vector<GUID>& guids, const std::function<void(const std::vector<CQItem*>&)>& act) {
@@ -57,36 +42,22 @@ std::set<GUID> LinkedWithoutRow() {
 
 }  // namespace
 
-LinkRelease::LinkRelease(Galleries& galleries, const std::vector<CQFolder*>& leaving,
-                         const std::vector<CQItem*>& items) {
-    std::map<std::vector<GUID>, std::vector<CQItem*>> groups;
-    for (CQItem* item : items) {
-        const std::list<GUID> tags = TagsOf(*item);
-        if (tags.empty() || IsHeldElsewhere(galleries, leaving, std::as_const(*item).GetUniqueID())) continue;
-        std::vector<CQItem*>& group = groups[{tags.begin(), tags.end()}];
-        if (std::ranges::find(group, item) == group.end()) group.push_back(item);
+std::vector<GUID> ReleaseLinks(DBTools& tools, const std::vector<GUID>& items) {
+    std::map<GUID, std::vector<GUID>> links;
+    std::set<GUID> linked;
+    for (const GUID& item : items) {
+        const auto tags = StoredLinks(tools, item);
+        if (tags && (tags->empty() || !IsItemGone(tools, item))) continue;
+        linked.insert(item);
+        for (const GUID& tag : tags.value_or(std::set<GUID>{})) links[tag].push_back(item);
     }
-    for (const auto& [tags, group] : groups) {
-        Taken taken{{tags.begin(), tags.end()}, {}};
-        for (const CQItem* item : group) taken.items.push_back(item->GetUniqueID());
-        QFCLibraryManager::fnDeleteLibTagFromItem(group, taken.tags);
-        if (TagsOf(*group.front()).empty()) {
-            m_taken.push_back(std::move(taken));
-            continue;
-        }
-        GiveBack(*group.front()->fnGetDbTools());
-        m_isComplete = false;
-        return;
-    }
-}
-
-void LinkRelease::GiveBack(DBTools& tools) {
-    for (Taken& taken : m_taken) {
-        std::erase_if(taken.items, [&](const GUID& guid) { return LoadFresh(tools, guid) == nullptr; });
-        if (taken.items.empty()) continue;
-        LinkStored(taken.items, taken.tags);
-    }
-    m_taken.clear();
+    for (const auto& [tag, carriers] : links) UnlinkStored(carriers, {tag});
+    std::vector<GUID> left;
+    std::ranges::copy_if(linked, std::back_inserter(left), [&](const GUID& item) {
+        const auto tags = StoredLinks(tools, item);
+        return !tags || !tags->empty();
+    });
+    return left;
 }
 
 void LinkStored(const std::vector<GUID>& items, const std::list<GUID>& tags) {

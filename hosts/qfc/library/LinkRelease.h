@@ -6,34 +6,18 @@
 #include <list>
 #include <vector>
 
-class CQFolder;
-class CQItem;
 class DBTools;
 
 namespace qfc::host {
 
-// Takes the tags from items that are about to lose their last placement: the library itself would leave the links
-// behind. Items that are still stored afterwards get them back. Main thread.
-class LinkRelease {
-public:
-    // Looks at the items of these folders alone, and takes nothing from those that other folders hold, too.
-    LinkRelease(Galleries& galleries, const std::vector<CQFolder*>& leaving, const std::vector<CQItem*>& items);
+// Links of tags to items by their GUIDs. Loaded items learn nothing of it. Main thread.
 
-    // False when a link could not be taken: everything was given back, and the items have to stay.
-    bool IsComplete() const { return m_isComplete; }
-    // Looks which items are still there.
-    void GiveBack(DBTools& tools);
+// After a removal: the library leaves the links of an item behind that is gone. Takes those of the items that are not
+// stored any more, and leaves the others alone. Whatever ends the process in between, an item that stays has its tags,
+// and `check` tells of links that are left. Gives the items whose links could not be taken.
+std::vector<GUID> ReleaseLinks(DBTools& tools, const std::vector<GUID>& items);
 
-private:
-    struct Taken {
-        std::list<GUID> tags;
-        std::vector<GUID> items;
-    };
-    std::vector<Taken> m_taken;
-    bool m_isComplete = true;
-};
-
-// Changes links of stored items by their GUIDs; loaded items learn nothing of it. Look at what is stored afterwards.
+// Look at what is stored afterwards.
 void LinkStored(const std::vector<GUID>& items, const std::list<GUID>& tags);
 void UnlinkStored(const std::vector<GUID>& items, const std::list<GUID>& tags);
 

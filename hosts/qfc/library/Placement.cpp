@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <limits>
 #include <map>
 
 namespace qfc::host {
@@ -22,6 +23,22 @@ struct Called {
         return stored == other.stored || stored == other.shown || shown == other.stored || shown == other.shown;
     }
 };
+
+// Without items that the database does not have there: writing their number would place them.
+std::vector<StoredPlacement> InTreeOrder(CQFolder& folder, const std::vector<StoredPlacement>& placements) {
+    std::map<GUID, int> numbers;
+    for (const StoredPlacement& placement : placements) numbers[placement.item] = placement.number;
+    std::vector<StoredPlacement> order;
+    for (const CQItem* item : Items(folder)) {
+        const auto number = numbers.extract(item->GetUniqueID());
+        if (!number.empty()) order.push_back({number.key(), number.mapped()});
+    }
+    return order;
+}
+
+bool IsInOrder(const std::vector<StoredPlacement>& order) {
+    return std::ranges::adjacent_find(order, std::greater_equal<>(), &StoredPlacement::number) == order.end();
+}
 
 }  // namespace
 
@@ -63,22 +80,20 @@ bool StoreFolder(CQFolder& folder) {
     return stored && stored->parentRow == folder.GetParent()->GetDBId() && stored->index == folder.GetIndex();
 }
 
-void MendItemOrder(CQFolder& folder) {
-    const auto placements = StoredPlacements(*folder.GetDBTools(), folder.GetDBId());
-    if (!placements) return;
-    std::map<GUID, int> numbers;
-    for (const StoredPlacement& placement : *placements) numbers[placement.item] = placement.number;
-    std::vector<int> order;
-    for (const CQItem* item : Items(folder)) {
-        const auto number = numbers.find(item->GetUniqueID());
-        // Writing the order would place it.
-        if (number == numbers.end()) return;
-        order.push_back(number->second);
+bool MendItemOrder(CQFolder& folder) {
+    DBTools& tools = *folder.GetDBTools();
+    const auto placements = StoredPlacements(tools, folder.GetDBId());
+    if (!placements) return false;
+    std::vector<StoredPlacement> order = InTreeOrder(folder, *placements);
+    if (IsInOrder(order)) return true;
+    for (std::size_t i = 1; i < order.size(); ++i) {
+        if (order[i].number > order[i - 1].number) continue;
+        if (order[i - 1].number == std::numeric_limits<int>::max()) return false;
+        order[i].number = order[i - 1].number + 1;
+        if (!tools.ReOrderItemsDb(order[i].item, folder.GetDBId(), order[i].number)) return false;
     }
-    if (std::ranges::adjacent_find(order, std::greater_equal<>()) == order.end()) return;
-    int first = 0;
-    while (order[static_cast<std::size_t>(first)] == first) ++first;
-    folder.ReOrderItemsDb(first, -1);
+    const auto stored = StoredPlacements(tools, folder.GetDBId());
+    return stored && IsInOrder(InTreeOrder(folder, *stored));
 }
 
 }  // namespace qfc::host

@@ -22,7 +22,8 @@ void RequireReachable(CQGallery& gallery, const CQFolder& folder);
 // Writes the folder's row as the tree has it. False when the database does not have its parent and place afterwards.
 bool StoreFolder(CQFolder& folder);
 // Makes the stored order of the items that of the tree: what is added after a removal gets a number that others may
-// have. Writes nothing when the order is right, or the database does not have all of the items there.
-void MendItemOrder(CQFolder& folder);
+// have. Writes the numbers of those alone that do not come behind the one before them. False when the order is another
+// one afterwards.
+bool MendItemOrder(CQFolder& folder);
 
 }  // namespace qfc::host

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <set>
-#include <utility>
 
 namespace qfc::host {
 namespace {
@@ -18,11 +17,15 @@ bool IsNothingLeft(DBTools& tools, int row) {
     return IsFolderGone(tools, row) && items && items->empty();
 }
 
-// Rows below a folder that are not in the tree would stay behind when it goes.
-void RefuseUnseenFolders(DBTools& tools, const std::vector<CQFolder*>& parts, const std::set<int>& rows) {
+}  // namespace
+
+void RefuseUnseenFolders(CQFolder& folder) {
+    const std::vector<CQFolder*> parts = WholeTree(folder);
+    std::set<int> rows;
+    for (const CQFolder* part : parts) rows.insert(part->GetDBId());
     for (const CQFolder* part : parts) {
-        if (part->GetDBId() == -1) continue;  // The number above every gallery.
-        const auto children = StoredSubFolders(tools, part->GetDBId());
+        if (part->GetDBId() == -1 || part->GetDBTools() == nullptr) continue;  // The number above every gallery.
+        const auto children = StoredSubFolders(*part->GetDBTools(), part->GetDBId());
         if (!children) throw Failure("cannot look below " + PathOf(*part));
         if (std::ranges::all_of(*children, [&](int row) { return rows.contains(row); })) continue;
         throw Failure("cannot remove the folder #" + std::to_string(part->GetDBId()) +
@@ -30,30 +33,24 @@ void RefuseUnseenFolders(DBTools& tools, const std::vector<CQFolder*>& parts, co
     }
 }
 
-}  // namespace
-
-bool RemoveFolder(Galleries& galleries, CQFolder& folder) {
+FolderRemoval RemoveFolder(Galleries& galleries, CQFolder& folder) {
     // A folder without a row may not be given to the library: it would take the last one of its parent instead.
-    if (folder.GetDBId() == -1 || folder.GetDBTools() == nullptr) return false;
+    if (folder.GetDBId() == -1 || folder.GetDBTools() == nullptr) return FolderRemoval::kFailed;
+    RefuseUnseenFolders(folder);
     DBTools& tools = *folder.GetDBTools();
     std::set<int> rows;
     std::set<GUID> guids;
-    const std::vector<CQFolder*> parts = WholeTree(folder);
-    std::vector<CQItem*> items;
-    for (CQFolder* part : parts) {
+    for (CQFolder* part : WholeTree(folder)) {
         rows.insert(part->GetDBId());
-        for (CQItem* item : Items(*part)) {
-            items.push_back(item);
-            guids.insert(std::as_const(*item).GetUniqueID());
-        }
+        for (const CQItem* item : Items(*part)) guids.insert(item->GetUniqueID());
     }
-    RefuseUnseenFolders(tools, parts, rows);
-    LinkRelease links(galleries, parts, items);
-    if (!links.IsComplete()) return false;
     QFCLibraryManager::fnDeleteFolder(ToHandle(&folder));
-    links.GiveBack(tools);
-    return std::ranges::all_of(rows, [&](int row) { return IsNothingLeft(tools, row); }) &&
-           std::ranges::none_of(guids, [&](const GUID& guid) { return IsLeftBehind(galleries, tools, guid); });
+    const bool isLinked = !ReleaseLinks(tools, {guids.begin(), guids.end()}).empty();
+    const bool isGone =
+        std::ranges::all_of(rows, [&](int row) { return IsNothingLeft(tools, row); }) &&
+        std::ranges::none_of(guids, [&](const GUID& guid) { return IsLeftBehind(galleries, tools, guid); });
+    if (!isGone) return FolderRemoval::kFailed;
+    return isLinked ? FolderRemoval::kLinksLeft : FolderRemoval::kDone;
 }
 
 bool RemovePlacement(CQFolder& folder, const GUID& guid) {
@@ -65,7 +62,7 @@ bool RemovePlacement(CQFolder& folder, const GUID& guid) {
 
 bool IsLeftBehind(Galleries& galleries, DBTools& tools, const GUID& guid) {
     // Most are gone, which one look tells; only for the others every gallery is loaded.
-    if (LoadFresh(tools, guid) == nullptr) return false;
+    if (IsItemGone(tools, guid)) return false;
     return std::ranges::none_of(galleries.All(),
                                 [&](CQGallery* gallery) { return !FoldersOf(*gallery, guid).empty(); });
 }

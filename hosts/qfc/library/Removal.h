@@ -9,10 +9,17 @@ namespace qfc::host {
 
 // Removes, then looks. Main thread.
 
-// The folder with everything below it; its object is gone afterwards. False when anything of it is still stored, an
-// item that no folder holds any more included; all of it is when the tags of its items cannot be taken.
-// Throws Failure, having removed nothing, when the database has folders below it that were not loaded.
-bool RemoveFolder(Galleries& galleries, CQFolder& folder);
+// Throws Failure when the database has folders below this one that were not loaded, which would stay behind.
+void RefuseUnseenFolders(CQFolder& folder);
+
+enum class FolderRemoval {
+    kDone,
+    kLinksLeft,  // It is gone, but not all links of tags to its items.
+    kFailed,     // Anything of it is still stored, an item that no folder holds any more included.
+};
+// The folder with everything below it; its object is gone afterwards. Throws Failure, having removed nothing, as
+// RefuseUnseenFolders does.
+FolderRemoval RemoveFolder(Galleries& galleries, CQFolder& folder);
 
 // The item's placement in the folder, and the item itself with its last placement: its object may be gone afterwards.
 // False when the placement is still stored.

@@ -1,6 +1,7 @@
 #include "hosts/qfc/library/TagBackup.h"
 
 #include "api/QFCLib.h"
+#include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/library/LinkRelease.h"
 #include "hosts/qfc/library/TagChanges.h"
 
@@ -17,6 +18,14 @@ void TagBackup::Keep(const Tags& tags, int gallery, const std::list<CLibTag>& ke
 }
 
 std::string TagBackup::PutBack(Tags& tags) const {
+    try {
+        return PutBackAll(tags);
+    } catch (const Failure& failure) {
+        return std::string("; the tags may be changed: ") + failure.what();
+    }
+}
+
+std::string TagBackup::PutBackAll(Tags& tags) const {
     for (const Kept& kept : m_kept) {
         if (!IsStoredAs(tags, kept.tag.tag)) {
             QFCLibraryManager::fnUpdateTag(static_cast<DWORD>(kept.tag.gallery), {kept.tag.tag});

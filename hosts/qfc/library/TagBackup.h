@@ -18,7 +18,8 @@ public:
     void Keep(const Tags& tags, int gallery, const std::list<CLibTag>& kept);
 
     // Stores them again as they stood, where they do not stand so any more. Nothing when they all do then, else what to
-    // tell: "; changed are A, B". Loaded items learn nothing of it.
+    // tell: "; changed are A, B". Loaded items learn nothing of it. Does not throw when they cannot be read: a first
+    // reason is to be told, too.
     std::string PutBack(Tags& tags) const;
 
 private:
@@ -26,6 +27,7 @@ private:
         FoundTag tag;
         std::set<GUID> items;
     };
+    std::string PutBackAll(Tags& tags) const;
     static bool IsAsKept(const Tags& tags, const Kept& kept);
     static void PutBackLinks(const Tags& tags, const Kept& kept);
 

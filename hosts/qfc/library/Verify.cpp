@@ -42,6 +42,25 @@ bool HoldsItem(CQFolder& folder, const GUID& guid) {
     return std::ranges::find(holders, &folder) != holders.end() && LoadFresh(*tools, guid) != nullptr;
 }
 
+bool IsItemGone(DBTools& tools, const GUID& guid) {
+    CppSQLite3Query query;
+    return tools.QueryItem(guid, query) && query.eof();
+}
+
+std::optional<std::set<GUID>> StoredLinks(DBTools& tools, const GUID& guid) {
+    return Guarded([&]() -> std::optional<std::set<GUID>> {
+        CppSQLite3Query query;
+        if (!tools.QueryItemTags(guid, query)) return std::nullopt;
+        std::set<GUID> tags;
+        for (; !query.eof(); query.nextRow()) {
+            int length = 0;
+            const unsigned char* bytes = query.getBlobField("TAGS_GUID", length);
+            if (const auto tag = GuidFromBytes(bytes, static_cast<std::size_t>(length))) tags.insert(*tag);
+        }
+        return tags;
+    });
+}
+
 std::optional<std::vector<StoredPlacement>> StoredPlacements(DBTools& tools, int folderRow) {
     return Guarded([&]() -> std::optional<std::vector<StoredPlacement>> {
         CppSQLite3Query query;

@@ -26,6 +26,11 @@ bool StandsIn(CQFolder& folder, const GUID& guid);
 // it there is not looked at.
 bool HoldsItem(CQFolder& folder, const GUID& guid);
 
+// True when the database answers and says that there is no such item.
+bool IsItemGone(DBTools& tools, const GUID& guid);
+// The tags that the database links to the item, both living or not; nothing when it cannot be read.
+std::optional<std::set<GUID>> StoredLinks(DBTools& tools, const GUID& guid);
+
 struct StoredPlacement {
     GUID item{};
     int number = -1;  // Items stand in the order of these.

@@ -1,0 +1,62 @@
+#include "TagCommandsTest.h"
+
+#include <csignal>
+
+namespace qfc::test {
+namespace {
+
+// Ctrl-C and its like while something goes: another writer holds the program up until the signal has come.
+class CommandsRemovalSignals : public TagCommandsTest, public ::testing::WithParamInterface<int> {
+protected:
+    void SetUp() override {
+        TagCommandsTest::SetUp();
+        ImportAbc();
+        Done({"tag", "create", "Sea"});
+        Done({"tag", "add", "Sea", "F\\a.ppm", "F\\b.ppm"});
+    }
+    QfcResult Interrupted(const Args& arguments) const {
+        RawDb writer(Database());
+        writer.Exec("begin immediate");
+        QfcProcess process(WithLibrary(arguments), {});
+        EXPECT_TRUE(process.WaitUntilCaught(GetParam()));
+        process.Signal(GetParam());
+        writer.Exec("rollback");  // Unlike a commit it waits for no reader.
+        return process.Wait();
+    }
+    std::string Links() const { return Sql("select count(*) from TAG_ITEM_RELATION_TABLE"); }
+};
+
+TEST_P(CommandsRemovalSignals, AFolderGoesAsAWhole) {
+    EXPECT_EQ(Interrupted({"rmdir", "F", "--recursive"}).exit, 0);
+    EXPECT_EQ(Sql("select count(*) from ITEM_TABLE"), "0");
+    EXPECT_EQ(Links(), "0");
+    ExpectSound();
+}
+
+TEST_P(CommandsRemovalSignals, AnItemTakesItsLinksAlong) {
+    EXPECT_EQ(Interrupted({"rm", "F\\a.ppm"}).exit, 0);
+    EXPECT_EQ(Links(), "1");
+    ExpectSound();
+}
+
+TEST_P(CommandsRemovalSignals, AMovedItemIsInOnePlace) {
+    Done({"mkdir", "G"});
+    EXPECT_EQ(Interrupted({"mv", "F\\a.ppm", "G"}).exit, 0);
+    EXPECT_EQ(ItemsOf("G"), Names{"a.ppm"});
+    EXPECT_EQ(ItemsOf("F"), (Names{"b.ppm", "c.ppm"}));
+}
+
+TEST_P(CommandsRemovalSignals, AGalleryStopsBetweenFolders_AndSaysSo) {
+    Done({"mkdir", "G"});
+    const QfcResult result = Interrupted({"gallery", "rm", "Media"});
+    EXPECT_EQ(result.exit, 1);
+    EXPECT_NE(result.err.find("cannot remove the gallery Media: interrupted"), std::string::npos) << result.err;
+    EXPECT_EQ(FoldersOf("\\").back(), "G");
+    ExpectSound();
+    Done({"gallery", "rm", "Media"});
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, CommandsRemovalSignals, ::testing::Values(SIGINT, SIGTERM, SIGHUP));
+
+}  // namespace
+}  // namespace qfc::test
