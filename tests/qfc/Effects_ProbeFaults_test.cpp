@@ -16,7 +16,8 @@ using namespace qfc::test;
 class EffectsProbeFaults : public ProbeTest {
 protected:
     ProbeReport ProbeWith(const std::filesystem::path& program) const {
-        return ProbeFile(m_plugins.Make("tint"), {.program = program, .limit = std::chrono::seconds(30)});
+        return ProbeFile(m_plugins.Make("tint"),
+                         {.program = program, .limit = std::chrono::seconds(30), .stop = nullptr});
     }
 
     // The program in a folder of its own, with its photographs.

@@ -1,12 +1,8 @@
 #include "hosts/qfc/effects/ProbeArguments.h"
 #include "tests/qfc/ProbeTest.h"
 
-#include <csignal>
-#include <fcntl.h>
-#include <fstream>
 #include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 namespace {
 
