@@ -246,16 +246,16 @@ TEST_F(CommandsTagFaults, ReadOnlyLibrary_TagsAreShownAndNotChanged) {
     EXPECT_EQ(ReadFile(Database()), before);
 }
 
-TEST_F(CommandsTagFaults, AnItemThatItsTagsKeep_IsReportedAsNotRemoved) {
+TEST_F(CommandsTagFaults, LinksThatStayBehindARemovedItem_AreReported) {
     TagSome();
     Refuse("delete", "TAG_ITEM_RELATION_TABLE");
     const std::string guid = GuidOf("F\\a.ppm");
-    const Json kept = {{"guid", guid}, {"removed", Json::array()}, {"failed", {"F\\a.ppm"}}};
-    EXPECT_EQ(Document({"rm", "F\\a.ppm"}, 1), kept);
-    EXPECT_EQ(Document({"rm", guid}, 1), kept);
-    EXPECT_EQ(Refused({"rmdir", "F", "--recursive"}), "qfc: cannot remove F\n");
-    EXPECT_EQ(ItemsOf("F"), (Names{"a.ppm", "b.ppm", "c.ppm"}));
-    EXPECT_EQ(TagsOf("F\\a.ppm"), Names{"Sea"});
+    const Json report = {
+        {"guid", guid}, {"removed", {"F\\a.ppm"}}, {"failed", {"the links of tags to the item " + guid}}};
+    EXPECT_EQ(Document({"rm", "F\\a.ppm"}, 1), report);
+    EXPECT_EQ(ItemsOf("F"), (Names{"b.ppm", "c.ppm"}));
+    EXPECT_EQ(Refused({"rmdir", "F", "--recursive"}),
+              "qfc: F is removed, but links of tags to its items are left; check lists them\n");
 }
 
 }  // namespace
