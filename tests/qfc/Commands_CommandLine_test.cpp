@@ -81,6 +81,10 @@ TEST_F(CommandsCommandLine, WrongUsage_ExitsTwoWithOneLine) {
         {"find", "a", "--gallery", ""},
         {"tag", "delete", "Beach", "--gallery", ""},
         {"tag", "add", "Beach", "A\\b", "--gallery", ""},
+        {"tag", "create", "Beach", "--category", ""},
+        {"tag", "create", "Beach", "--category="},
+        {"import", "a.ppm", "--folder", ""},
+        {"sheet", "out.png", "--folder", ""},
     };
     for (const Args& arguments : wrong) {
         const QfcResult result = Qfc(arguments);

@@ -154,6 +154,54 @@ TEST_F(CommandsTagImport, TagsOfAGalleryThatIsGone_AreNamedAndLeftOut) {
     EXPECT_EQ(Listed(), Names{});
 }
 
+TEST_F(CommandsTagImport, AGalleryThatCannotCome_IsNamedAndTheRestComesWithItsTags) {
+    TagOther();
+    Other({"gallery", "create", "Own"});
+    Other({"import", Image("d.ppm", 4), "--gallery", "Own"});
+    Other({"tag", "create", "Mine", "--gallery", "Own"});
+    Other({"gallery", "create", "Zoo"});
+    Other({"tag", "create", "Lion", "--gallery", "Zoo"});
+    Done({"gallery", "create", "Own"});
+    Done({"gallery", "create", "Twin"});
+    Exec("update FOLDER_TABLE set FOLDER_NAME = 'Own' where FOLDER_NAME = 'Twin'");
+    const Json report = ImportOther(1);
+    EXPECT_EQ(report["added"].size(), 3u);
+    EXPECT_EQ(report["tagged"], (Json{"Media: F\\a.ppm", "Media: F\\b.ppm"}));
+    EXPECT_EQ(report["failed"], (Json{"the gallery Own", "the tags of 100:My tags, whose gallery cannot come"}));
+    EXPECT_EQ(TagsOf("F\\a.ppm"), (Names{"Beach", "Sea"}));
+    EXPECT_EQ(Listed(), (Names{"102:My tags/Lion", "1:My tags/Sea", "1:Places/Beach"}));
+    EXPECT_EQ(Sql("select count(*) from ITEM_TABLE"), "3");
+    const QfcResult again = Qfc({"import-library", OtherDatabase()});
+    EXPECT_EQ(again.exit, 1);
+    EXPECT_NE(again.err.find("the gallery Own: several galleries are called Own; name one by its id: 100, 101\n"),
+              std::string::npos)
+        << again.err;
+}
+
+// The ordinary way back from a backup.
+TEST_F(CommandsTagImport, ClearAndTheOwnExport_GiveOwnGalleriesTheirTagsBack) {
+    ImportAbc();
+    Done({"gallery", "create", "Own"});
+    Done({"import", Image("d.ppm", 4), "--gallery", "Own"});
+    Done({"tag", "create", "Beach"});
+    Done({"tag", "create", "Secret", "--gallery", "Own"});
+    Done({"tag", "add", "Beach", "Secret", "--gallery", "Own", "--", "Imported\\d.ppm"});
+    const std::string backup = m_folder / "backup.db";
+    Done({"export", backup});
+    const Json galleries = Done({"gallery", "list"});
+    const Names tags = Listed();
+    Done({"clear", "--yes"});
+    EXPECT_EQ(Listed(), Names{"1:My tags/Beach"});
+    for (int i = 0; i < 2; ++i) {
+        Done({"import-library", backup});
+        EXPECT_EQ(Done({"gallery", "list"}), galleries);
+        EXPECT_EQ(Listed(), tags);
+        EXPECT_EQ(TagsOf("Imported\\d.ppm", {"--gallery", "Own"}), (Names{"Beach", "Secret"}));
+    }
+    EXPECT_EQ(Listed({"--gallery", "100"}), Names{"100:My tags/Secret"});
+    ExpectSound();
+}
+
 TEST_F(CommandsTagImport, AGuidThatStandsForSomethingElseHere_StaysWhatItIs) {
     TagOther();
     const std::string guid = Done({"tag", "create", "Loud", "--gallery", "Sounds"})["guid"];

@@ -16,8 +16,19 @@ protected:
         Done({"tag", "add", "Beach", "F\\b.ppm"});
         Done({"tag", "add", "Beach", "S\\s.wav", "--gallery", "Sounds"});
     }
+    // With a tagged item.
+    void AddOwnGallery() const {
+        Done({"gallery", "create", "Own"});
+        Done({"import", Image("d.ppm", 4), "--gallery", "Own"});
+        Done({"tag", "create", "Mine", "--gallery", "Own"});
+        Done({"tag", "add", "Mine", "Sea", "--gallery", "Own", "--", "Imported\\d.ppm"});
+    }
     Names Found(const Args& arguments) const { return NamesIn(Done(Joined({"find"}, arguments))); }
 };
+
+// What a clear says of links that it cannot take.
+const std::string kGone = "links of tags to items that are gone ('qfc check' lists them)";
+const std::string kMalformed = "links of tags without a valid GUID, which nothing can name ('qfc check' lists them)";
 
 // --- find ----------------------------------------------------------------------------------------------------------
 
@@ -149,7 +160,66 @@ TEST_F(CommandsTagSearch, LinksThatClearCannotTake_AreAFailure) {
     TagSome();
     Exec("delete from LIB_TAG_TABLE where TAG_NAME = 'Sea'");
     Exec("create trigger keep before delete on TAG_ITEM_RELATION_TABLE begin select raise(ignore); end");
-    Refused({"clear", "--yes"});
+    EXPECT_EQ(Refused({"clear", "--yes"}), "qfc: cleared " + Database() + ", except: " + kGone + "\n");
+    EXPECT_EQ(Sql("select count(*) from ITEM_TABLE"), "0");
+    EXPECT_EQ(Sql("select count(*) from GALLERY_TABLE"), "0");
+    EXPECT_EQ(Document({"clear", "--yes"}, 1),
+              (Json{{"cleared", Database()}, {"categories", Json::array()}, {"failed", {kGone}}}));
+    Exec("drop trigger keep");
+    Done({"clear", "--yes"});
+    EXPECT_EQ(Sql("select count(*) from TAG_ITEM_RELATION_TABLE"), "0");
+}
+
+TEST_F(CommandsTagSearch, LinksThatNothingCanName_AreSaidWhenAllElseIsCleared) {
+    TagSome();
+    AddOwnGallery();
+    Exec("insert into TAG_ITEM_RELATION_TABLE select ITEM_ID, X'0011' from ITEM_TABLE where ITEM_NAME = 'a.ppm'");
+    const Json report = Document({"clear", "--yes"}, 1);
+    EXPECT_EQ(report["failed"], Json{kMalformed});
+    EXPECT_EQ(report["categories"], Json{"100:My tags"});
+    EXPECT_EQ(Sql("select count(*) from ITEM_TABLE"), "0");
+    EXPECT_EQ(Sql("select count(*) from TAG_ITEM_RELATION_TABLE"), "1");
+    EXPECT_EQ(Refused({"clear", "--yes"}), "qfc: cleared " + Database() + ", except: " + kMalformed + "\n");
+    ImportAbc();
+    EXPECT_EQ(TagsOf("F\\a.ppm"), Names{});
+}
+
+TEST_F(CommandsTagSearch, ClearTakesLinksOfItemsThatNothingCanName_AndKeepsTheirTags) {
+    TagSome();
+    Exec("update LIB_TAG_TABLE set TAG_CHECKED = 1, TAG_PICTURE_SIZE = 3, TAG_PICTURE_DATA = X'010203'");
+    Exec("insert into TAG_ITEM_RELATION_TABLE select X'0011', TAG_GUID from LIB_TAG_TABLE where TAG_NAME = 'Sea'");
+    Exec("insert into TAG_ITEM_RELATION_TABLE values ('text', X'11112233445566778899AABBCCDDEEFF')");
+    const std::string rows = "select * from LIB_TAG_TABLE order by TAG_GUID";
+    const auto before = RawDb(Database()).Rows(rows);
+    Done({"clear", "--yes"});
+    EXPECT_EQ(Sql("select count(*) from TAG_ITEM_RELATION_TABLE"), "0");
+    EXPECT_EQ(RawDb(Database()).Rows(rows), before);
+    ExpectSound();
+}
+
+// The next gallery would get their ids.
+TEST_F(CommandsTagSearch, ClearTakesTheTagsOfOwnGalleries) {
+    TagSome();
+    AddOwnGallery();
+    EXPECT_EQ(Done({"clear", "--yes"}),
+              (Json{{"cleared", Database()}, {"categories", {"100:My tags"}}, {"failed", Json::array()}}));
+    EXPECT_EQ(Sql("select count(*) from LIB_TAG_TABLE"), "3");
+    EXPECT_EQ(Sql("select count(*) from LIB_TAG_CATEGORY_TABLE where CATEGORY_GALLERY >= 100"), "0");
+    EXPECT_EQ(Done({"gallery", "create", "Next"})["id"], 100);
+    ExpectSound();
+}
+
+TEST_F(CommandsTagSearch, TagsThatClearCannotTake_AreNamedWhenAllElseIsCleared) {
+    TagSome();
+    AddOwnGallery();
+    Exec("create trigger keep before delete on LIB_TAG_TABLE begin select raise(abort, 'kept'); end");
+    EXPECT_EQ(Refused({"clear", "--yes"}), "qfc: cleared " + Database() + ", except: the tags of 100:My tags\n");
+    EXPECT_EQ(Sql("select count(*) from ITEM_TABLE"), "0");
+    EXPECT_EQ(Sql("select count(*) from TAG_ITEM_RELATION_TABLE"), "0");
+    Exec("drop trigger keep");
+    Exec("create trigger keep before delete on LIB_TAG_CATEGORY_TABLE begin select raise(abort, 'kept'); end");
+    EXPECT_EQ(Document({"clear", "--yes"}, 1)["failed"], Json{"the category 100:My tags"});
+    EXPECT_EQ(Sql("select count(*) from LIB_TAG_TABLE"), "3");
 }
 
 TEST_F(CommandsTagSearch, AnItemThatCannotGo_KeepsItsTags) {

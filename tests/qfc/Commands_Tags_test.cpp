@@ -46,6 +46,20 @@ TEST_F(CommandsTags, CreateTakesAnExistingCategory_InEitherCase) {
     EXPECT_EQ(TagOf("Hill")["category"], "Places");
 }
 
+TEST_F(CommandsTags, CreateRefusesALabelThatLeadsToNoCategory) {
+    Done({"gallery", "create", "My: own"});
+    Done({"tag", "create", "Hill", "--category", "Places"});
+    for (const std::string label : {"Media:Nope", "sounds:Places", "My: own:Places", "Templates H5:"}) {
+        const std::string error = Refused({"tag", "create", "X", "--category", label});
+        EXPECT_NE(error.find("no category " + label), std::string::npos) << error;
+    }
+    EXPECT_EQ(Sql("select count(*) from LIB_TAG_CATEGORY_TABLE"), "1");
+    Done({"tag", "create", "Dune", "--category", "media:places"});
+    Done({"tag", "create", "Early", "--category", "10:30"});
+    EXPECT_EQ(TagOf("Dune")["category"], "Places");
+    EXPECT_EQ(TagOf("Early")["category"], "10:30");
+}
+
 TEST_F(CommandsTags, CreateRefusesTheSameNameInAnyCaseWithinAGallery) {
     Done({"tag", "create", "Straße Ö"});
     const std::string before = DumpOf(Database());

@@ -13,6 +13,19 @@ protected:
     // The same program on a second library.
     Args OnOther(const Args& arguments) const { return Joined({"--data-dir", m_folder / "other"}, arguments); }
     QfcResult Other(const Args& arguments) const { return QfcProcess(OnOther(arguments), {}).Wait(); }
+    // Stores so many folders "d", one in the other, below the one with that row; the row of the last.
+    static int Deepen(const std::string& library, int row, int count) {
+        RawDb db(library);
+        const int last = std::stoi(db.Cell("select max(ID) from FOLDER_TABLE"));
+        db.Exec("with recursive LEVEL(I) as (select 1 union all select I + 1 from LEVEL where I < " +
+                std::to_string(count) +
+                ") insert into FOLDER_TABLE (VERSION, PREDEFINED_ID, FOLDER_NAME, ADOPT_TYPE, TRUSTY_TYPE, TYPE_EXTRA, "
+                "PARENT_ID, EXPAND_TYPE, ORDER_INDEX, ID) select VERSION, 0, 'd', ADOPT_TYPE, TRUSTY_TYPE, TYPE_EXTRA, "
+                "case I when 1 then ID else I - 1 + " +
+                std::to_string(last) + " end, EXPAND_TYPE, 1, I + " + std::to_string(last) +
+                " from LEVEL join FOLDER_TABLE on ID = " + std::to_string(row));
+        return last + count;
+    }
     std::string OtherDatabase() const { return m_folder / "other/CinelumeDatabase.db"; }
 };
 
@@ -225,6 +238,29 @@ TEST_F(CommandsWholeLibrary, ImportLibraryMergesOwnGalleriesByName) {
     Done({"import-library", OtherDatabase()});
     EXPECT_EQ(Done({"gallery", "list"}), (Json{{{"id", 100}, {"name", "Holidays"}}, {{"id", 101}, {"name", "First"}}}));
     EXPECT_EQ(ItemsOf("Imported", {"--gallery", "100"}), Names{"a.ppm"});
+}
+
+TEST_F(CommandsWholeLibrary, ImportLibraryNamesFoldersThatLieTooDeepToBeLoaded) {
+    Done({"import", Image("a.ppm"), "--folder", "d"});
+    const int last = Deepen(Database(), Done({"ls", "d"})["row"], 999);
+    Done({"mkdir", "later"});
+    Done({"export", Out("copy.db")});
+    Done({"rmdir", "later"});
+    const int deepest = Deepen(Out("copy.db"), last, 3);
+    RawDb(Out("copy.db"))
+        .Exec("insert into RELATION_TABLE (PARENT_ID, ITEM_ID, ITEM_INDEX) select " + std::to_string(deepest) +
+              ", ITEM_ID, 0 from ITEM_TABLE");
+    const std::string unseen = "Media: 3 folders with 1 item below #" + std::to_string(last) + " there";
+    const Json report = Document({"import-library", Out("copy.db")}, 1);
+    EXPECT_EQ(report["failed"], Json{unseen});
+    EXPECT_EQ(report["foldersMade"], Json{"Media: later"});
+    EXPECT_EQ(report["already"].size(), 1u);
+    const QfcResult again = Qfc({"import-library", Out("copy.db")});
+    EXPECT_EQ(again.exit, 1);
+    EXPECT_NE(again.err.find("cannot bring in " + unseen + ": they lie too deep; move them up there first\n"),
+              std::string::npos)
+        << again.err;
+    EXPECT_EQ(RawDb(Database()).Cell("select count(*) from FOLDER_TABLE where FOLDER_NAME = 'd'"), "1000");
 }
 
 TEST_F(CommandsWholeLibrary, ImportLibraryRefusesTheLibraryItself) {

@@ -14,7 +14,9 @@ void AddImporting(Parser& parser) {
                                   "import holiday.mp4 ~/Pictures --folder \"2024\\Summer\"");
     AddPlaces(app, "PATH", options->paths, "Files and directories");
     AddGallery(app, options->gallery);
-    app->add_option("--folder", options->folder, "Folder to import into; made when missing")->type_name("A\\B");
+    app->add_option("--folder", options->folder, "Folder to import into; made when missing")
+        ->type_name("A\\B")
+        ->check(SomeFolder);
     app->add_flag("--auto", options->automatic,
                   "Remember what was imported, and leave out what was remembered, though it was removed since");
 }

@@ -14,7 +14,9 @@ void AddPictureCommands(Parser& parser) {
         [](const SheetOptions& o) { RequireTagForAny(o.any, o.tags); });
     AddPlace(sheet, "OUT.png", sheetOptions->output, "Picture to write");
     AddGallery(sheet, sheetOptions->gallery);
-    sheet->add_option("--folder", sheetOptions->folder, "Only this folder and those below it")->type_name("FOLDER");
+    sheet->add_option("--folder", sheetOptions->folder, "Only this folder and those below it")
+        ->type_name("FOLDER")
+        ->check(SomeFolder);
     AddTagFilter(sheet, sheetOptions->tags, sheetOptions->any);
     sheet->add_option("--columns", sheetOptions->columns, "Pictures in a row")->type_name("N")->check(OneOrMore);
 

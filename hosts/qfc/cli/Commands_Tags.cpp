@@ -72,7 +72,8 @@ void AddTagCommands(Parser& parser) {
         parser.Add<TagCreateOptions>(tag, "create", "Create a tag", "tag create Beach --category Places");
     AddPlace(create, "NAME", createOptions->name, "Name of the new tag");
     create->add_option("--category", createOptions->category, "Category; made when missing (default: My tags)")
-        ->type_name("NAME");
+        ->type_name("NAME")
+        ->check(SomeCategory);
     AddGallery(create, createOptions->gallery);
     auto [rename, renameOptions] =
         parser.Add<TagRenameOptions>(tag, "rename", "Rename a tag", "tag rename Beach Seaside --gallery Media");

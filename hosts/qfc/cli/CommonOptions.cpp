@@ -22,8 +22,10 @@ std::string OneOrMore(const std::string& text) {
     return error == std::errc() && stop == end && count < 1 ? "must be 1 or more" : "";
 }
 
-// An unset variable in a script must not stand for Media, which is what no gallery at all means.
+// An unset variable in a script must not stand for what no gallery, category or folder at all means.
 std::string SomeGallery(const std::string& text) { return text.empty() ? "wants a gallery" : ""; }
+std::string SomeCategory(const std::string& text) { return text.empty() ? "wants a category" : ""; }
+std::string SomeFolder(const std::string& text) { return text.empty() ? "wants a folder" : ""; }
 
 void AddGallery(CLI::App* app, std::string& gallery, const std::string& help) {
     app->add_option("--gallery", gallery, help)->type_name("ID|NAME")->check(SomeGallery);

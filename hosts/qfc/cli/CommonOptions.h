@@ -33,8 +33,10 @@ void RequireTagForAny(bool any, const std::vector<std::string>& tags);
 // A key to sort by.
 void AddSortKey(CLI::App* app, const std::string& flag, std::optional<SortKey>& key, const std::string& help);
 
-// Checks: what is wrong with a count, or with the name of a gallery; empty when nothing is.
+// Checks: what is wrong with a count, or with the name of a gallery, category or folder; empty when nothing is.
 std::string OneOrMore(const std::string& text);
 std::string SomeGallery(const std::string& text);
+std::string SomeCategory(const std::string& text);
+std::string SomeFolder(const std::string& text);
 
 }  // namespace qfc::host

@@ -31,13 +31,14 @@ public:
     void Go() {
         for (const GalleryName& name : m_other.Stored()) {
             CQGallery* gallery = m_other.Load(name.id);
-            if (gallery == nullptr) {
-                NoteFailed("the gallery " + name.name);
+            CQGallery* counterpart = gallery != nullptr ? CounterpartOf(name) : nullptr;
+            if (gallery == nullptr) NoteFailed("the gallery " + name.name);
+            if (counterpart == nullptr) {
+                m_tags.LeaveOut(name.id);
                 continue;
             }
-            CQGallery& counterpart = m_galleries.Counterpart(name);
-            m_tags.Pair(name.id, Galleries::NameOf(counterpart).id);
-            TakeGallery(*gallery, counterpart);
+            m_tags.Pair(name.id, Galleries::NameOf(*counterpart).id);
+            TakeGallery(*gallery, *counterpart);
         }
         TakeTags();
     }
@@ -65,8 +66,19 @@ public:
     }
 
 private:
+    // Null when there is none; the other galleries come all the same.
+    CQGallery* CounterpartOf(const GalleryName& name) {
+        try {
+            return &m_galleries.Counterpart(name);
+        } catch (const Failure& failure) {
+            NoteFailed("the gallery " + name.name, failure.what());
+            return nullptr;
+        }
+    }
+
     void TakeGallery(CQGallery& from, CQGallery& to) {
         const std::vector<CQFolder*> folders = WholeTree(from);
+        NoteUnseen(folders, to);
         std::map<const CQFolder*, std::vector<std::string>> paths;
         FolderMaker maker(to, FolderMaker::Names::kStored);
         Progress progress(stdout, folders.size() - 1, m_console.IsJson() || m_console.IsQuiet());
@@ -84,6 +96,15 @@ private:
             TakeItems(*folder, target, to);
         }
         for (const std::string& path : maker.Made()) m_foldersMade.push_back(NameIn(to, path));
+    }
+
+    void NoteUnseen(const std::vector<CQFolder*>& folders, const CQGallery& to) {
+        for (const UnseenFolders& unseen : m_other.Unseen(folders)) {
+            const std::string what = Counted(unseen.folders, "folder") + " with " + Counted(unseen.items, "item") +
+                                     " below #" + std::to_string(unseen.above->GetDBId()) + " there";
+            NoteFailed(NameIn(to, what),
+                       unseen.isReadable ? "they lie too deep; move them up there first" : "they cannot all be read");
+        }
     }
 
     // A name that a path can give back.
@@ -171,9 +192,9 @@ private:
         for (const std::string& name : m_tags.Failed()) NoteFailed(name);
     }
 
-    void NoteFailed(const std::string& name) {
+    void NoteFailed(const std::string& name, const std::string& why = {}) {
         m_failed.push_back(name);
-        m_console.Complain("cannot bring in " + name);
+        m_console.Complain("cannot bring in " + name + (why.empty() ? "" : ": " + why));
     }
 
     struct Taken {

@@ -2,8 +2,9 @@
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/library/ChangeLock.h"
-#include "hosts/qfc/library/LinkRelease.h"
+#include "hosts/qfc/library/Galleries.h"
 #include "hosts/qfc/library/Session.h"
+#include "hosts/qfc/library/TagClearing.h"
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -19,22 +20,29 @@ std::string ExistingLibrary() {
     return path;
 }
 
+std::string Listed(const std::vector<std::string>& texts) {
+    std::string list;
+    for (const std::string& text : texts) list += (list.empty() ? "" : ", ") + text;
+    return list;
+}
+
 }  // namespace
 
 int Run(const ClearOptions&, const Console& console) {
     const std::string path = ExistingLibrary();
     const ChangeLock lock;
     if (!QFCLibraryManager::fnClearDBContent()) throw Failure("cannot clear " + path);
-    {
-        const Session session;
-        std::vector<StoredGallery> galleries;
-        const bool listed = QFCLibraryManager::fnListGalleries(galleries) != 0;
-        if (!listed || !galleries.empty()) throw Failure("cannot clear " + path);
-        ReleaseAllLinks(session);
+    const Session session;
+    Galleries galleries(session);
+    if (!galleries.Stored().empty()) throw Failure("cannot clear " + path);
+    const ClearedTags tags = ClearTags(session, galleries);
+    if (tags.left.empty()) {
+        console.Say("cleared " + path);
+    } else {
+        console.Complain("cleared " + path + ", except: " + Listed(tags.left));
     }
-    console.Say("cleared " + path);
-    console.ShowJson({{"cleared", path}});
-    return kDone;
+    console.ShowJson({{"cleared", path}, {"categories", tags.categories}, {"failed", tags.left}});
+    return tags.left.empty() ? kDone : kFailed;
 }
 
 int Run(const CheckOptions&, const Console& console) {

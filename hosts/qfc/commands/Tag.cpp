@@ -44,7 +44,12 @@ const CTagCategory* CategoryFor(const Tags& tags, const std::string& text, int g
         other = tags.CategoryByGuid(called.m_guid);
         if (called.m_nGallery == gallery) return other;
     }
-    if (other == nullptr) return nullptr;
+    if (other == nullptr) {
+        const auto label = tags.GalleryInLabel(text);
+        if (!label) return nullptr;
+        throw Failure("there is no category " + text + "; for a new one give its name alone, with --gallery \"" +
+                      *label + "\"");
+    }
     throw Failure("the category " + text + " is one of the gallery " + tags.GalleryName(other->m_nGallery));
 }
 

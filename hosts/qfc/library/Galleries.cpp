@@ -61,6 +61,14 @@ std::optional<std::string> PredefinedName(int id) {
     return found != std::end(kPredefined) ? std::optional<std::string>(found->name) : std::nullopt;
 }
 
+std::vector<std::string> PredefinedNames() {
+    std::vector<std::string> names;
+    for (const Predefined& predefined : kPredefined) names.emplace_back(predefined.name);
+    return names;
+}
+
+bool IsOwnGallery(int id) { return id >= kFirstOwnId; }
+
 std::vector<GalleryName> Galleries::Stored(DBTools* other) {
     std::vector<StoredGallery> rows;
     if (!QFCLibraryManager::fnListGalleries(rows, other)) throw Failure("cannot list the galleries");

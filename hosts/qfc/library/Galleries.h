@@ -19,6 +19,10 @@ struct GalleryName {
 
 // The gallery that has the id by nature; its name, or nothing.
 std::optional<std::string> PredefinedName(int id);
+// The names of all that are there by nature.
+std::vector<std::string> PredefinedNames();
+// Made by its user: such a gallery takes its tags along, since the next one may get its id.
+bool IsOwnGallery(int id);
 
 // The galleries of a running session, by id or name, each loaded at most once: loading a gallery a second time would
 // make a second tree beside the first. The session owns what is loaded here. Main thread.

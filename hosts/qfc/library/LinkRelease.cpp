@@ -1,8 +1,6 @@
 #include "hosts/qfc/library/LinkRelease.h"
 
 #include "api/QFCLib.h"
-#include "hosts/qfc/cli/Exit.h"
-#include "hosts/qfc/library/Tags.h"
 #include "hosts/qfc/library/Verify.h"
 
 #include <algorithm>
@@ -25,19 +23,6 @@ void WithStandIns(const std::vector<GUID>& guids, const std::function<void(const
         pointers.push_back(items.back().get());
     }
     act(pointers);
-}
-
-// Tags do not lead to all of them: some links are to tags that nobody sees, or that are gone.
-std::set<GUID> LinkedWithoutRow() {
-    const std::string library = LibraryPath();
-    std::vector<LibraryFinding> findings;
-    if (!fnCheckLibrary(library.c_str(), findings)) throw Failure("cannot read " + library);
-    std::set<GUID> items;
-    for (const LibraryFinding& finding : findings) {
-        if (finding.kind != LibraryFindingKind::kLinkWithoutItem) continue;
-        if (const auto guid = GuidFromText(finding.row)) items.insert(*guid);
-    }
-    return items;
 }
 
 }  // namespace
@@ -66,16 +51,6 @@ void LinkStored(const std::vector<GUID>& items, const std::list<GUID>& tags) {
 
 void UnlinkStored(const std::vector<GUID>& items, const std::list<GUID>& tags) {
     WithStandIns(items, [&](const auto& standIns) { QFCLibraryManager::fnDeleteLibTagFromItem(standIns, tags); });
-}
-
-void ReleaseAllLinks(const Session& session) {
-    const Tags tags(session);
-    std::map<GUID, std::vector<GUID>> links;
-    for (const GUID& item : LinkedWithoutRow()) {
-        for (const GUID& tag : tags.LinksOf(item)) links[tag].push_back(item);
-    }
-    for (const auto& [tag, linked] : links) UnlinkStored(linked, {tag});
-    if (!LinkedWithoutRow().empty()) throw Failure("cannot clear the links of tags");
 }
 
 }  // namespace qfc::host

@@ -21,7 +21,4 @@ std::vector<GUID> ReleaseLinks(DBTools& tools, const std::vector<GUID>& items);
 void LinkStored(const std::vector<GUID>& items, const std::list<GUID>& tags);
 void UnlinkStored(const std::vector<GUID>& items, const std::list<GUID>& tags);
 
-// After a clear: no item is there any more that a link could belong to.
-void ReleaseAllLinks(const Session& session);
-
 }  // namespace qfc::host

@@ -3,6 +3,8 @@
 #include "api/QFCLib.h"
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/library/Text.h"
+#include "hosts/qfc/library/Verify.h"
+#include "items/CQGallery.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -49,6 +51,40 @@ CQGallery* OtherLibrary::Load(int id) {
     CQGallery* gallery = AsGallery(QFCLibraryManager::fnLoadGallery(id, Tools()));
     if (gallery != nullptr) m_galleries.push_back(gallery);
     return gallery;
+}
+
+std::vector<UnseenFolders> OtherLibrary::Unseen(const std::vector<CQFolder*>& loaded) const {
+    std::set<int> known;
+    for (const CQFolder* folder : loaded) known.insert(folder->GetDBId());
+    std::vector<UnseenFolders> unseen;
+    for (CQFolder* folder : loaded) {
+        if (folder->GetDBId() == -1) continue;  // The number above every gallery.
+        UnseenFolders below{.above = folder};
+        CountBelow(folder->GetDBId(), known, below);
+        if (below.folders > 0 || !below.isReadable) unseen.push_back(below);
+    }
+    return unseen;
+}
+
+// Every row counts once, however the file ties them together.
+void OtherLibrary::CountBelow(int row, std::set<int>& known, UnseenFolders& unseen) const {
+    std::vector<int> waiting{row};
+    while (!waiting.empty()) {
+        const auto children = StoredSubFolders(*Tools(), waiting.back());
+        waiting.pop_back();
+        if (!children) {
+            unseen.isReadable = false;
+            continue;
+        }
+        for (const int child : *children) {
+            if (!known.insert(child).second) continue;
+            waiting.push_back(child);
+            ++unseen.folders;
+            const auto items = StoredItems(*Tools(), child);
+            unseen.items += items ? items->size() : 0;
+            unseen.isReadable = unseen.isReadable && items.has_value();
+        }
+    }
 }
 
 }  // namespace qfc::host

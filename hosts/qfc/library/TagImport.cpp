@@ -30,8 +30,9 @@ void TagImport::Take() {
         if (const auto gallery = GalleryFor(there.m_nGallery)) {
             TakeCategory(there, *gallery);
         } else {
+            const bool isLeftOut = m_leftOut.contains(there.m_nGallery);
             m_failed.push_back("the tags of " + std::to_string(there.m_nGallery) + ":" + ToText(there.m_strName) +
-                               ", whose gallery is not there");
+                               (isLeftOut ? ", whose gallery cannot come" : ", whose gallery is not there"));
         }
     }
     Link();

@@ -23,6 +23,8 @@ public:
 
     // The gallery with the id `from` there is `to` here. Predefined ones need not be told.
     void Pair(int from, int to) { m_galleries[from] = to; }
+    // The gallery with that id there has none here.
+    void LeaveOut(int from) { m_leftOut.insert(from); }
     // `there` is `here`, which has to live until everything is taken. `name` is what to call it.
     void Note(const CQItem& there, CQItem& here, const std::string& name);
     // Makes what is missing, and looks. Once.
@@ -51,6 +53,7 @@ private:
     TagChanges& m_changes;
     std::vector<CTagCategory> m_other;
     std::map<int, int> m_galleries;
+    std::set<int> m_leftOut;
     std::vector<Item> m_items;
     std::map<const CQItem*, std::size_t> m_places;  // In m_items.
     std::map<GUID, GUID> m_here;                    // What each tag of the other library is here.

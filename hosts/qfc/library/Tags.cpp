@@ -88,6 +88,12 @@ std::set<GUID> Tags::CarriersOf(const GUID& tag) const {
     return GuidsIn(query, "ITEM_GUID");
 }
 
+bool Tags::HasLinks(const GUID& tag) const {
+    CppSQLite3Query query;
+    if (!ToolsOf(m_session).QueryTagItems(tag, query)) throw Failure("cannot read the links of a tag");
+    return !query.eof();
+}
+
 std::set<GUID> Tags::LinksOf(const GUID& item) const {
     CppSQLite3Query query;
     if (!ToolsOf(m_session).QueryItemTags(item, query)) throw Failure("cannot read the links of an item");
@@ -161,6 +167,18 @@ CTagCategory Tags::FindCategory(const std::string& text, std::optional<int> gall
     const auto label = [&](const CTagCategory& category) { return LabelOf(*this, category); };
     throw Failure("several categories are called " + text + ": " +
                   TellApart(found, label, [](const CTagCategory& category) { return category.m_guid; }));
+}
+
+std::optional<std::string> Tags::GalleryInLabel(const std::string& text) const {
+    std::vector<std::string> names = PredefinedNames();
+    for (const auto& [id, name] : m_galleryNames) names.push_back(name);
+    for (std::size_t colon = text.find(':'); colon != std::string::npos; colon = text.find(':', colon + 1)) {
+        const std::string front = text.substr(0, colon);
+        const auto isNamed = [&](const std::string& name) { return IsSameTagName(name, front); };
+        const auto found = std::ranges::find_if(names, isNamed);
+        if (found != names.end()) return *found;
+    }
+    return std::nullopt;
 }
 
 const CTagCategory* Tags::CategoryNamed(const std::string& name, int gallery) const {

@@ -39,6 +39,8 @@ public:
     std::string GalleryName(int gallery) const;
     // Which items the database links to the tag, living or not.
     std::set<GUID> CarriersOf(const GUID& tag) const;
+    // Whether the database links anything to the tag, be it a GUID or not.
+    bool HasLinks(const GUID& tag) const;
     // Which tags the database links to the item, both living or not.
     std::set<GUID> LinksOf(const GUID& item) const;
 
@@ -54,6 +56,8 @@ public:
     // The same for categories: a name, "GALLERY:Category" or a GUID.
     std::vector<CTagCategory> CategoriesCalled(const std::string& text, std::optional<int> gallery) const;
     CTagCategory FindCategory(const std::string& text, std::optional<int> gallery) const;
+    // The gallery that a text names in front of a colon, as "GALLERY:Category" does, in either case.
+    std::optional<std::string> GalleryInLabel(const std::string& text) const;
     // The first category of the gallery with the name, in either case.
     const CTagCategory* CategoryNamed(const std::string& name, int gallery) const;
 
