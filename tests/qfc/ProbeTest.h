@@ -58,8 +58,10 @@ protected:
     static bool IsMappedByAnybody(const std::string& file) {
         for (const auto& process : std::filesystem::directory_iterator("/proc")) {
             std::ifstream maps(process.path() / "maps");
-            const std::string text(std::istreambuf_iterator<char>(maps), {});
-            if (text.find(file) != std::string::npos) return true;
+            // A process that ends meanwhile ends the reading, too.
+            for (std::string line; std::getline(maps, line);) {
+                if (line.find(file) != std::string::npos) return true;
+            }
         }
         return false;
     }

@@ -6,6 +6,7 @@
 #include "hosts/qfc/effects/ReportBytes.h"
 #include "hosts/qfc/effects/ReportMark.h"
 
+#include <atomic>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
@@ -21,6 +22,8 @@ namespace {
 // qfc effects probe FILE --answer-within MILLISECONDS
 constexpr std::string_view kWithin = "--answer-within";
 constexpr int kArguments = 6;
+
+std::atomic<bool> g_isPluginsProcess = false;
 
 // Some plugins read memory that they never wrote to: with zeros in it they are the same at every run, and find no
 // numbers there that lead beyond a frame.
@@ -73,7 +76,10 @@ bool IsProbeProcess(int argc, const char* const* argv) {
            argv[4] == kWithin;
 }
 
+bool IsPluginsProcess() { return g_isPluginsProcess; }
+
 int RunProbeProcess(int, const char* const* argv) {
+    g_isPluginsProcess = true;
     int milliseconds = 0;
     const std::string_view text = argv[5];
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), milliseconds);

@@ -136,5 +136,7 @@ ProbeReport ProbeFile(const std::filesystem::path& file, const ProbeSettings& se
 // shows the report.
 bool IsProbeProcess(int argc, const char* const* argv);
 int RunProbeProcess(int argc, const char* const* argv);
+// Whether this process is one that RunProbeProcess was called in.
+bool IsPluginsProcess();
 
 }  // namespace qfc::host
