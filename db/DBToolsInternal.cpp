@@ -25,6 +25,10 @@ bool DBToolsInternal::ExportDatabase(const CString& targetPath) {
     return bRan && bCopied;
 }
 
+// A reader that turns writer in the middle of its transaction is refused at once where a writer waits for its turn; so
+// the reading begins with a deletion of nothing.
+bool DBToolsInternal::TakeTurn(const char* sql) { return HasConnection() && (!m_bShortcuts || Run(sql)); }
+
 bool DBToolsInternal::ClearDatabase() {
     return std::all_of(qfc::schema::kClear.begin(), qfc::schema::kClear.end(),
                        [&](const char* drop) { return Run(drop); });

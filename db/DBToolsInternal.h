@@ -101,6 +101,8 @@ protected:
     CppSQLite3DB& Connection() { return *m_pDB; }
 
 private:
+    // Sent before an operation that reads and then writes, as one of sql::kTakeTurn...
+    bool TakeTurn(const char* sql);
     bool WriteAllCacheData(const GUID& item, std::span<const qfc::PayloadWrite> payloads);
     bool GatherTrees(std::span<const int> galleryIds, std::vector<int>& folders);
     bool ReadFilters(DS_Filter_File_Record& file);

@@ -283,10 +283,8 @@ bool DBToolsInternal::ReadEffectItems(std::vector<GUID>& items) {
     });
 }
 
-// A reader that turns writer in the middle of its transaction is refused at once where a writer waits for its turn; so
-// the reading begins with a deletion of nothing.
 bool DBToolsInternal::ClearEffects() {
-    if (m_bShortcuts && !Run(sql::kTakeTurn)) return false;
+    if (!TakeTurn(sql::kTakeTurnAtEffects)) return false;
     std::vector<GUID> items;
     if (!ReadEffectItems(items)) return false;
     const bool bGone = std::all_of(items.begin(), items.end(), [&](const GUID& item) {

@@ -82,7 +82,7 @@ bool DBToolsInternal::InsertOrUpdateFolder(const qfc::FolderRow& row, int& nFold
 
 bool DBToolsInternal::DeleteFolderTrees(std::span<const int> galleryIds) {
     std::vector<int> folders;
-    if (!HasConnection() || !GatherTrees(galleryIds, folders)) return false;
+    if (!TakeTurn(sql::kTakeTurnAtGalleries) || !GatherTrees(galleryIds, folders)) return false;
     for (const int nGalleryId : galleryIds) {
         if (!Run(sql::kDeleteGallery, nGalleryId)) return false;
     }

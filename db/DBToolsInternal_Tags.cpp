@@ -134,6 +134,7 @@ bool DBToolsInternal::QueryTagLinks(const GUID& tag, CppSQLite3Query& query) {
 bool DBToolsInternal::MoveTagLinks(const GUID& source, const GUID& target) {
     if (!HasConnection()) return false;
     if (source == target) return true;
+    if (!TakeTurn(sql::kTakeTurnAtTagLinks)) return false;
     std::vector<GUID> items;
     const bool bRead = Attempt([&] {
         items.clear();

@@ -205,7 +205,9 @@ inline constexpr char kScanFilters[] =
 inline constexpr char kDeleteFilterFilesIn[] = "Delete from FLT_FILE_TABLE where FILE_NAME in ";
 inline constexpr char kDeleteFiltersOfFilesIn[] = "Delete from FLT_TABLE where FILE_NAME in ";
 inline constexpr char kDeleteTransitionsOfFilesIn[] = "Delete from TRANSITION_TABLE where FILE_NAME in ";
-// nothing; changes nothing, and takes the lock of a writer all the same.
-inline constexpr char kTakeTurn[] = "Delete from TRANSITION_TABLE where 0";
+// Each: nothing; changes nothing, and takes the lock of a writer all the same.
+inline constexpr char kTakeTurnAtEffects[] = "Delete from TRANSITION_TABLE where 0";
+inline constexpr char kTakeTurnAtGalleries[] = "Delete from GALLERY_TABLE where 0";
+inline constexpr char kTakeTurnAtTagLinks[] = "Delete from TAG_ITEM_RELATION_TABLE where 0";
 
 }  // namespace qfc::sql

@@ -36,6 +36,30 @@ TEST_F(DBToolsGuard, ForeignWriterMakesTheOperationFalse) {
     EXPECT_TRUE(AddOne(1));
 }
 
+// SQLite asks the busy handler only where waiting can help: not for a reader that turns writer.
+TEST_F(DBToolsGuard, OperationsThatReadAndThenWriteWaitForAForeignWriter) {
+    const GUID source = MakeGuid(7);
+    const GUID target = MakeGuid(8);
+    const int gallery = 42;
+    Exec("insert into GALLERY_TABLE values(42, 5)");
+    ASSERT_TRUE(m_tools->InsertTag2Item(MakeGuid(1), source));
+    const auto letGo = [](void* other, int calls) {
+        if (calls == 0) static_cast<RawDb*>(other)->Exec("COMMIT");
+        return calls == 0 ? 1 : 0;
+    };
+    const std::function<bool()> kOperations[] = {[&] { return m_tools->MergeTag(source, target); },
+                                                 [&] { return m_tools->MergeTags({&target, 1}, source); },
+                                                 [&] { return m_tools->DeleteFolderTrees({&gallery, 1}); }};
+    for (const auto& operation : kOperations) {
+        RawDb writer(m_path);
+        writer.Exec("BEGIN IMMEDIATE");
+        sqlite3_busy_handler(m_connection, letGo, &writer);
+        EXPECT_TRUE(operation());
+    }
+    EXPECT_EQ(Count("GALLERY_TABLE"), "0");
+    EXPECT_EQ(Count("TAG_ITEM_RELATION_TABLE"), "1");
+}
+
 TEST_F(DBToolsGuard, TableMadeByAnotherProcessDoesNotFailAnOperation) {
     ASSERT_TRUE(AddOne(1));
     Exec("CREATE TABLE FOREIGN_TABLE(N)");

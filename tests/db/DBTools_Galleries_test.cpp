@@ -308,6 +308,7 @@ TEST_F(DBToolsGalleries, DeletionGoesGalleriesFirstThenEachFolderWithItsPlacemen
     m_tools.reset();
     SqlTrace trace;
     Open();
+    m_tools->SetShortcuts(false);
     trace.Clear();
     ASSERT_TRUE(DeleteTrees({1}));
     const std::vector<std::string> expected{
