@@ -48,8 +48,12 @@ TEST_F(DBToolsGuard, OperationsThatReadAndThenWriteWaitForAForeignWriter) {
         return calls == 0 ? 1 : 0;
     };
     const std::function<bool()> kOperations[] = {[&] { return m_tools->MergeTag(source, target); },
-                                                 [&] { return m_tools->MergeTags({&target, 1}, source); },
-                                                 [&] { return m_tools->DeleteFolderTrees({&gallery, 1}); }};
+                                                 [&] {
+                                                     return m_tools->MergeTags({&target, 1}, source);
+                                                 },
+                                                 [&] {
+                                                     return m_tools->DeleteFolderTrees({&gallery, 1});
+                                                 }};
     for (const auto& operation : kOperations) {
         RawDb writer(m_path);
         writer.Exec("BEGIN IMMEDIATE");
