@@ -130,17 +130,6 @@ TEST_F(ImportFromLibrary, PayloadsLeftInTheItemsOwnLibrary_AreFetchedFirst) {
     EXPECT_EQ(g_requests[0].blackBox, 700u);
 }
 
-// Writes down which kinds are asked for.
-class AskedTools : public DBTools {
-public:
-    using DBTools::DBTools;
-    bool QueryCacheData(const GUID& item, int kind, CppSQLite3Query& query) override {
-        kinds.push_back(kind);
-        return DBTools::QueryCacheData(item, kind, query);
-    }
-    std::vector<int> kinds;
-};
-
 TEST_F(ImportFromLibrary, Payloads_AreFetchedInTheOrderBlackBoxBitmapFilm) {
     LibraryFile other("other.db");
     const std::unique_ptr<CQItem> stored(NewFilledItem(1));

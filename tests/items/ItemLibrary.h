@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace qfc::test {
 
@@ -55,6 +56,17 @@ private:
     std::string m_path;
     std::unique_ptr<DBTools> m_pTools;
     std::unique_ptr<RawDb> m_pRaw;
+};
+
+// Writes down which kinds of payloads are asked for.
+class AskedTools : public DBTools {
+public:
+    using DBTools::DBTools;
+    bool QueryCacheData(const GUID& item, int kind, CppSQLite3Query& query) override {
+        kinds.push_back(kind);
+        return DBTools::QueryCacheData(item, kind, query);
+    }
+    std::vector<int> kinds;
 };
 
 // The file is the process's current database as long as this lives.

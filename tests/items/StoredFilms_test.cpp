@@ -88,17 +88,6 @@ TEST_F(StoredFilms, Deletions_GiveTheResultOfTheStatement) {
 
 // --- Lazy loads ----------------------------------------------------------------------------------------------------
 
-// Writes down which kinds are asked for.
-class AskedTools : public DBTools {
-public:
-    using DBTools::DBTools;
-    bool QueryCacheData(const GUID& item, int kind, CppSQLite3Query& query) override {
-        kinds.push_back(kind);
-        return DBTools::QueryCacheData(item, kind, query);
-    }
-    std::vector<int> kinds;
-};
-
 class LazyLoads : public testing::Test {
 protected:
     LazyLoads() {
