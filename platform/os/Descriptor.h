@@ -4,6 +4,8 @@
 #include <string_view>
 #include <utility>
 
+struct stat;
+
 namespace qfc {
 
 // An open file that closes with the object. Each object belongs to one thread at a time.
@@ -25,5 +27,8 @@ private:
 
 // Writes all of it, going on after interruptions. False: errno tells why.
 bool WriteAll(const Descriptor& file, std::string_view bytes);
+
+// Gives the file the owner and the group of another one, or the group alone. False where not even that is allowed.
+bool TakeOwnersOf(const Descriptor& file, const struct stat& other);
 
 }  // namespace qfc

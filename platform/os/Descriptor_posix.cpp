@@ -1,6 +1,7 @@
 #include "platform/os/Descriptor.h"
 
 #include <cerrno>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace qfc {
@@ -15,6 +16,14 @@ bool WriteAll(const Descriptor& file, std::string_view bytes) {
         bytes.remove_prefix(static_cast<std::size_t>(written));
     }
     return true;
+}
+
+bool TakeOwnersOf(const Descriptor& file, const struct stat& other) {
+    struct stat own;
+    if (fstat(file.Get(), &own) != 0) return false;
+    if (own.st_uid == other.st_uid && own.st_gid == other.st_gid) return true;
+    return fchown(file.Get(), other.st_uid, other.st_gid) == 0 || own.st_gid == other.st_gid ||
+           fchown(file.Get(), -1, other.st_gid) == 0;
 }
 
 }  // namespace qfc

@@ -45,16 +45,8 @@ bool FillAndSync(int source, Descriptor& target) {
            fsync(target.Get()) == 0 && target.Close();
 }
 
-// Gives the finished file its name. A target that another process made meanwhile is only replaced when it may be.
-bool MoveInPlace(const std::string& temporary, const std::string& target, bool replace) {
-    const unsigned flags = replace ? 0 : RENAME_NOREPLACE;
-    if (renameat2(AT_FDCWD, temporary.c_str(), AT_FDCWD, target.c_str(), flags) == 0) return true;
-    // Some file systems know no flags.
-    return errno == EINVAL && rename(temporary.c_str(), target.c_str()) == 0;
-}
-
-// For file systems that know no flags, or no second names either: a name that is taken is not given once more.
-bool MoveToNew(const std::string& from, const std::string& to) {
+// For file systems whose rename knows no flags, and some of them no second names either.
+bool MoveToNewWithoutFlags(const std::string& from, const std::string& to) {
     if (link(from.c_str(), to.c_str()) == 0) return unlink(from.c_str()) == 0;
     if (errno == EEXIST) return false;
     if (faccessat(AT_FDCWD, to.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0) {
@@ -62,6 +54,28 @@ bool MoveToNew(const std::string& from, const std::string& to) {
         return false;
     }
     return rename(from.c_str(), to.c_str()) == 0;
+}
+
+// A name that is taken, were it by another process this moment, is not given once more.
+bool MoveToNew(const std::string& from, const std::string& to) {
+    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
+    return errno == EINVAL && MoveToNewWithoutFlags(from, to);
+}
+
+// Gives the finished file its name.
+bool MoveInPlace(const std::string& temporary, const std::string& target, bool replace) {
+    return replace ? rename(temporary.c_str(), target.c_str()) == 0 : MoveToNew(temporary, target);
+}
+
+bool GroupIsLikeOthers(mode_t mode) { return (mode & S_IRWXG) >> 3 == (mode & S_IRWXO); }
+
+// The rights of the file that a new one replaces. Before anything is written, so that at no time somebody can read it
+// who could not read the old one. False where the group cannot be kept and has rights of its own: they would go to
+// another group, and be missed by those who had them.
+bool KeepRights(const Descriptor& file, const std::string& target) {
+    struct stat old;
+    if (stat(target.c_str(), &old) != 0) return errno == ENOENT;
+    return (TakeOwnersOf(file, old) || GroupIsLikeOthers(old.st_mode)) && fchmod(file.Get(), old.st_mode & 0777) == 0;
 }
 
 }  // namespace
@@ -93,10 +107,8 @@ bool WriteFileDurably(const std::string& target, std::string_view bytes) {
     unlink(temporary.c_str());
     Descriptor file(open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (!file.IsOpen()) return FailWithErrno();
-    struct stat status;
-    const bool replaces = stat(target.c_str(), &status) == 0;
-    if (!WriteAll(file, bytes) || (replaces && fchmod(file.Get(), status.st_mode & 0777) != 0) ||
-        fsync(file.Get()) != 0 || !file.Close() || rename(temporary.c_str(), target.c_str()) != 0) {
+    if (!KeepRights(file, target) || !WriteAll(file, bytes) || fsync(file.Get()) != 0 || !file.Close() ||
+        rename(temporary.c_str(), target.c_str()) != 0) {
         FailWithErrno();
         unlink(temporary.c_str());
         return false;
@@ -114,10 +126,7 @@ bool RenameDurably(const std::string& from, const std::string& to) {
 bool RenameDurablyToNew(const std::string& from, const std::string& to) {
     const Descriptor folder = OpenFolderOf(to);
     if (!folder.IsOpen()) return FailWithErrno();
-    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) != 0 &&
-        (errno != EINVAL || !MoveToNew(from, to))) {
-        return FailWithErrno();
-    }
+    if (!MoveToNew(from, to)) return FailWithErrno();
     return SyncFolder(folder) || FailWithErrno();
 }
 

@@ -41,16 +41,22 @@ QFCLIB_API std::string NativePath(const char* path);
 // leaves no trace, unless only the last sync failed: then the copy is there, but not known to outlive a power cut.
 bool CopyFileDurably(const std::string& source, const std::string& target, bool replace = true);
 
-// Puts a file of these bytes in the place of `target`, whose permissions it keeps, by way of "<target>.new": a crash
-// leaves the old file or the new one. Only one writer of a target at a time. False leaves no trace, unless only the
-// last sync failed.
+// Puts a file of these bytes in the place of `target`, whose permissions and group it keeps, and whose owner where it
+// can, by way of "<target>.new": a crash leaves the old file or the new one. Only one writer of a target at a time.
+// False leaves no trace, unless only the last sync failed; also where the group has rights of its own and cannot be
+// kept.
 bool WriteFileDurably(const std::string& target, std::string_view bytes);
 
 // Renames over `target` and syncs the folder. False: not known to be durable; either nothing was renamed, or the sync
 // failed behind the rename.
 bool RenameDurably(const std::string& from, const std::string& to);
-// The same, but fails where `to` is there already.
+// The same, but fails where `to` is there already. A file system that knows neither such a rename nor second names of a
+// file is asked for the name just before.
 bool RenameDurablyToNew(const std::string& from, const std::string& to);
+
+// The file that a path means, there or not: while the path names a link, what the link says. Folders on the way may
+// still be links; a link that leads nowhere but to links stays one.
+std::string WithoutLinks(const std::string& path);
 
 // The folder part of a path with its slash; "./" for a bare name.
 std::string FolderOf(const std::string& path);

@@ -9,8 +9,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <string_view>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace {
@@ -21,15 +23,6 @@ constexpr std::size_t kTempNameRoom = 14;
 bool Fail(DWORD error) {
     SetLastError(error);
     return false;
-}
-
-// The file itself, not a link to it: a copy must replace what the link points to.
-std::string WithoutLinks(const std::string& path) {
-    char* resolved = realpath(path.c_str(), nullptr);
-    if (resolved == nullptr) return path;
-    std::string result = resolved;
-    std::free(resolved);
-    return result;
 }
 
 bool MayCopyOver(const std::string& target, bool failIfExists) {
@@ -81,6 +74,22 @@ UINT MakeTempFile(std::string_view folder, std::string_view prefix) {
 
 }  // namespace
 
+namespace qfc {
+
+std::string WithoutLinks(const std::string& path) {
+    constexpr int kMostLinks = 40;  // As many as the system follows.
+    std::error_code error;
+    std::filesystem::path target(path);
+    for (int links = 0; links < kMostLinks && std::filesystem::is_symlink(target, error); ++links) {
+        const std::filesystem::path next = std::filesystem::read_symlink(target, error);
+        if (error) break;
+        target = target.parent_path() / next;
+    }
+    return target.string();
+}
+
+}  // namespace qfc
+
 int PathFileExistsA(const char* path) {
     if (path == nullptr || *path == '\0') return 0;
     struct stat status;
@@ -89,7 +98,8 @@ int PathFileExistsA(const char* path) {
 
 int CopyFileA(const char* source, const char* target, int failIfExists) {
     if (source == nullptr || target == nullptr) return Fail(ERROR_INVALID_PARAMETER);
-    const std::string to = WithoutLinks(qfc::NativePath(target));
+    // A copy must replace what a link points to, not the link.
+    const std::string to = qfc::WithoutLinks(qfc::NativePath(target));
     if (!MayCopyOver(to, failIfExists != 0)) return 0;
     return qfc::CopyFileDurably(qfc::NativePath(source), to, failIfExists == 0) ? 1 : 0;
 }

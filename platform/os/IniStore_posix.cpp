@@ -12,13 +12,11 @@
 #include <cerrno>
 #include <ctime>
 #include <fcntl.h>
-#include <filesystem>
 #include <list>
 #include <mutex>
 #include <string_view>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -29,7 +27,6 @@ using Document = std::shared_ptr<const IniDocument>;
 
 constexpr std::size_t kMostKept = 16;
 constexpr std::time_t kCoarsestClockSeconds = 2;
-constexpr int kMostLinks = 40;  // As many as the system follows.
 
 // A file that changed a moment ago may change again without another time to show for it.
 bool IsSettled(const FileStamp& stamp, std::time_t now) {
@@ -118,36 +115,38 @@ Document ReadProfile(const std::string& path, ProfileTexts texts, std::time_t no
     return fresh.document;
 }
 
-// The file itself, not a link to it: the new one has to come where the link points to, be it there or not.
-std::string WithoutLinks(const std::string& path) {
-    std::error_code error;
-    std::filesystem::path target(path);
-    for (int links = 0; links < kMostLinks && std::filesystem::is_symlink(target, error); ++links) {
-        const std::filesystem::path next = std::filesystem::read_symlink(target, error);
-        if (error) break;
-        target = target.parent_path() / next;
-    }
-    return target.string();
-}
-
-// Whoever may write the profile can hold its lock, whatever the mask of the one who made it.
+// Whoever may write the profile can hold its lock, whatever the mask and the group of the one who made it.
 void LetWritersHold(const Descriptor& lock, const std::string& path) {
     struct stat profile;
     struct stat status;
     if (stat(path.c_str(), &profile) != 0 || fstat(lock.Get(), &status) != 0) return;
-    const mode_t readers = (profile.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) << 1;
-    // Only its owner can; others hold it already.
-    if (S_ISREG(status.st_mode) && status.st_nlink == 1 && (status.st_mode & readers) != readers) {
-        static_cast<void>(fchmod(lock.Get(), (status.st_mode | readers) & 0777));
-    }
+    const mode_t writers = profile.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH);
+    const mode_t holders = writers | writers << 1;
+    const bool sameOwners = status.st_uid == profile.st_uid && status.st_gid == profile.st_gid;
+    const bool suits = sameOwners && (status.st_mode & holders) == holders;
+    if (suits || !S_ISREG(status.st_mode) || status.st_nlink != 1) return;
+    // Where it cannot have the group of the profile, all may hold it. Only its owner can do any of this; others hold it
+    // already.
+    const mode_t all = TakeOwnersOf(lock, profile) ? holders : holders | (holders & S_IRWXG) >> 3;
+    static_cast<void>(fchmod(lock.Get(), (status.st_mode | all) & 0777));
 }
 
-// Held until it is closed. The file stays: whoever removed it would part those who wait from those who come. Opened for
-// reading alone, so that others than its owner can; without waiting, lest a pipe of that name stop every writer; and
-// not through a link, lest the permissions of another file be widened.
+// Without waiting, lest a pipe of that name stop every writer; not through a link, lest the permissions of another file
+// be widened.
+Descriptor OpenLock(const std::string& path, int access) {
+    return Descriptor(open(path.c_str(), access | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW, 0666));
+}
+
+// For writing, since a network file system locks nothing else exclusively; for reading where only that is allowed, as
+// the lock of another user may be.
+Descriptor OpenLock(const std::string& path) {
+    Descriptor lock = OpenLock(path, O_RDWR);
+    return lock.IsOpen() || (errno != EACCES && errno != EROFS) ? std::move(lock) : OpenLock(path, O_RDONLY);
+}
+
+// Held until it is closed. The file stays: whoever removed it would part those who wait from those who come.
 Descriptor LockForWriting(const std::string& path) {
-    const int flags = O_RDONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW;
-    Descriptor lock(open((path + ".lock").c_str(), flags, 0666));
+    Descriptor lock = OpenLock(path + ".lock");
     if (lock.IsOpen()) LetWritersHold(lock, path);
     while (lock.IsOpen() && flock(lock.Get(), LOCK_EX) != 0) {
         if (errno != EINTR) return Descriptor(-1);

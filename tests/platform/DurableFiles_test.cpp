@@ -1,8 +1,11 @@
 #include "platform/os/Files.h"
 #include "platform/os/LastError.h"
+#include "tests/support/SystemCalls.h"
 #include "tests/support/TempFolder.h"
 
+#include <cerrno>
 #include <csignal>
+#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -10,6 +13,7 @@
 namespace {
 
 using qfc::test::ReadFile;
+using qfc::test::SystemCalls;
 using qfc::test::TempFolder;
 using testing::UnorderedElementsAre;
 namespace fs = std::filesystem;
@@ -110,6 +114,85 @@ TEST(RenameDurablyToNew, LeavesWhatIsThere) {
     EXPECT_FALSE(qfc::RenameDurablyToNew(from, folder / "third"));
     EXPECT_FALSE(qfc::RenameDurablyToNew(to, folder / "missing/to"));
     EXPECT_THAT(folder.Entries(), UnorderedElementsAre("other", "to"));
+}
+
+// --- File systems whose rename knows no flags ---
+
+class WithoutRenameFlags : public testing::Test {
+protected:
+    void SetUp() override {
+        m_calls.rename = [this](const char* from, const char* to, unsigned flags) {
+            if (flags == 0) return SystemCalls::RealRename(from, to, flags);
+            m_meanwhile();
+            return SystemCalls::Refuse(EINVAL);
+        };
+    }
+    void RefuseLinks(int error) {
+        m_calls.link = [error](const char*, const char*) { return SystemCalls::Refuse(error); };
+    }
+
+    TempFolder m_folder;
+    const std::string m_from = m_folder.Write("from", "new");
+    const std::string m_to = m_folder / "to";
+    SystemCalls m_calls;
+    // What another process does just before the name is given.
+    std::function<void()> m_meanwhile = [] {};
+};
+
+TEST_F(WithoutRenameFlags, FileGetsItsNewName) {
+    EXPECT_TRUE(qfc::RenameDurablyToNew(m_from, m_to));
+    EXPECT_EQ(ReadFile(m_to), "new");
+    EXPECT_THAT(m_folder.Entries(), UnorderedElementsAre("to"));
+}
+
+TEST_F(WithoutRenameFlags, FileGetsItsNewNameAlsoWhereThereAreNoSecondNames) {
+    RefuseLinks(EPERM);
+    EXPECT_TRUE(qfc::RenameDurablyToNew(m_from, m_to));
+    EXPECT_EQ(ReadFile(m_to), "new");
+    EXPECT_THAT(m_folder.Entries(), UnorderedElementsAre("to"));
+}
+
+TEST_F(WithoutRenameFlags, NameThatIsTakenIsNotGivenOnceMore) {
+    for (const bool links : {true, false}) {
+        if (!links) RefuseLinks(EPERM);
+        m_folder.Write("to", "old");
+        EXPECT_FALSE(qfc::RenameDurablyToNew(m_from, m_to));
+        EXPECT_EQ(GetLastError(), ERROR_FILE_EXISTS);
+        EXPECT_EQ(ReadFile(m_to), "old");
+        EXPECT_EQ(ReadFile(m_from), "new");
+        fs::remove(m_to);
+        // A link that leads nowhere has the name, too.
+        fs::create_symlink("nowhere", m_to);
+        EXPECT_FALSE(qfc::RenameDurablyToNew(m_from, m_to));
+        EXPECT_TRUE(fs::is_symlink(m_to));
+        EXPECT_EQ(ReadFile(m_from), "new");
+        fs::remove(m_to);
+    }
+}
+
+TEST_F(WithoutRenameFlags, CopyReplacesNoFileThatCameMeanwhile) {
+    for (const bool links : {true, false}) {
+        if (!links) RefuseLinks(EPERM);
+        m_meanwhile = [this] { m_folder.Write("to", "another's"); };
+        EXPECT_EQ(CopyFileA(m_from.c_str(), m_to.c_str(), 1), 0);
+        EXPECT_EQ(GetLastError(), ERROR_FILE_EXISTS);
+        EXPECT_EQ(ReadFile(m_to), "another's");
+        EXPECT_THAT(m_folder.Entries(), UnorderedElementsAre("from", "to"));
+        fs::remove(m_to);
+    }
+}
+
+TEST_F(WithoutRenameFlags, CopiesAreMadeAndReplaceWhatTheyMay) {
+    for (const bool links : {true, false}) {
+        if (!links) RefuseLinks(EPERM);
+        EXPECT_EQ(CopyFileA(m_from.c_str(), m_to.c_str(), 1), 1);
+        EXPECT_EQ(ReadFile(m_to), "new");
+        m_folder.Write("to", "old");
+        EXPECT_EQ(CopyFileA(m_from.c_str(), m_to.c_str(), 0), 1);
+        EXPECT_EQ(ReadFile(m_to), "new");
+        EXPECT_THAT(m_folder.Entries(), UnorderedElementsAre("from", "to"));
+        fs::remove(m_to);
+    }
 }
 
 TEST(FolderOf, EndsBehindTheLastSlash) {

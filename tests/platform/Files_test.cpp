@@ -83,6 +83,36 @@ TEST(CopyFile, ReplacesWhatALinkPointsTo) {
     EXPECT_EQ(ReadFile(real), "new");
 }
 
+TEST(CopyFile, ComesWhereALinkLeadsThatLeadsNowhereYet) {
+    const TempFolder folder;
+    const std::string source = folder.Write("source", "new");
+    folder.MakeFolder("sub");
+    fs::create_symlink("sub/next", folder / "link");
+    fs::create_symlink("../real", folder / "sub/next");
+    ASSERT_EQ(CopyFileA(Text(source), Text(folder / "link"), 1), 1);
+    EXPECT_TRUE(fs::is_symlink(folder / "link"));
+    EXPECT_TRUE(fs::is_symlink(folder / "sub/next"));
+    EXPECT_EQ(ReadFile(folder / "real"), "new");
+}
+
+TEST(WithoutLinks, IsTheFileThatIsMeant_ThereOrNot) {
+    const TempFolder folder;
+    EXPECT_EQ(qfc::WithoutLinks(folder / "missing"), folder / "missing");
+    fs::create_symlink(folder / "real", folder / "one");
+    fs::create_symlink("one", folder / "two");
+    EXPECT_EQ(qfc::WithoutLinks(folder / "two"), folder / "real");
+    folder.Write("real", "");
+    EXPECT_EQ(qfc::WithoutLinks(folder / "two"), folder / "real");
+    EXPECT_EQ(qfc::WithoutLinks("bare"), "bare");
+}
+
+TEST(WithoutLinks, EndsInACircle) {
+    const TempFolder folder;
+    fs::create_symlink("b", folder / "a");
+    fs::create_symlink("a", folder / "b");
+    EXPECT_TRUE(fs::is_symlink(qfc::WithoutLinks(folder / "a")));
+}
+
 TEST(DeleteFile, RemovesFilesOnly) {
     const TempFolder folder;
     const std::string file = folder.Write("file", "");

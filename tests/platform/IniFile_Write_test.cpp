@@ -12,20 +12,9 @@
 
 namespace {
 
+using qfc::test::IniWrite;
 using testing::UnorderedElementsAre;
 namespace fs = std::filesystem;
-
-struct IniWrite : qfc::test::IniTest {
-    int Write(const char* section, const char* key, const char* value) const {
-        return WritePrivateProfileStringA(section, key, value, path.c_str());
-    }
-    // The file after one write over `before`.
-    std::string Over(std::string_view before, const char* section, const char* key, const char* value) {
-        File(before);
-        EXPECT_EQ(Write(section, key, value), 1);
-        return File();
-    }
-};
 
 std::string Utf16(std::u16string_view text) {
     std::string bytes = "\xFF\xFE";
@@ -124,78 +113,6 @@ TEST_F(IniWrite, WhatChangesNothingWritesNothing) {
     ASSERT_EQ(stat(path.c_str(), &after), 0);
     EXPECT_EQ(after.st_ino, before.st_ino);
     EXPECT_THAT(folder.Entries(), UnorderedElementsAre("file.ini"));
-}
-
-// What `call` answers as another user, whom the permissions bind; only root can become one.
-template <class Call>
-int AsAnotherUser(const Call& call) {
-    const pid_t pid = fork();
-    if (pid == 0) _exit(setegid(65534) == 0 && seteuid(65534) == 0 ? call() : 100);
-    int status = -1;
-    EXPECT_EQ(waitpid(pid, &status, 0), pid);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-struct IniWriteOfAnotherUser : IniWrite {
-    IniWriteOfAnotherUser() {
-        File("[S]\na=1\n");
-        fs::permissions(folder.Path(), fs::perms::all);
-    }
-    void SetUp() override {
-        if (geteuid() != 0) GTEST_SKIP() << "only root can be another user";
-    }
-};
-
-TEST_F(IniWriteOfAnotherUser, FileThatHeMayNotWriteIsNotReplaced) {
-    fs::permissions(path, fs::perms(0644));
-    EXPECT_EQ(AsAnotherUser([&] { return Write("S", "a", "2"); }), 0);
-    EXPECT_EQ(File(), "[S]\na=1\n");
-    EXPECT_EQ(AsAnotherUser([&] { return Write("S", "a", "1"); }), 1);
-}
-
-TEST_F(IniWriteOfAnotherUser, LockThatSomebodyElseMadeIsNoObstacle) {
-    fs::permissions(path, fs::perms(0666));
-    folder.Write("file.ini.lock", "");
-    fs::permissions(path + ".lock", fs::perms(0644));
-    EXPECT_EQ(AsAnotherUser([&] { return Write("S", "a", "2"); }), 1);
-    EXPECT_EQ(File(), "[S]\na=2\n");
-}
-
-TEST_F(IniWriteOfAnotherUser, LockMadeUnderANarrowMaskIsNoObstacle) {
-    fs::permissions(path, fs::perms(0666));
-    const mode_t before = umask(077);
-    EXPECT_EQ(Write("S", "a", "2"), 1);
-    umask(before);
-    EXPECT_EQ(AsAnotherUser([&] { return Write("S", "a", "3"); }), 1);
-    EXPECT_EQ(File(), "[S]\na=3\n");
-}
-
-TEST_F(IniWrite, LinkInPlaceOfTheLockWidensNoOtherFile) {
-    File("[S]\na=1\n");
-    fs::permissions(path, fs::perms(0666));
-    const std::string secret = folder.Write("secret", "x");
-    fs::permissions(secret, fs::perms(0600));
-    fs::create_symlink(secret, path + ".lock");
-    EXPECT_EQ(Write("S", "a", "2"), 0);
-    fs::remove(path + ".lock");
-    fs::create_hard_link(secret, path + ".lock");
-    EXPECT_EQ(Write("S", "a", "2"), 1);
-    EXPECT_EQ(fs::status(secret).permissions(), fs::perms(0600));
-}
-
-TEST_F(IniWrite, PipeInPlaceOfTheLockIsNotWaitedFor) {
-    File("[S]\na=1\n");
-    ASSERT_EQ(mkfifo((path + ".lock").c_str(), 0666), 0);
-    EXPECT_EQ(Write("S", "a", "2"), 1);
-    EXPECT_EQ(File(), "[S]\na=2\n");
-}
-
-TEST_F(IniWriteOfAnotherUser, WhatChangesNothingSucceedsWhereNothingMayBeMade) {
-    fs::permissions(folder.Path(), fs::perms(0755));
-    EXPECT_EQ(AsAnotherUser([&] { return Write("S", "k", nullptr); }), 1);
-    EXPECT_EQ(AsAnotherUser([&] { return Write("S", "a", "1"); }), 1);
-    EXPECT_EQ(AsAnotherUser([&] { return Write("S", "a", nullptr); }), 0);
-    EXPECT_EQ(File(), "[S]\na=1\n");
 }
 
 TEST_F(IniWrite, NullSectionAndMissingPathFail) {

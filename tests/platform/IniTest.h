@@ -30,6 +30,18 @@ struct IniTest : testing::Test {
     const std::string path = folder / "file.ini";
 };
 
+struct IniWrite : IniTest {
+    int Write(const char* section, const char* key, const char* value) const {
+        return WritePrivateProfileStringA(section, key, value, path.c_str());
+    }
+    // The file after one write over `before`.
+    std::string Over(std::string_view before, const char* section, const char* key, const char* value) {
+        File(before);
+        EXPECT_EQ(Write(section, key, value), 1);
+        return File();
+    }
+};
+
 // What a function wrote to a buffer of '#': bytes with every NUL shown as '0', up to the first '#'.
 inline std::string Shown(const std::vector<char>& buffer) {
     std::string shown;

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <functional>
+
+namespace qfc::test {
+
+// Calls of the system that a test answers in its stead while the object lives; what is empty goes to the system, and an
+// answer may go there, too. A program that links the source file has its own definitions of them, which hold for
+// everything that is linked into it. Set before threads are started. One at a time.
+class SystemCalls {
+public:
+    using Flock = std::function<int(int file, int operation)>;
+    using Rename = std::function<int(const char* from, const char* to, unsigned flags)>;
+    using Link = std::function<int(const char* from, const char* to)>;
+
+    SystemCalls();
+    ~SystemCalls();
+    SystemCalls(const SystemCalls&) = delete;
+    SystemCalls& operator=(const SystemCalls&) = delete;
+
+    // Of files, and of folders.
+    Flock flock;
+    // renameat2: of paths relative to no descriptor.
+    Rename rename;
+    Link link;
+
+    static int RealFlock(int file, int operation);
+    static int RealRename(const char* from, const char* to, unsigned flags);
+    // -1, with errno.
+    static int Refuse(int error);
+};
+
+}  // namespace qfc::test
