@@ -2,6 +2,7 @@
 
 #include "db/CppSQLite3Exception.h"
 #include "db/SqliteCodes.h"
+#include "db/SqliteFiles.h"
 #include "platform/os/Files.h"
 #include "platform/text/Utf8.h"
 
@@ -64,7 +65,7 @@ std::optional<std::u16string> WidePath(const char* szFile) {
 // Whether SQLite's file system can name the file and the journal beside it. It counts bytes of UTF-8, not units, and it
 // counts them with the folders before a relative path, and links resolved.
 bool FitsTheFileSystem(const std::string& strNative) {
-    constexpr std::size_t kJournalSuffix = std::string_view("-journal").size();
+    constexpr std::size_t kJournalSuffix = std::string_view(qfc::sqlite::kJournalSuffix).size();
     sqlite3_vfs* pVfs = sqlite3_vfs_find(nullptr);
     if (pVfs == nullptr) return false;
     std::string strFull(static_cast<std::size_t>(pVfs->mxPathname) + 1, '\0');

@@ -2,11 +2,11 @@
 
 #include "db/CppSQLite3.h"
 #include "db/SqliteCodes.h"
+#include "db/SqliteFiles.h"
 #include "platform/os/Files.h"
 #include "platform/os/GuidSource.h"
 
 #include <algorithm>
-#include <array>
 #include <filesystem>
 #include <new>
 #include <string>
@@ -22,7 +22,8 @@ bool IsSameFile(const std::string& one, const std::string& other) {
 // The copy under its temporary name. What is left of it goes with the object.
 class Temporary {
 public:
-    explicit Temporary(const std::string& path) : m_path(path), m_file(path), m_journal(path + "-journal") {}
+    explicit Temporary(const std::string& path)
+        : m_path(path), m_file(path), m_journal(path + qfc::sqlite::kJournalSuffix) {}
     ~Temporary() {
         std::error_code ignored;
         std::filesystem::remove(m_file, ignored);
@@ -48,7 +49,7 @@ std::string TemporaryNameBeside(const std::string& target) {
 // SQLite would take a journal that an interrupted writer of the old target left for unfinished business of the copy,
 // and a log for its newest pages. Empty ones mean nothing to it.
 bool HasJournal(const std::string& target) {
-    constexpr std::array<const char*, 2> kSuffixes{"-journal", "-wal"};
+    constexpr auto kSuffixes = qfc::sqlite::kUnfinishedSuffixes;
     return std::any_of(kSuffixes.begin(), kSuffixes.end(), [&](const char* suffix) {
         std::error_code error;
         const auto bytes = std::filesystem::file_size(target + suffix, error);

@@ -1,6 +1,7 @@
 #include "service/LibraryOpening.h"
 
 #include "db/CppSQLite3.h"
+#include "db/SqliteFiles.h"
 #include "platform/os/Files.h"
 #include "platform/os/FolderLock.h"
 #include "platform/os/LastError.h"
@@ -8,7 +9,9 @@
 #include "platform/os/Sync.h"
 
 #include <array>
+#include <filesystem>
 #include <string>
+#include <system_error>
 
 namespace qfc {
 namespace {
@@ -31,19 +34,18 @@ CString TemplatePath() {
 }
 
 // Only a file of which the system says that it is not there.
-bool IsMissing(const CString& strPath) {
-    if (PathFileExistsA(strPath)) return false;
-    const DWORD nError = GetLastError();
-    return nError == ERROR_FILE_NOT_FOUND || nError == ERROR_PATH_NOT_FOUND;
+bool IsMissing(const std::string& file) {
+    std::error_code error;
+    return std::filesystem::status(file, error).type() == std::filesystem::file_type::not_found;
 }
 
 // Who makes a missing library does so under the lock of its folder, and others wait until it is there. False when it
 // need not, or cannot, be made by us.
-bool TakeTurnToMake(const CString& strPath, FolderLock& turn) {
+bool TakeTurnToMake(const std::string& file, FolderLock& turn) {
     for (int nTry = 0; nTry < kTurnTries; ++nTry) {
-        if (!IsMissing(strPath)) return false;
+        if (!IsMissing(file)) return false;
         // Another process may have made it between the look and the lock.
-        if (turn.TryLock()) return IsMissing(strPath);
+        if (turn.TryLock()) return IsMissing(file);
         Sleep(kTurnPause);
     }
     return false;
@@ -61,20 +63,19 @@ bool SetAside(const std::string& journal) {
 
 // What a lost library left behind would be taken for the unfinished business of the new one, or end with it. It is kept
 // under another name: whoever only moved the library aside needs it.
-bool SetJournalsAside(const CString& strPath) {
+bool SetJournalsAside(const std::string& file) {
     bool bAside = true;
-    for (const char* pszSuffix : {"-journal", "-wal"}) {
-        const CString strJournal = strPath + pszSuffix;
-        if (IsMissing(strJournal)) continue;
-        bAside = SetAside(NativePath(strJournal)) && bAside;
+    for (const char* pszSuffix : sqlite::kUnfinishedSuffixes) {
+        const std::string journal = file + pszSuffix;
+        if (!IsMissing(journal)) bAside = SetAside(journal) && bAside;
     }
     return bAside;
 }
 
 // Whatever goes wrong is ignored: the database then starts empty.
-void Seed(const CString& strPath) {
+void Seed(const std::string& file) {
     const CString strTemplate = TemplatePath();
-    if (PathFileExistsA(strTemplate)) CopyFileA(strTemplate, strPath, 1);
+    if (PathFileExistsA(strTemplate)) CopyFileDurably(NativePath(strTemplate), file, false);
 }
 
 }  // namespace
@@ -86,9 +87,11 @@ CString FixLibraryPath() {
 }
 
 std::unique_ptr<DBTools> OpenLibrary(const CString& strPath, MissingLibrary missing) {
+    // Where SQLite keeps the database and its journals, though the name in the data folder may be a link.
+    const std::string file = WithoutLinks(NativePath(strPath));
     // Held until the database has made its tables: the journal that it makes meanwhile is nobody else's to remove.
-    FolderLock turn(FolderOf(NativePath(strPath)));
-    if (TakeTurnToMake(strPath, turn) && SetJournalsAside(strPath) && missing == MissingLibrary::kSeed) Seed(strPath);
+    FolderLock turn(FolderOf(file));
+    if (TakeTurnToMake(file, turn) && SetJournalsAside(file) && missing == MissingLibrary::kSeed) Seed(file);
     bool bOpened = true;
     auto pDBTools = std::make_unique<DBTools>(strPath, bOpened);
     return bOpened ? std::move(pDBTools) : nullptr;

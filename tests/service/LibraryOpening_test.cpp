@@ -6,9 +6,12 @@
 #include "tests/support/LibraryFixture.h"
 #include "tests/support/RawDb.h"
 #include "tests/support/SqlTrace.h"
+#include "tests/support/SystemCalls.h"
+#include "tests/support/TempFolder.h"
 
 #include <atomic>
 #include <fstream>
+#include <optional>
 #include <sqlite3.h>
 #include <stdexcept>
 #include <sys/wait.h>
@@ -30,6 +33,7 @@ protected:
         RawDb(TemplateFile()).Exec("create table SEED(N); insert into SEED values(42)");
     }
     static fs::path Journal() { return DatabaseFile().string() + "-journal"; }
+    static std::string TextOf(const fs::path& file) { return qfc::test::ReadFile(file); }
 };
 
 // --- Several processes that find no library ---
@@ -55,6 +59,30 @@ TEST_F(LibraryOpening, WhileAnotherMakesTheLibrary_ItsJournalIsLeftAlone) {
     EXPECT_EQ(started, 1);
     EXPECT_EQ(CountRows("MINE"), 0);
     EXPECT_EQ(CountRows("sqlite_master where name = 'SEED'"), 0);
+}
+
+// The other one is done with the tables, and in the middle of its first change.
+TEST_F(LibraryOpening, LibraryThatCameBetweenTheLookAndTheLock_KeepsItsJournal) {
+    MakeTemplate();
+    const fs::path made = Scratch() / "made.db";
+    ASSERT_EQ(Start() + Stop(), 2);
+    fs::rename(DatabaseFile(), made);
+    std::optional<RawDb> maker;
+    qfc::test::SystemCalls calls;
+    calls.flock = [&](int file, int operation) {
+        if (!maker) {
+            fs::rename(made, DatabaseFile());
+            maker.emplace(DatabaseFile());
+            maker->Exec("BEGIN IMMEDIATE; CREATE TABLE MINE(N)");
+        }
+        return qfc::test::SystemCalls::RealFlock(file, operation);
+    };
+    EXPECT_EQ(Start(), 1);
+    ASSERT_TRUE(maker);
+    EXPECT_TRUE(fs::exists(Journal()));
+    EXPECT_FALSE(fs::exists(Journal().string() + ".lost"));
+    EXPECT_NO_THROW(maker->Exec("COMMIT"));
+    EXPECT_EQ(CountRows("MINE"), 0);
 }
 
 // Looks at each commit of a new connection whether another host could take the folder.
@@ -100,6 +128,8 @@ TEST_F(LibraryOpening, TheFolderIsHeldUntilTheTablesAreThere_AndNotLonger) {
 }
 
 TEST_F(LibraryOpening, LibraryThatCannotBeLookedAt_KeepsItsJournal) {
+    // Fixed before: under such a path nothing would be fixed, nor opened.
+    ASSERT_FALSE(QFCLibraryManager::GetDatabasePath().IsEmpty());
     fs::create_symlink(DatabaseFile(), DatabaseFile());
     std::ofstream(Journal()) << "unfinished";
     EXPECT_EQ(Start(), 0);
@@ -120,6 +150,58 @@ TEST_F(LibraryOpening, ClearingAMissingLibrary_MakesItWithoutTheTemplate) {
     EXPECT_EQ(QFCLibraryManager::fnClearDBContent(), 1);
     EXPECT_EQ(CountRows("sqlite_master where name = 'SEED'"), 0);
     EXPECT_EQ(CountRows("sqlite_master where name = 'LIB_TAG_TABLE'"), 1);
+}
+
+TEST_F(LibraryOpening, ClearingAMissingLibrary_KeepsItsJournal) {
+    std::ofstream(Journal()) << "unfinished";
+    EXPECT_EQ(QFCLibraryManager::fnClearDBContent(), 1);
+    EXPECT_FALSE(fs::exists(Journal()));
+    EXPECT_EQ(TextOf(Journal().string() + ".lost"), "unfinished");
+}
+
+// --- A library that is a link ---
+
+// To a file on another disk that is not there, since it was moved aside, say.
+class LinkedLibraryOpening : public LibraryOpening {
+protected:
+    void SetUp() override {
+        LibraryOpening::SetUp();
+        fs::create_directories(m_file.parent_path());
+        fs::create_symlink("../scratch/disk/next.db", DatabaseFile());
+        fs::create_symlink("real.db", m_file.parent_path() / "next.db");
+    }
+
+    const fs::path m_file = Scratch() / "disk" / "real.db";
+};
+
+TEST_F(LinkedLibraryOpening, JournalsBesideItsFileAreKept) {
+    for (const char* pszSuffix : {"-journal", "-wal"}) std::ofstream(m_file.string() + pszSuffix) << pszSuffix;
+    // Beside the link SQLite keeps nothing.
+    std::ofstream(Journal()) << "somebody's";
+    EXPECT_EQ(Start(), 1);
+    for (const char* pszSuffix : {"-journal", "-wal"}) {
+        EXPECT_EQ(TextOf(m_file.string() + pszSuffix + ".lost"), pszSuffix);
+    }
+    EXPECT_EQ(TextOf(Journal()), "somebody's");
+}
+
+TEST_F(LinkedLibraryOpening, IsSeededWhereItLeads) {
+    MakeTemplate();
+    EXPECT_EQ(Start(), 1);
+    EXPECT_TRUE(fs::is_symlink(DatabaseFile()));
+    EXPECT_TRUE(fs::is_regular_file(m_file));
+    EXPECT_EQ(CountRows("SEED where N = 42"), 1);
+    EXPECT_EQ(Stop(), 1);
+    RawDb(m_file).Exec("update SEED set N = 43");
+    EXPECT_EQ(Start(), 1);
+    EXPECT_EQ(CountRows("SEED where N = 43"), 1) << "it is there now";
+}
+
+TEST_F(LinkedLibraryOpening, FolderOfItsFileIsHeld) {
+    const FolderWatch watch(m_file.parent_path());
+    ASSERT_EQ(Start(), 1);
+    EXPECT_GT(FolderWatch::Commits(), 5);
+    EXPECT_EQ(FolderWatch::TimesFree(), 0);
 }
 
 // --- How long a path may be ---

@@ -122,6 +122,25 @@ TEST_F(PresetTags, OfAnItemThatASessionLoaded_AreGivenWhateverTheFoldersNamed) {
     EXPECT_EQ(Manager::EndDbSession4ImportLib(hSession), 1);
 }
 
+// Its folder is no folder of the gallery, though it holds it.
+TEST_F(PresetTags, OfAnItemThatASessionHolds_AreNotWrittenThere) {
+    const std::string other = (Scratch() / "foreign.db").string();
+    CQItem* const pAway = Add("Away", "away.wav");
+    ASSERT_EQ(Manager::fnExportDB(other.c_str()), 1);
+    ASSERT_EQ(m_pClips->RemoveItemDB(pAway->GetUniqueID(), 1), 1);
+    Preset(Section("Away", "away.wav", "String@Beach"));
+    const ULONGLONG hSession = Manager::StartDbSession4ImportLib(other.c_str());
+    const ULONGLONG hForeign = Manager::fnLoadGallery(kMedia, reinterpret_cast<DBTools*>(hSession));
+    ASSERT_NE(hForeign, 0u);
+    CQItem* const pGuest = qfc::AsGallery(hForeign)->GetFolderByName("Clips")->GetItemArray()->GetAt(0);
+    ASSERT_EQ(Manager::fnAddItem(m_hMedia, {"Gone"}, pGuest), 1);
+    EXPECT_EQ(TagsOf(*pGuest), "");
+    EXPECT_EQ(RawDb(other).Rows("select * from TAG_ITEM_RELATION_TABLE").size(), 0u);
+    EXPECT_EQ(CountRows("TAG_ITEM_RELATION_TABLE"), 0);
+    EXPECT_EQ(Manager::fnCloseSessionGallery(hForeign), 1);
+    EXPECT_EQ(Manager::EndDbSession4ImportLib(hSession), 1);
+}
+
 TEST_F(PresetTags, OfAnItemAddedAgain_AreGivenAgain) {
     Preset(Section("Twice", "twice.wav", "String@Beach"));
     CQItem* const pItem = Add("Twice", "twice.wav");
