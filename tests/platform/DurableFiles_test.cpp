@@ -170,6 +170,17 @@ TEST_F(WithoutRenameFlags, NameThatIsTakenIsNotGivenOnceMore) {
     }
 }
 
+// A look at the name would be too early.
+TEST_F(WithoutRenameFlags, NameThatIsTakenThisMomentIsNotGivenOnceMore) {
+    m_calls.link = [this](const char* from, const char* to) {
+        m_folder.Write("to", "another's");
+        return SystemCalls::RealLink(from, to);
+    };
+    EXPECT_FALSE(qfc::RenameDurablyToNew(m_from, m_to));
+    EXPECT_EQ(ReadFile(m_to), "another's");
+    EXPECT_EQ(ReadFile(m_from), "new");
+}
+
 TEST_F(WithoutRenameFlags, CopyReplacesNoFileThatCameMeanwhile) {
     for (const bool links : {true, false}) {
         if (!links) RefuseLinks(EPERM);

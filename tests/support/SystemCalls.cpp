@@ -26,6 +26,10 @@ int SystemCalls::RealRename(const char* from, const char* to, unsigned flags) {
     return Call(syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, flags));
 }
 
+int SystemCalls::RealLink(const char* from, const char* to) {
+    return Call(syscall(SYS_linkat, AT_FDCWD, from, AT_FDCWD, to, 0));
+}
+
 int SystemCalls::Refuse(int error) {
     errno = error;
     return -1;
@@ -49,7 +53,7 @@ int renameat2(int fromFolder, const char* from, int toFolder, const char* to, un
 
 int link(const char* from, const char* to) noexcept {
     if (s_answering != nullptr && s_answering->link) return s_answering->link(from, to);
-    return Call(syscall(SYS_linkat, AT_FDCWD, from, AT_FDCWD, to, 0));
+    return SystemCalls::RealLink(from, to);
 }
 
 }  // extern "C"

@@ -26,6 +26,7 @@ public:
 
     static int RealFlock(int file, int operation);
     static int RealRename(const char* from, const char* to, unsigned flags);
+    static int RealLink(const char* from, const char* to);
     // -1, with errno.
     static int Refuse(int error);
 };
