@@ -1,6 +1,7 @@
 #include "db/DBTools.h"
 
 #include "db/DBToolsGuard.h"
+#include "db/Schema.h"
 #include "db/TreeRows.h"
 
 DBTools::DBTools(const CString& path, bool& ok) : DBToolsInternal(path, ok) {}
@@ -130,7 +131,11 @@ bool DBTools::DeleteFolderTrees(std::span<const int> galleryIds) {
 }
 
 int DBTools::AddFolderOrderIndexColumn() {
-    return Guarded([&] { return DBToolsInternal::AddFolderOrderIndexColumn(); });
+    const auto add = [&] { return DBToolsInternal::AddFolderOrderIndexColumn(); };
+    if (Guarded(add) != 0) return 1;
+    // It looks before it writes: beside another writer that is refused at once, where a writer waits for its turn. The
+    // look comes first all the same, since mostly there is nothing to write.
+    return Guarded([&] { return HasConnection() && qfc::schema::TakeTurnAtFolders(Connection()) ? add() : 0; });
 }
 
 bool DBTools::QueryGalleries(std::vector<qfc::StoredGallery>& galleries) {

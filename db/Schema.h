@@ -67,4 +67,7 @@ void Ensure(CppSQLite3DB& db);
 // nothing is done.
 void AddFolderOrderIndex(CppSQLite3DB& db);
 
+// Takes the lock of a writer before anything is read, by a deletion of nothing. False when it cannot be had.
+bool TakeTurnAtFolders(CppSQLite3DB& db);
+
 }  // namespace qfc::schema

@@ -2,20 +2,21 @@
 
 #include "platform/text/CodePages.h"
 #include "tests/db/DbTestSupport.h"
+#include "tests/db/StoredTables.h"
 #include "tests/support/SqlTrace.h"
 
 #include <bit>
-#include <cctype>
 #include <filesystem>
-#include <map>
 #include <sqlite3.h>
 #include <utility>
 
 namespace {
 
+using qfc::test::Collapsed;
 using qfc::test::LibraryTest;
 using qfc::test::RawDb;
 using qfc::test::SqlTrace;
+using qfc::test::StoredTables;
 using qfc::test::TempFolder;
 
 struct ExpectedTable {
@@ -57,28 +58,6 @@ const ExpectedTable kExpected[] = {
     {"TAG_ITEM_RELATION_TABLE",
      "CREATE TABLE TAG_ITEM_RELATION_TABLE( ITEM_GUID BLOB, TAGS_GUID BLOB, PRIMARY KEY(ITEM_GUID, TAGS_GUID))"},
 };
-
-std::string Collapsed(const std::string& sql) {
-    std::string text;
-    for (const char c : sql) {
-        const bool blank = std::isspace(static_cast<unsigned char>(c)) != 0;
-        if (!blank) text += c;
-        if (blank && !text.empty() && text.back() != ' ') text += ' ';
-    }
-    while (!text.empty() && (text.back() == ';' || text.back() == ' ')) text.pop_back();
-    return text;
-}
-
-std::string Unquoted(const std::string& literal) { return literal.substr(1, literal.size() - 2); }
-
-std::map<std::string, std::string> StoredTables(const std::string& path) {
-    std::map<std::string, std::string> tables;
-    RawDb db(path);
-    for (const auto& row : db.Rows("select name, sql from sqlite_master where type = 'table'")) {
-        tables[Unquoted(row[0])] = Collapsed(Unquoted(row[1]));
-    }
-    return tables;
-}
 
 void DropSubset(CppSQLite3DB& db, unsigned subset) {
     for (std::size_t table = 0; table < std::size(kExpected); ++table) {
@@ -160,70 +139,6 @@ TEST(Schema, FileThatIsNoDatabaseIsRefusedAndLeftAlone) {
     const std::string path = folder.Write("text.db", text);
     EXPECT_FALSE(OpensAsLibrary(path));
     EXPECT_EQ(qfc::test::ReadFile(path), text);
-}
-
-// --- A file from before folders had an order ---
-
-class OldLibraryTest : public testing::Test {
-protected:
-    void SetUp() override {
-        std::filesystem::copy_file(QFCLIB_TEST_DATA "/library-before-folder-order.db", m_path);
-        bool ok = false;
-        m_tools = std::make_unique<DBTools>(CString(m_path.c_str()), ok);
-        ASSERT_TRUE(ok);
-    }
-
-    TempFolder m_folder;
-    std::string m_path = m_folder / "old.db";
-    std::unique_ptr<DBTools> m_tools;
-};
-
-TEST_F(OldLibraryTest, OpeningAloneLeavesItsFolderTableAsItIs) {
-    EXPECT_EQ(StoredTables(m_path)["FOLDER_TABLE"].find("ORDER_INDEX"), std::string::npos);
-}
-
-TEST_F(OldLibraryTest, MigrationAddsTheColumnWithDefaultMinusOne) {
-    EXPECT_NE(m_tools->AddFolderOrderIndexColumn(), 0);
-    EXPECT_EQ(RawDb(m_path).Rows("select ID, ORDER_INDEX, typeof(ORDER_INDEX) from FOLDER_TABLE order by ID"),
-              (std::vector<RawDb::Row>{{"1", "-1", "'integer'"}, {"2", "-1", "'integer'"}}));
-    EXPECT_EQ(StoredTables(m_path)["FOLDER_TABLE"],
-              "CREATE TABLE FOLDER_TABLE( VERSION TEXT, PREDEFINED_ID INTEGER, FOLDER_NAME TEXT, ADOPT_TYPE INTEGER, "
-              "TRUSTY_TYPE INTEGER, TYPE_EXTRA INTEGER, PARENT_ID INTEGER, EXPAND_TYPE INTEGER, ID INTEGER PRIMARY "
-              "KEY AUTOINCREMENT, ORDER_INDEX INTEGER DEFAULT '-1')");
-}
-
-TEST_F(OldLibraryTest, SecondMigrationChangesNothing) {
-    ASSERT_NE(m_tools->AddFolderOrderIndexColumn(), 0);
-    const std::string before = qfc::test::DumpOf(m_path);
-    EXPECT_NE(m_tools->AddFolderOrderIndexColumn(), 0);
-    EXPECT_EQ(qfc::test::DumpOf(m_path), before);
-}
-
-TEST_F(OldLibraryTest, MigratedFoldersCanBeWritten) {
-    ASSERT_NE(m_tools->AddFolderOrderIndexColumn(), 0);
-    int folder = 2;
-    EXPECT_TRUE(m_tools->InsertOrUpdateFolder("1.0", 0, "new", 1, 2, 3, 1, 4, 5, folder));
-    EXPECT_EQ(RawDb(m_path).Cell("select ORDER_INDEX from FOLDER_TABLE where ID = 2"), "5");
-}
-
-TEST_F(OldLibraryTest, MigrationSendsTheGivenTexts) {
-    m_tools.reset();
-    SqlTrace trace;
-    bool ok = false;
-    DBTools tools(CString(m_path.c_str()), ok);
-    trace.Clear();
-    tools.AddFolderOrderIndexColumn();
-    const char* const query = "SELECT * FROM sqlite_master WHERE name = 'FOLDER_TABLE' AND SQL LIKE '%ORDER_INDEX%';";
-    EXPECT_EQ(trace.Count(query), 1);
-    EXPECT_EQ(trace.Count("ALTER TABLE FOLDER_TABLE ADD COLUMN ORDER_INDEX INTEGER DEFAULT '-1';"), 1);
-    trace.Clear();
-    tools.AddFolderOrderIndexColumn();
-    EXPECT_EQ(trace.Statements(), (std::vector<std::string>{"BEGIN TRANSACTION;", query, "END TRANSACTION;"}));
-}
-
-TEST_F(SchemaTest, MigrationWithoutFolderTableFails) {
-    Exec("DROP TABLE FOLDER_TABLE");
-    EXPECT_EQ(m_tools->AddFolderOrderIndexColumn(), 0);
 }
 
 // --- Clearing ---
