@@ -94,6 +94,7 @@ public:
     static int fnUpdateFolder(ULONGLONG hFolder, CString strName, DWORD dwAdopt, DWORD dwTrusty, DWORD dwTypeExtra,
                               DBTools* pDBTools = nullptr);
     // Removes the folder with everything below it and destroys its object; a folder without a row may not be given.
+    // Kept: 1 also when the database refuses; what is stored tells (QueryFolder of its row finds nothing).
     static int fnDeleteFolder(ULONGLONG hFolder);
 
     // --- Items -----------------------------------------------------------------------------------------------------
@@ -111,7 +112,7 @@ public:
     // Copies the groups of the mask from pItem into the gallery's item of that GUID and stores it. 1 whether or
     // not it could be stored.
     static int fnUpdateItem(ULONGLONG hGallery, CQItem* pItem, GUID guidItem, DWORD dwMask);
-    // Stores the item's bitmap cache.
+    // Stores the item's bitmap cache. Kept: 1 also without one in memory; nothing is written then.
     static int fnUpdateLibItemThumbnail(CQItem* pItem);
     // Replaces the contents of the vector. 1 also when the query failed or ended early.
     static int fnQueryLibItemThumbnailInfo(std::vector<_DS_LibItemTunmbnailInfo_>& thumbnails);

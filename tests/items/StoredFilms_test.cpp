@@ -229,6 +229,25 @@ TEST_F(ModifiedItemOfAGalleryFile, KeepsBothWhenTheLoadThrows) {
     EXPECT_EQ(other.Raw().Cell("select PRE_COMPRESSED_SIZE from CACHE_DATA_TABLE where CACHE_DATA_TYPE = 1"), "50");
 }
 
+TEST_F(ModifiedItemOfAGalleryFile, KeepsItsBitmapWhenTheFetchOfTheBlackBoxThrows) {
+    file.hasNoMemory = true;
+    GiveCache(item, Dib24(10, 10));
+    item.ChangeBlackBox(nullptr, 30);
+    LibraryFile other("other.db");
+    EXPECT_FALSE(other.Tools()->UpdateItemDB(&item));
+    EXPECT_EQ(file.asked, 1);
+    EXPECT_EQ(InMemory(item, kBitmapCache), Dib24(10, 10));
+    EXPECT_EQ(item.GetCacheSize(), Dib24(10, 10).size());
+    EXPECT_EQ(item.GetBlackBoxSize(), 30u);
+    file.hasNoMemory = false;
+    ASSERT_TRUE(other.Tools()->UpdateItemDB(&item));
+    const auto rows = [&](const std::string& kindAndSize) {
+        return other.Raw().Cell("select count(*) from CACHE_DATA_TABLE where " + kindAndSize);
+    };
+    EXPECT_EQ(rows("CACHE_DATA_TYPE = 1 and PRE_COMPRESSED_SIZE = 30"), "1");
+    EXPECT_EQ(rows("CACHE_DATA_TYPE = 0 and PRE_COMPRESSED_SIZE = " + std::to_string(Dib24(10, 10).size())), "1");
+}
+
 TEST_F(ModifiedItemOfAGalleryFile, UnmodifiedOneTakesBoth) {
     GiveBlackBox(item, Pattern(50, 9));
     item.SetModified(0);

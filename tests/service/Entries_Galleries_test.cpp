@@ -241,6 +241,23 @@ TEST_F(EntriesGalleries, DeleteFolder_FindsItsFolderByRowAndNotByFolderId) {
     EXPECT_EQ(CountRows("FOLDER_TABLE where FOLDER_NAME = 'Second'"), 1);
 }
 
+TEST_F(EntriesGalleries, DeleteFolder_IsOneAlsoWhenTheDatabaseRefusesIt) {
+    MakeFolder("Clips", "Rain");
+    const GUID guid = AddItem("Sunrise")->GetUniqueID();
+    for (const std::string table : {"FOLDER_TABLE", "RELATION_TABLE"}) {
+        qfc::test::RawDb(DatabaseFile())
+            .Exec("create trigger REFUSE_DELETION_" + table + " before delete on " + table +
+                  " begin select raise(fail, 'refused'); end");
+    }
+    EXPECT_EQ(Manager::fnDeleteFolder(ToHandle(m_pClips)), 1);
+    EXPECT_EQ(Folder("Clips"), nullptr);
+    EXPECT_EQ(CountRows("FOLDER_TABLE"), 3);
+    EXPECT_EQ(CountRows("RELATION_TABLE"), 1);
+    Restart();
+    ASSERT_NE(Folder("Clips\\Rain"), nullptr);
+    EXPECT_EQ(Folder("Clips")->HasItem(guid, 0), 1);
+}
+
 TEST_F(EntriesGalleries, DeleteFolder_WithoutFolderOrParent_Fails) {
     EXPECT_EQ(Manager::fnDeleteFolder(0), 0);
     EXPECT_EQ(Manager::fnDeleteFolder(m_hMedia), 0);

@@ -303,6 +303,17 @@ TEST_F(EntriesItems, UpdateLibItemThumbnail_StoresTheBitmapCacheAlone) {
     EXPECT_EQ(CountRows("CACHE_DATA_TABLE where CACHE_DATA_TYPE = 0"), 1);
 }
 
+TEST_F(EntriesItems, UpdateLibItemThumbnail_WithoutABitmapInMemory_IsOneAndLeavesWhatIsStored) {
+    CQItem* const pItem = AddItem("Sunrise");
+    EXPECT_EQ(Manager::fnUpdateLibItemThumbnail(pItem), 1);
+    EXPECT_EQ(CountRows("CACHE_DATA_TABLE"), 0);
+    qfc::test::GiveBitmapCache(*pItem, 20, 10);
+    ASSERT_EQ(Manager::fnUpdateLibItemThumbnail(pItem), 1);
+    pItem->ChangeCache(nullptr, 0);
+    EXPECT_EQ(Manager::fnUpdateLibItemThumbnail(pItem), 1);
+    EXPECT_EQ(CountRows("CACHE_DATA_TABLE where CACHE_DATA_TYPE = 0"), 1);
+}
+
 TEST_F(EntriesItems, UpdateLibItemThumbnail_WithoutItemOrDatabase_Fails) {
     EXPECT_EQ(Manager::fnUpdateLibItemThumbnail(nullptr), 0);
     CQItem item("Sunrise");
