@@ -144,9 +144,9 @@ void CQFolder::DestroySubFolders() {
             continue;
         }
         CQFolder* child = list->GetHead();
+        if (child != nullptr) child->m_pParent = folder;  // Also when it was put into the list by hand.
         const bool filled = child != nullptr && child->GetFirstSubFolder() != nullptr;
         if (filled && child->m_strFilePath.IsEmpty()) {
-            child->m_pParent = folder;  // Also when it was put into the list by hand.
             folder = child;
         } else {
             list->RemoveHead();

@@ -14,6 +14,7 @@ struct IStorage;
 namespace qfc {
 class FolderLoad;
 class FolderNumbers;
+class FolderWalkWithoutMemory;
 struct FolderLife;
 class HeldGuids;
 }  // namespace qfc
@@ -182,7 +183,7 @@ public:
     int CloseFolder();
 
     // --- Sorting --------------------------------------------------------------------------------------------------
-    // By index, stable. 0 without a list.
+    // By index, stable. 0, nothing moved, without a list, and when memory runs out.
     int SortSubFolder();
     // Stable; see FolderConstants.h for the types. 0 for fewer than two items.
     int SortingAllItem(DWORD dwSortType, int bAscending);
@@ -253,6 +254,7 @@ private:
     friend class CQItem;  // Remembers its parent folder.
     friend class qfc::FolderLoad;
     friend class qfc::FolderNumbers;
+    friend class qfc::FolderWalkWithoutMemory;
     friend class qfc::HeldGuids;
 
     ItemArray* NeedItemArray();

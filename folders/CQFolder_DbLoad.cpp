@@ -10,6 +10,7 @@
 #include "items/Handles.h"
 
 #include <memory>
+#include <new>
 #include <set>
 
 namespace qfc {
@@ -114,7 +115,8 @@ int FolderLoad::LoadBelow(CQFolder& folder, int nDepth) {
         TakeItems(*child, *m_rows);
         LoadBelow(*child, nDepth + 1);
     }
-    folder.SortSubFolder();
+    // Without memory: in the order of the rows they might be stored later.
+    if (folder.SortSubFolder() == 0) throw std::bad_alloc();
     return 1;
 }
 

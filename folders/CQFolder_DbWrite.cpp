@@ -95,8 +95,8 @@ int CQFolder::DeleteFolderFromDb() {
                 list->RemoveHead();
                 continue;
             }
-            child->EmptyOfItemsInDb();
             child->m_pParent = folder;  // Also when it was put into the list by hand.
+            child->EmptyOfItemsInDb();
             folder = child;
             continue;
         }
@@ -117,7 +117,10 @@ int CQFolder::DeleteFolderFromDb(int nRowId) {
             break;
         }
     }
-    if (taken != nullptr && taken->DeleteFolderFromDb() == 0) return 0;
+    if (taken != nullptr) {
+        taken->m_pParent = this;  // Also when it was put into the list by hand.
+        if (taken->DeleteFolderFromDb() == 0) return 0;
+    }
     EndSubFolderInDb(taken, nRowId);
     return 1;
 }

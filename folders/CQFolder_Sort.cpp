@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <new>
 #include <span>
 #include <utility>
 #include <vector>
@@ -76,7 +77,12 @@ int CQFolder::SortSubFolder() {
     if (list == nullptr) return 0;
     if (list->GetCount() < 2) return 1;
     const auto before = [](const CQFolder* a, const CQFolder* b) { return a->m_nIndex < b->m_nIndex; };
-    std::vector<CQFolder*> folders(list->begin(), list->end());
+    std::vector<CQFolder*> folders;
+    try {
+        folders.assign(list->begin(), list->end());
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
     if (std::erase(folders, nullptr) == 0 && std::is_sorted(folders.begin(), folders.end(), before)) return 1;
     std::stable_sort(folders.begin(), folders.end(), before);
     const std::uint64_t changes = qfc::TreeChanges();

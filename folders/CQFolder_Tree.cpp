@@ -69,9 +69,8 @@ int CQFolder::IsSubfolderOf(const CQFolder* pOther) const {
 int CQFolder::IsSubFolderValid(const CQFolder* pFolder) {
     if (pFolder == nullptr) return 0;
     if (pFolder == this) return 1;
-    for (const CQFolder* folder : qfc::SubtreeOf(*this)) {
-        if (folder == pFolder) return 1;
-    }
+    const auto isIt = [=](const CQFolder& folder) { return &folder == pFolder ? qfc::Met::kFound : qfc::Met::kGoOn; };
+    if (qfc::FirstBelow(*this, isIt) != nullptr) return 1;
     if (IsRoot()) return 0;
     return qfc::TopmostOf(*this).IsSubFolderValid(pFolder);
 }
@@ -148,7 +147,10 @@ int CQFolder::RemoveSubFolder() {
     FolderList* list = GetFolderList();
     while (list != nullptr && !list->IsEmpty()) {
         CQFolder* child = list->GetHead();
-        if (child != nullptr) child->RemoveSubFolder();
+        if (child != nullptr) {
+            child->m_pParent = this;  // Also when it was put into the list by hand.
+            child->RemoveSubFolder();
+        }
         list->RemoveHead();
         if (child != nullptr) child->EraseStoredData();
         delete child;

@@ -44,6 +44,10 @@ void FolderWalk::Surround() {
 
 void FolderWalk::Advance() {
     Enter(*m_current);
+    PassBy();
+}
+
+void FolderWalk::PassBy() {
     m_current = NextInLevels();
     if (m_stop == Stop::BehindSubtree) return;
     if (m_current == nullptr && m_top == nullptr && !m_start.IsRoot()) {
@@ -55,6 +59,37 @@ void FolderWalk::Advance() {
         m_current = m_top;
     }
     if (m_current == &m_start) m_current = nullptr;
+}
+
+FolderWalkWithoutMemory::FolderWalkWithoutMemory(CQFolder& top) : m_top(top) { Enter(top); }
+
+bool FolderWalkWithoutMemory::Enter(CQFolder& folder) {
+    const CQFolder::FolderList* list = folder.GetFolderList();
+    return list != nullptr && Meet(folder, list->GetHeadPosition());
+}
+
+// The first folder from the position on becomes the current one, if there is one.
+bool FolderWalkWithoutMemory::Meet(CQFolder& parent, POSITION position) {
+    m_current = nullptr;
+    while (position != nullptr && m_current == nullptr) m_current = parent.GetFolderList()->GetNext(position);
+    if (m_current != nullptr) m_current->m_pParent = &parent;
+    return m_current != nullptr;
+}
+
+void FolderWalkWithoutMemory::Advance() {
+    CQFolder* folder = m_current;
+    if (Enter(*folder)) return;
+    m_current = folder;
+    PassBy();
+}
+
+void FolderWalkWithoutMemory::PassBy() {
+    for (CQFolder* left = m_current; left != &m_top; left = left->m_pParent) {
+        CQFolder& parent = *left->m_pParent;
+        POSITION position = parent.GetFolderList()->Find(static_cast<CObject*>(left));
+        parent.GetFolderList()->GetNext(position);
+        if (Meet(parent, position)) return;
+    }
 }
 
 }  // namespace qfc

@@ -4,26 +4,30 @@
 
 #include <cstddef>
 #include <iterator>
+#include <new>
 #include <vector>
 
 // The two pre-order walks over folders, one range type per stop rule:
 //     for (CQFolder* folder : qfc::SubtreeOf(start)) ...
+// and the search FirstBelow, which needs no memory.
 // Sub-folder lists are asked for through GetFolderList; the lists met must not change during the walk. Both end on
 // every tree, also when the start is in no list. Memory grows with the depth only, and no sibling is looked for twice.
 namespace qfc {
 
-// The cursor under both. Not copied: it is used in place.
+// The cursor under them. Not copied: it is used in place.
 class FolderWalk {
 public:
     enum class Stop { BehindSubtree, BackAtStart };
 
-    FolderWalk(CQFolder& start, Stop stop);
+    explicit FolderWalk(CQFolder& start, Stop stop = Stop::BehindSubtree);
 
     // Null at the end.
     CQFolder* Current() const { return m_current; }
     // How far below the start the current folder is, 1 for its sub-folders; meaningful within the start's subtree.
     std::size_t Depth() const { return m_levels.size(); }
     void Advance();
+    // Leaves out what is below the current folder.
+    void PassBy();
 
 private:
     struct Level {
@@ -42,6 +46,51 @@ private:
     bool m_toppedOut = false;
     CQFolder* m_current = nullptr;
 };
+
+// The walk over a subtree that needs no memory, but looks for a place among its siblings at each step. It gives every
+// folder it meets the parent in whose list it stands, to find back: one that was put into a list by hand may have none.
+class FolderWalkWithoutMemory {
+public:
+    explicit FolderWalkWithoutMemory(CQFolder& top);
+
+    // As of FolderWalk.
+    CQFolder* Current() const { return m_current; }
+    void Advance();
+    void PassBy();
+
+private:
+    bool Enter(CQFolder& folder);
+    bool Meet(CQFolder& parent, POSITION position);
+
+    CQFolder& m_top;
+    CQFolder* m_current = nullptr;
+};
+
+// What a search does about a folder that it meets.
+enum class Met { kFound, kGoOn, kPassBy };
+
+// The first folder below the top that `judge(CQFolder&)` finds, or null, also without memory for the walk: it is begun
+// anew then. Lists as they stand decide, not the parents that the folders name.
+template <class Judge>
+CQFolder* FirstBelow(CQFolder& top, Judge&& judge) {
+    const auto search = [&](auto walk) -> CQFolder* {
+        while (CQFolder* folder = walk.Current()) {
+            const Met met = judge(*folder);
+            if (met == Met::kFound) return folder;
+            if (met == Met::kPassBy) {
+                walk.PassBy();
+            } else {
+                walk.Advance();
+            }
+        }
+        return nullptr;
+    };
+    try {
+        return search(FolderWalk(top));
+    } catch (const std::bad_alloc&) {
+        return search(FolderWalkWithoutMemory(top));
+    }
+}
 
 template <FolderWalk::Stop kStop>
 class FolderRange {

@@ -19,29 +19,6 @@ namespace {
 
 thread_local Teardown* t_outermost = nullptr;
 
-// The first folder of the tree that is accepted, the topmost one last, or null. Without memory for the walk the
-// siblings are searched for each step.
-template <class IsAccepted>
-CQFolder* FirstFolder(CQFolder& top, IsAccepted&& isAccepted) {
-    try {
-        for (CQFolder* folder : SubtreeOf(top)) {
-            if (isAccepted(*folder)) return folder;
-        }
-    } catch (const std::bad_alloc&) {
-        // A folder that was put into a list by hand knows no way up: who meets the mark again has been everywhere.
-        const CQFolder* mark = nullptr;
-        std::size_t step = 0;
-        std::size_t nextMark = 1;
-        for (CQFolder* folder = top.NextFolder(0); folder != &top && folder != mark; folder = folder->NextFolder(0)) {
-            if (isAccepted(*folder)) return folder;
-            if (++step != nextMark) continue;
-            mark = folder;
-            nextMark *= 2;
-        }
-    }
-    return isAccepted(top) ? &top : nullptr;
-}
-
 }  // namespace
 
 Teardown::Teardown(CQFolder& cleared, Extent extent) : m_cleared(cleared), m_extent(extent), m_outer(t_outermost) {
@@ -130,15 +107,22 @@ CQFolder* Teardown::NextParent(const CQItem& item, const std::list<ULONGLONG>& p
 
 bool Teardown::IsNobodyLeft() const { return m_extent != Extent::kOwnItems && m_cleared.IsRoot(); }
 
-bool Teardown::Survives(const CQFolder& folder) const {
-    return m_extent == Extent::kOwnItems ? &folder != &m_cleared : folder.IsSubfolderOf(&m_cleared) == 0;
+// The first accepted one of the folders that are not cleared, the topmost one last, or null.
+template <class IsAccepted>
+CQFolder* Teardown::FirstSurvivor(IsAccepted&& isAccepted) const {
+    const auto judge = [&](CQFolder& folder) {
+        if (&folder == &m_cleared) return m_extent == Extent::kOwnItems ? Met::kGoOn : Met::kPassBy;
+        return isAccepted(folder) ? Met::kFound : Met::kGoOn;
+    };
+    CQFolder& top = TopmostOf(m_cleared);
+    if (CQFolder* found = FirstBelow(top, judge)) return found;
+    return judge(top) == Met::kFound ? &top : nullptr;
 }
 
 bool Teardown::IsSurvivor(const CQFolder* address) {
     if (IsNobodyLeft()) return false;
     if (HasNotedSurvivors()) return m_survivors->contains(address);
-    const auto isIt = [&](const CQFolder& folder) { return &folder == address && Survives(folder); };
-    return FirstFolder(TopmostOf(m_cleared), isIt) != nullptr;
+    return FirstSurvivor([=](const CQFolder& folder) { return &folder == address; }) != nullptr;
 }
 
 // One object is searched for; for more of them it pays to note who has what.
@@ -148,19 +132,17 @@ CQFolder* Teardown::SurvivorWith(const CObject* object) {
         const auto found = m_held->find(object);
         return found != m_held->end() ? found->second : nullptr;
     }
-    const auto has = [&](CQFolder& folder) { return Holds(folder.GetItemArray(), object) && Survives(folder); };
-    return FirstFolder(TopmostOf(m_cleared), has);
+    return FirstSurvivor([=](CQFolder& folder) { return Holds(folder.GetItemArray(), object); });
 }
 
 bool Teardown::HasNotedSurvivors() {
     if (m_survivors) return true;
     try {
         std::unordered_set<const CQFolder*> survivors;
-        CQFolder& top = TopmostOf(m_cleared);
-        if (Survives(top)) survivors.insert(&top);
-        for (const CQFolder* folder : SubtreeOf(top)) {
-            if (Survives(*folder)) survivors.insert(folder);
-        }
+        FirstSurvivor([&](const CQFolder& folder) {
+            survivors.insert(&folder);
+            return false;
+        });
         m_survivors = std::move(survivors);
     } catch (const std::bad_alloc&) {
         return false;
@@ -172,14 +154,12 @@ bool Teardown::HasNotedWhatSurvivorsHold() {
     if (m_held) return true;
     try {
         std::unordered_map<const CObject*, CQFolder*> held;
-        const auto note = [&](CQFolder& folder) {
-            const CObArray* objects = Survives(folder) ? folder.GetItemArray() : nullptr;
-            if (objects == nullptr) return;
+        FirstSurvivor([&](CQFolder& folder) {
+            const CObArray* objects = folder.GetItemArray();
+            if (objects == nullptr) return false;
             for (const CObject* object : *objects) held.try_emplace(object, &folder);
-        };
-        CQFolder& top = TopmostOf(m_cleared);
-        for (CQFolder* folder : SubtreeOf(top)) note(*folder);
-        note(top);
+            return false;
+        });
         m_held = std::move(held);
     } catch (const std::bad_alloc&) {
         return false;

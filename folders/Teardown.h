@@ -52,7 +52,8 @@ public:
 
 private:
     bool IsNobodyLeft() const;
-    bool Survives(const CQFolder& folder) const;
+    template <class IsAccepted>
+    CQFolder* FirstSurvivor(IsAccepted&& isAccepted) const;
     bool IsSurvivor(const CQFolder* address);
     CQFolder* SurvivorWith(const CObject* object);
     bool HasNotedSurvivors();

@@ -146,6 +146,24 @@ TEST_F(CQFolder_DbWrite, DeleteFolderFromDb_DropsNullEntries) {
     EXPECT_TRUE(tree.pA->GetFolderList()->IsEmpty());
 }
 
+TEST_F(CQFolder_DbWrite, DeleteFolderFromDb_TakesAFolderPutInByHandWithAllBelowIt) {
+    StoredSub(*tree.pA, "first");
+    auto* byHand = new CQFolder("by hand", 0, 0, 0);
+    tree.pA->GetFolderList()->AddTail(byHand);
+    byHand->SetDBTools(library.Tools());
+    ASSERT_EQ(byHand->InsertOrUpdateFolder(), 1);
+    CQFolder* below = StoredSub(*byHand, "below");
+    StoredItem(*StoredSub(*tree.pA, "last"), 1);
+    below->AddItem(NewItem(2), 1);
+    AddSub(*StoredSub(*below, "deeper"), "without a row");
+    ASSERT_EQ(Count("FOLDER_TABLE"), "8");
+    EXPECT_EQ(tree.pA->DeleteFolderFromDb(), 1);
+    EXPECT_TRUE(tree.pA->GetFolderList()->IsEmpty());
+    EXPECT_EQ(Count("FOLDER_TABLE"), "3");
+    EXPECT_EQ(Count("RELATION_TABLE"), "0");
+    EXPECT_EQ(destroyed, 1);
+}
+
 TEST_F(CQFolder_DbWrite, DeleteFolderFromDb_EndsAlthoughEveryRemovalIsRefused) {
     for (unsigned number = 1; number <= 5; ++number) StoredItem(*tree.pA, number);
     library.Raw().Exec("create trigger refuse before delete on RELATION_TABLE begin select raise(abort, 'no'); end");

@@ -1,9 +1,14 @@
 #include "folders/FolderWalk.h"
 
 #include "tests/folders/FolderBuilders.h"
+#include "tests/support/MemoryFaults.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <memory>
+#include <optional>
+#include <random>
+#include <vector>
 
 namespace qfc::test {
 namespace {
@@ -76,6 +81,74 @@ TEST(FolderWalk, NullEntries_ArePassedOver) {
     root.GetFolderList()->AddTail(nullptr);
     EXPECT_EQ(Walked(SubtreeOf(root)), std::vector<CQFolder*>{a});
 }
+
+// --- Searches, with memory for the walk and without ------------------------------------------------------------------
+
+class FirstBelowOfATree : public testing::TestWithParam<bool> {
+protected:
+    template <class Judge>
+    static CQFolder* First(CQFolder& top, Judge&& judge) {
+        std::optional<MemoryFaults> faults;
+        if (GetParam()) faults.emplace(1, true);
+        return FirstBelow(top, judge);
+    }
+    // All that are met, without what is below those passed by.
+    static std::vector<CQFolder*> MetBelow(CQFolder& top, const CQFolder* passedBy = nullptr) {
+        std::vector<CQFolder*> met;
+        met.reserve(100);
+        const auto judge = [&](CQFolder& folder) {
+            met.push_back(&folder);
+            return &folder == passedBy ? Met::kPassBy : Met::kGoOn;
+        };
+        EXPECT_EQ(First(top, judge), nullptr);
+        return met;
+    }
+};
+
+TEST_P(FirstBelowOfATree, MeetsThePreOrderOfPlainRecursion) {
+    std::mt19937 random(11);
+    CQFolder root;
+    for (CQFolder* start : GrowRandomTree(root, 60, random)) {
+        std::vector<CQFolder*> expected;
+        ListBelow(*start, expected);
+        EXPECT_EQ(MetBelow(*start), expected);
+        for (std::size_t i = 0; i < expected.size(); i += 5) {
+            std::vector<CQFolder*> below;
+            ListBelow(*expected[i], below);
+            std::vector<CQFolder*> others = expected;
+            std::erase_if(others, [&](CQFolder* folder) { return std::ranges::count(below, folder) != 0; });
+            EXPECT_EQ(MetBelow(*start, expected[i]), others);
+        }
+    }
+}
+
+TEST_P(FirstBelowOfATree, GivesTheFirstThatIsFound) {
+    CQFolder root;
+    CQFolder* a = AddSub(root, "A");
+    CQFolder* below = AddSub(*a, "below");
+    CQFolder* b = AddSub(root, "B");
+    const auto isNot = [](const CQFolder* other) {
+        return [=](const CQFolder& folder) { return &folder == other ? Met::kGoOn : Met::kFound; };
+    };
+    EXPECT_EQ(First(root, isNot(nullptr)), a);
+    EXPECT_EQ(First(root, isNot(a)), below);
+    EXPECT_EQ(First(*b, isNot(nullptr)), nullptr);
+}
+
+TEST_P(FirstBelowOfATree, PassesOverNullEntriesAndComesBackFromFoldersPutInByHand) {
+    CQFolder root;
+    CQFolder* a = AddSub(root, "A");
+    auto* byHand = new CQFolder;
+    CQFolder* below = AddSub(*byHand, "below");
+    auto* leaf = new CQFolder;
+    for (CQFolder* folder : {byHand, static_cast<CQFolder*>(nullptr), leaf}) root.GetFolderList()->AddTail(folder);
+    CQFolder* last = AddSub(root, "last");
+    EXPECT_EQ(MetBelow(root), (std::vector<CQFolder*>{a, byHand, below, leaf, last}));
+    // What the search needs to find back, it leaves; with memory it changes nothing.
+    EXPECT_EQ(leaf->GetParent(), GetParam() ? &root : nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(Memory, FirstBelowOfATree, testing::Bool());
 
 }  // namespace
 }  // namespace qfc::test

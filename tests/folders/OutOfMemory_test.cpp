@@ -2,10 +2,8 @@
 #include "tests/folders/FolderBuilders.h"
 #include "tests/support/MemoryFaults.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
 #include <memory>
-#include <new>
 
 // Trees while memory runs out: what could not be done leaves everything as it was.
 namespace qfc::test {
@@ -99,28 +97,40 @@ TEST_F(TreeWithoutMemory, AddFolder_LeavesAClearedRootAsItWas) {
     EXPECT_EQ(file.calls, (Texts{"flush child", "save r"}));
 }
 
-TEST_F(TreeWithoutMemory, SortSubFolder_LosesNoFolder) {
+// Its buffer for the sort is a help: only the list of the folders must be had.
+TEST_F(TreeWithoutMemory, SortSubFolder_SortsOrGives0AndLeavesTheOrder) {
     bool failed = true;
     for (int n = 1; failed; ++n) {
         CQFolder root;
         for (const int index : {3, 1, 2}) AddSub(root, std::to_string(index).c_str())->SetIndex(index);
         root.GetFolderList()->InsertAfter(root.GetFolderList()->GetHeadPosition(), nullptr);
+        int sorted = -1;
         {
             const MemoryFaults faults(n);
-            try {
-                root.SortSubFolder();
-            } catch (const std::bad_alloc&) {
-            }
+            sorted = root.SortSubFolder();
             failed = faults.HasFailed();
         }
-        Texts names = Names(root.GetFolderList());
-        if (!failed) {
-            EXPECT_EQ(names, (Texts{"1", "2", "3"}));
+        if (n == 1 || !failed) {
+            EXPECT_EQ(sorted, n == 1 ? 0 : 1);
         }
-        std::erase(names, "-");
-        std::sort(names.begin(), names.end());
-        EXPECT_EQ(names, (Texts{"1", "2", "3"})) << n;
-        EXPECT_TRUE(failed || n > 1);
+        EXPECT_EQ(Names(root.GetFolderList()), sorted ? (Texts{"1", "2", "3"}) : (Texts{"3", "-", "1", "2"})) << n;
+    }
+}
+
+TEST_F(TreeWithoutMemory, IsSubFolderValid_AnswersAllTheSame) {
+    CQFolder root;
+    CQFolder* start = AddSub(root, "start");
+    root.GetFolderList()->AddHead(nullptr);
+    root.GetFolderList()->AddHead(new CQFolder);  // Has no parent.
+    CQFolder* below = AddSub(*start, "below");
+    CQFolder* behind = AddSub(root, "behind");
+    const CQFolder stranger;
+    for (CQFolder* folder : {&root, start, below, behind}) {
+        const MemoryFaults none(1, true);
+        EXPECT_EQ(root.IsSubFolderValid(folder), 1);
+        EXPECT_EQ(start->IsSubFolderValid(folder), 1);
+        EXPECT_EQ(folder->IsSubFolderValid(&stranger), 0);
+        EXPECT_TRUE(none.HasFailed());
     }
 }
 
