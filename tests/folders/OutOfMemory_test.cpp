@@ -1,9 +1,13 @@
 #include "folders/HeldGuids.h"
 #include "tests/folders/FolderBuilders.h"
+#include "tests/items/ItemLibrary.h"
 #include "tests/support/MemoryFaults.h"
 
 #include <gtest/gtest.h>
 #include <memory>
+#include <new>
+#include <string>
+#include <vector>
 
 // Trees while memory runs out: what could not be done leaves everything as it was.
 namespace qfc::test {
@@ -115,6 +119,38 @@ TEST_F(TreeWithoutMemory, SortSubFolder_SortsOrGives0AndLeavesTheOrder) {
         }
         EXPECT_EQ(Names(root.GetFolderList()), sorted ? (Texts{"1", "2", "3"}) : (Texts{"3", "-", "1", "2"})) << n;
     }
+}
+
+// What is loaded in another order would be stored in it.
+TEST_F(TreeWithoutMemory, Load_GivesNoWholeTreeUnsorted) {
+    CurrentLibrary library;
+    {
+        StoredTree tree(library.Tools());
+        tree.pA->SetIndex(1);
+        tree.pB->SetIndex(0);
+        for (CQFolder* folder : {tree.pA, tree.pB}) ASSERT_EQ(folder->InsertOrUpdateFolder(), 1);
+    }
+    int failures = 0;
+    for (bool failed = true; failed; ++failures) {
+        CQGallery gallery;
+        gallery.SetFolderID(1);
+        gallery.SetDBTools(library.Tools());
+        int loaded = 0;
+        {
+            const MemoryFaults faults(failures + 1);
+            try {
+                loaded = gallery.LoadTreeFromDb();
+            } catch (const std::bad_alloc&) {
+            }
+            failed = faults.HasFailed();
+        }
+        const Texts names = Names(gallery.GetFolderList());
+        if (loaded != 0 && names.size() == 2) {
+            EXPECT_EQ(names, (Texts{"B", "A"})) << failures;
+        }
+        EXPECT_TRUE(failed || names.size() == 2);
+    }
+    EXPECT_GE(failures, 20);
 }
 
 TEST_F(TreeWithoutMemory, IsSubFolderValid_AnswersAllTheSame) {
