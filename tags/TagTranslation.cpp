@@ -4,7 +4,7 @@
 #include "tags/CLibTagsMgr.h"
 
 CString qfc::TranslateTagName(TranslationBuffer& buffer, const CString& file, const CString& name) {
-    if (name.IsEmpty()) return name;
+    if (IsNameless(name)) return name;
     const CString text = CDBStringHelper::UTF_82ASCII(buffer.Read(file, kTagSection, name));
     return text.IsEmpty() ? name : text;
 }

@@ -100,11 +100,12 @@ CString TranslationBuffer::Read(const CString& file, const char* section, const 
     return CString(m_text.data());
 }
 
+bool IsNameless(const CString& key) { return key.View().find_first_not_of(' ') == std::string_view::npos; }
+
 CString LookUpTranslation(const char* section, const CString& key) {
     static TranslationBuffer buffer;
-    // A line that begins with '=' names nothing.
-    const bool bNameless = key.View().find_first_not_of(' ') == std::string_view::npos;
-    return bNameless || TranslationFilePath().IsEmpty() ? CString() : buffer.Read(TranslationFilePath(), section, key);
+    if (IsNameless(key) || TranslationFilePath().IsEmpty()) return CString();
+    return buffer.Read(TranslationFilePath(), section, key);
 }
 
 CString LookUpTranslation(DWORD dwIdOrType, const CString& key, bool bFolder) {

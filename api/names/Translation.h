@@ -28,6 +28,9 @@ bool IsTranslationCollected();
 // Whether items of the type have names to look up.
 bool IsTranslatedType(DWORD dwItemType);
 
+// A name of blanks alone, or none: a line that begins with '=' would answer to it.
+bool IsNameless(const CString& key);
+
 // A text of at most 259 bytes that stays between look-ups: it holds what the last one found.
 class TranslationBuffer {
 public:

@@ -1,5 +1,6 @@
 // Tags through the exported interface, as a host uses them: loaded once at the start, changed through the service,
 // looked at in the store and at the items.
+#include "tests/support/RawDb.h"
 #include "tests/support/TagFixture.h"
 
 #include <functional>
@@ -16,6 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 using Manager = QFCLibraryManager;
 using qfc::AsGallery;
+using qfc::test::RawDb;
 
 class TagStory : public qfc::test::TagFixture {
 protected:
@@ -125,6 +127,34 @@ TEST_F(TagStory, SeveralThreadsMayChangeTags_AndOneLooksAtThemBehind) {
     std::list<CLibTag> tags;
     EXPECT_EQ(Store().GetAllTagList(tags), kThreads * (kCalls - 1));
     EXPECT_EQ(CountRows("LIB_TAG_TABLE"), kThreads * (kCalls - 1));
+}
+
+// As docs/host-guide.md has it.
+bool HasNoTags(const CString& strPath) {
+    const ULONGLONG hSession = Manager::StartDbSession4ImportLib(strPath);
+    if (hSession == 0) return false;
+    std::vector<CTagCategory> stored;
+    const bool bRead = reinterpret_cast<DBTools*>(hSession)->LoadTags(stored);
+    Manager::EndDbSession4ImportLib(hSession);
+    return bRead && stored.empty();
+}
+
+// Its own answer, and the store, are the same for a library without tags and for one that cannot be read.
+TEST_F(TagStory, ALoadThatFails_IsToldFromALibraryWithoutTags) {
+    const CString strPath = Manager::GetDatabasePath();
+    EXPECT_EQ(Manager::fnLoadLibTag(), 1);
+    EXPECT_TRUE(Store().IsEmpty());
+    EXPECT_TRUE(HasNoTags(strPath));
+    ASSERT_EQ(Manager::fnUpdateTagCategory(kMedia, {Category(10, "Weather", {{1, "Wet"}})}), 1);
+    EXPECT_FALSE(HasNoTags(strPath));
+    EmptyStore();
+    RawDb(DatabaseFile())
+        .Exec(
+            "alter table LIB_TAG_TABLE rename to KEPT; create view LIB_TAG_TABLE as select "
+            "abs(-9223372036854775807 - (select count(*) from KEPT)) as TAG_GUID");
+    EXPECT_EQ(Manager::fnLoadLibTag(), 1);
+    EXPECT_TRUE(Store().IsEmpty());
+    EXPECT_FALSE(HasNoTags(strPath));
 }
 
 TEST_F(TagStory, AnotherLibrary_IsLoadedIntoAnEmptiedStore) {

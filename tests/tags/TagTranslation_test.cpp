@@ -21,6 +21,7 @@ TEST_F(TagTranslation, WithoutTextTheNameStands) {
     EXPECT_EQ(g_GetTagTranslateName("Beach"), CString("Beach"));
     WriteTranslation("[TW_TAG_TRANSLATE]\n=x\n");
     EXPECT_EQ(g_GetTagTranslateName(""), CString(""));
+    EXPECT_EQ(g_GetTagTranslateName(" "), CString(" "));
 }
 
 TEST_F(TagTranslation, TextComesInTheCodePage) {
