@@ -277,6 +277,24 @@ TEST_F(EffectsScan, CtrlCEndsItSoonAndWhatIsThereIsWhole) {
     ExpectWhole();
 }
 
+TEST_F(EffectsScan, AnOrderThatIsNotStoredIsNotDone) {
+    for (const char* name : {"a", "b", "c"}) Plugin(std::string(name) + ".so", std::string("filter ") + name + "\n");
+    Scan();
+    Done({"rm", "Other\\a", "--gallery", "Filters"});
+    RawDb(Database())
+        .Exec(
+            "create trigger keep before insert on RELATION_TABLE when exists (select 1 from RELATION_TABLE where "
+            "PARENT_ID = new.PARENT_ID and ITEM_ID = new.ITEM_ID) begin select raise(abort, 'kept'); end");
+    const Json scanned = Scan({}, 1);
+    EXPECT_EQ(Values(scanned["added"], "name"), Names{"a"});
+    EXPECT_EQ(scanned["notLast"], Json{"Other"});
+    ExpectWhole();
+}
+
+TEST_F(EffectsScan, HelpSaysWhatIsTriedAgain) {
+    EXPECT_THAT(Qfc({"effects", "scan", "--help"}).out, HasSubstr("that failed, or had no effect"));
+}
+
 TEST_F(EffectsScan, WithoutTheTableOfFoldersNothingIsScanned) {
     Plugin("glow.so", "filter Glow\n");
     fs::remove_all(m_host / "Orvel.dat");

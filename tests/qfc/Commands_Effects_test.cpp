@@ -98,6 +98,27 @@ TEST_F(Effects, OfOneNameInOneFolderAreToldApartByANumber) {
     ExpectWhole();
 }
 
+TEST_F(Effects, HaveNumbersOnlyBesideANamesake) {
+    Plugin("x.so", "filter Foo\n");
+    Scan();
+    Plugin("x.so", "filter Bar\nfilter Foo\n");
+    Scan();
+    EXPECT_THAT(Done({"ls", "Other", "--gallery", "Filters"})["items"].size(), 2);
+    EXPECT_EQ(Shown("Other\\Bar")[0]["kind"], "filter");
+    const std::string second = Shown("Other\\Foo")[0]["guid"];
+    Plugin("x.so", "filter Foo\nfilter Bar\n");
+    Scan();
+    EXPECT_EQ(Shown("Other\\Bar")[0]["guid"], second);
+    EXPECT_NE(Shown("Other\\Foo")[0]["guid"], second);
+    // A name that the user gave stays, so the other one has to give way.
+    Done({"rename", "Other\\Bar", "Mine", "--gallery", "Filters"});
+    Plugin("x.so", "filter Mine\nfilter Other\n");
+    Scan();
+    EXPECT_EQ(Shown("Other\\Mine")[0]["guid"], second);
+    EXPECT_EQ(Shown("Other\\Mine (2)")[0]["name"], "Mine (2)");
+    ExpectWhole();
+}
+
 TEST_F(Effects, OfOneNameInOneFolderAreRefusedWithTheirGuids) {
     Scan();
     const std::string guid = Shown("Light\\Glow")[0]["guid"];
@@ -105,6 +126,26 @@ TEST_F(Effects, OfOneNameInOneFolderAreRefusedWithTheirGuids) {
     const std::string refusal = Refused({"effects", "show", "Light\\Glow"});
     EXPECT_THAT(refusal, HasSubstr("several items"));
     EXPECT_THAT(refusal, HasSubstr(guid));
+}
+
+TEST_F(Effects, OfOneNameInBothGalleriesAreRefusedWithTheirGuids) {
+    Plugin("same.so", "filter Same\ntransition Same\n");
+    const Json added = Scan()["added"];
+    const std::string refusal = Refused({"effects", "show", "Other\\Same"});
+    EXPECT_THAT(refusal, HasSubstr("several effects are called Other\\Same"));
+    int named = 0;
+    for (const Json& effect : added) {
+        if (effect["name"] != "Same") continue;
+        ++named;
+        EXPECT_THAT(refusal, HasSubstr(std::string(effect["guid"])));
+        EXPECT_EQ(Shown(effect["guid"])[0]["kind"], effect["kind"]);
+    }
+    EXPECT_EQ(named, 2);
+    // One that several of a gallery have is not shown as that of the other.
+    Plugin("same.so", "filter Same\ntransition Same\nfilter Next\n");
+    Scan();
+    RawDb(Database()).Exec("update ITEM_TABLE set ITEM_NAME = 'Same' where ITEM_NAME = 'Next'");
+    EXPECT_THAT(Refused({"effects", "show", "Other\\Same"}), HasSubstr("several items"));
 }
 
 TEST_F(Effects, WithNamesThatTheLibraryReadsMoreIntoAreFoundByTheirPaths) {

@@ -53,6 +53,12 @@ protected:
         std::ranges::sort(paths);
         return paths;
     }
+    // A tag on an effect is what a scan cannot bring back.
+    void Tag(const std::string& path, const std::string& gallery = "Filters") const {
+        Done({"tag", "create", "Best", "--gallery", gallery});
+        Done({"tag", "add", "Best", path, "--gallery", gallery});
+    }
+    std::string Links() const { return Cell("select count(*) from TAG_ITEM_RELATION_TABLE"); }
     Json Effect(const std::string& name) const { return Done({"effects", "show", name}).at(0); }
 
     // --- What is stored. ---

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <functional>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -94,6 +95,23 @@ TEST_F(EffectsProbeFaults, UnderALowerLimitOfTheCallerGoodPluginsAreGoodAndBadOn
     if (kIsSanitized) return;
     EXPECT_EQ(OutcomeUnder(RLIMIT_AS, 900 << 20, "tint"), Outcome::Effects);
     EXPECT_EQ(OutcomeUnder(RLIMIT_AS, 900 << 20, "exits"), Outcome::Unknown);
+}
+
+TEST_F(EffectsProbeFaults, OfAFileThatCannotBeReadNothingIsLearned) {
+    const std::string folder = m_plugins.Folder().MakeFolder("folder.so"), pipe = m_plugins.Folder() / "pipe.so";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    for (const std::string& path : {m_plugins.Folder() / "missing.so", folder, pipe, std::string("/dev/zero")}) {
+        const ProbeReport report = ProbeFile(path, Settings());
+        EXPECT_EQ(report.outcome, Outcome::Unknown) << path;
+        EXPECT_EQ(report.reason.find('\n'), std::string::npos) << path;
+    }
+}
+
+TEST_F(EffectsProbeFaults, AFileThatIsAnotherOneAfterwardsDidNotFail) {
+    const std::string path = m_plugins.Make("vanish");
+    EXPECT_EQ(ProbeFile(path, Settings()).outcome, Outcome::Unknown);
+    EXPECT_FALSE(std::filesystem::exists(path));
+    EXPECT_EQ(Probe("touch").outcome, Outcome::Unknown);
 }
 
 TEST_F(EffectsProbeFaults, AnEndByASignalThatOthersSendIsNoFaultOfThePlugin) {

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <memory>
+#include <string>
 #include <thread>
 
 namespace {
@@ -15,11 +16,22 @@ using qfc::ToHandle;
 TEST_F(EntriesEffects, BothCallsThatWait_EndWithZeroWhenAStopDropsThem) {
     CQItem change("Shine");
     qfc::test::CloseAllGalleries();
+    // It has no such item, so that the record alone is stored when the call is run.
+    CQGallery gallery;
+    const ULONGLONG hGallery = ToHandle(&gallery);
+    const auto updateFilter = [&](const char* pszFile) {
+        return Manager::fnUpdateFilterOptionAsync(hGallery, &change, kOther, MakeFilterFile(pszFile, {GUID_NULL}), 0);
+    };
+    const auto updateTransition = [&](const char* pszFile) {
+        return Manager::fnUpdateTransitionAsync(hGallery, &change, kOther, MakeTransitionRecord(pszFile));
+    };
+    ASSERT_EQ(updateFilter("run.so"), 1);
+    ASSERT_EQ(updateTransition("run.so"), 1);
     Gate gate;
     int nFilter = -1;
     int nTransition = -1;
-    std::thread first([&] { nFilter = Manager::fnUpdateFilterOptionAsync(0, &change, kOther, {}, 0); });
-    std::thread second([&] { nTransition = Manager::fnUpdateTransitionAsync(0, &change, kOther, {}); });
+    std::thread first([&] { nFilter = updateFilter("dropped.so"); });
+    std::thread second([&] { nTransition = updateTransition("dropped.so"); });
     while (ServicePeer::AsyncWaiting() < 2) std::this_thread::yield();
     std::thread stopping([] { EXPECT_EQ(Manager::fnStopService(), 1); });
     while (ServicePeer::Running(ServicePeer::Manager()) != 0) std::this_thread::yield();
@@ -29,6 +41,10 @@ TEST_F(EntriesEffects, BothCallsThatWait_EndWithZeroWhenAStopDropsThem) {
     stopping.join();
     EXPECT_EQ(nFilter, 0);
     EXPECT_EQ(nTransition, 0);
+    for (const char* pszTable : {"FLT_FILE_TABLE", "FLT_TABLE", "TRANSITION_TABLE"}) {
+        EXPECT_EQ(CountRows(std::string(pszTable) + " where FILE_NAME = 'run.so'"), 1) << pszTable;
+        EXPECT_EQ(CountRows(std::string(pszTable) + " where FILE_NAME = 'dropped.so'"), 0) << pszTable;
+    }
 }
 
 TEST_F(EntriesEffects, ADroppedOperation_IsMarkedAndItsEventStaysUnsignalled) {

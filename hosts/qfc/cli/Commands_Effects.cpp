@@ -15,7 +15,8 @@ void AddEffectCommands(Parser& parser) {
         effects, "scan", "Add the effects of plugin files, and bring known ones up to date",
         "effects scan /usr/lib/frei0r-1");
     AddPlaces(scan, "DIR", scanOptions->paths, "Directories with effect plugins, or plugin files");
-    scan->add_flag("--retry", scanOptions->retry, "Try files again that failed before and have not changed");
+    scan->add_flag("--retry", scanOptions->retry,
+                   "Try files again that failed, or had no effect, and have not changed");
 
     auto [list, listOptions] =
         parser.Add<EffectsListOptions>(effects, "list", "List the effects; opens no plugin", "effects list");

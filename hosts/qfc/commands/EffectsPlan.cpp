@@ -56,19 +56,27 @@ private:
     // A living file that the effects of this name belong to.
     const KnownFile* Owner(const std::string& path) const {
         for (const KnownFile* known : m_catalogue.SameName(BaseNameOf(path))) {
-            if (known->path != path && known->HasRecords() && !IsFileGone(known->path)) return known;
+            const bool isOther = known->path != path && known->HasRecords() && !HasForeignEffects(*known);
+            if (isOther && !IsFileGone(known->path)) return known;
         }
         return nullptr;
     }
 
     void Decide(const std::string& path) {
         const KnownFile* known = m_catalogue.Find(path);
-        const bool isAlone = Predecessors(m_catalogue, path).size() == (known != nullptr ? 1U : 0U);
+        if (known != nullptr && HasForeignEffects(*known)) {
+            m_plan.skipped.push_back({path, "the library has effects of it that another program stored"});
+            return;
+        }
+        std::vector<const KnownFile*> gone = Predecessors(m_catalogue, path);
+        std::erase_if(gone, [&](const KnownFile* file) { return file == known || HasForeignEffects(*file); });
         const FileStamp stamp = StampOf(path);
-        if (known != nullptr && isAlone && IsUnchanged(*known, stamp)) {
+        if (known != nullptr && gone.empty() && IsUnchanged(*known, stamp)) {
             m_plan.unchanged.push_back(path);
             return;
         }
+        // Rows of failed files that are gone go with the next report.
+        const bool isAlone = std::ranges::none_of(gone, &KnownFile::IsFailed);
         if (!m_retry && isAlone && IsLeft(path, known, stamp)) return;
         const bool isFirst = m_probedNames.insert(BaseNameOf(path)).second;
         (isFirst ? m_plan.probed : m_plan.waiting).push_back(path);

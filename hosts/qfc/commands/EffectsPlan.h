@@ -20,7 +20,7 @@ struct EffectsPlan {
     std::vector<std::string> waiting;
     std::vector<std::string> unchanged;  // In the library, whole, and as the file is now.
     std::vector<Left> failedBefore;      // And not changed since.
-    std::vector<Left> skipped;           // Another file of that name is in the library, or it had no effect before.
+    std::vector<Left> skipped;           // Another file of that name is in the library, or it is not for a scan.
     std::vector<Left> problems;          // Not there, not readable, no name for the library.
 };
 

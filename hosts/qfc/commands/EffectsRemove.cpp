@@ -2,6 +2,7 @@
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/commands/EffectsText.h"
+#include "hosts/qfc/commands/Interrupt.h"
 #include "hosts/qfc/library/ChangeLock.h"
 #include "hosts/qfc/library/EffectRemoval.h"
 #include "hosts/qfc/library/FailedEffects.h"
@@ -31,6 +32,7 @@ int Run(const EffectsRemoveOptions& options, const Console& console) {
     const KnownFile* file = FindEffectFile(before, options.file);
     if (file == nullptr) throw Failure("no effects of a file " + options.file);
     const std::string path = file->path;
+    const Interrupt interrupt;  // Items that go take their links along.
     EffectRemoval removal = RemoveEffects(galleries, {*file});
     if (EffectCatalogue(galleries).Find(path) != nullptr) removal.kept.push_back("the records of " + path);
     if (removal.kept.empty()) ForgetFailure(path);
@@ -48,9 +50,11 @@ int Run(const EffectsClearOptions&, const Console& console) {
     const EffectCatalogue before(galleries);
     std::vector<KnownFile> all;
     for (const auto& [path, file] : before.Files()) all.push_back(file);
+    const Interrupt interrupt;  // As above.
     EffectRemoval removal = RemoveEffects(galleries, all);
-    // Comes last: by itself it leaves the places of items in folders behind. It takes what no record could name.
-    if (!ClearTransitionAndFilter()) removal.kept.emplace_back("the records");
+    // Comes last, and only behind the others: by itself it leaves the places of items in folders behind, for ever. It
+    // takes what no record could name.
+    if (!removal.areRecordsKept && !ClearTransitionAndFilter()) removal.kept.emplace_back("the rest of the records");
     const EffectCatalogue after(galleries);
     for (const auto& [path, file] : after.Files()) removal.kept.push_back("effects of " + path);
     if (removal.kept.empty()) ForgetAllFailures();

@@ -34,6 +34,7 @@ Json AsJson(const ScanResult& result) {
     json["prunedFolders"] = result.pruned;
     json["notStored"] = result.refused;
     json["notRemoved"] = result.kept;
+    json["notLast"] = result.notLast;
     json["problems"] = LeftJson(result.plan.problems);
     json["interrupted"] = result.isInterrupted;
     return json;
@@ -66,7 +67,7 @@ bool IsUseful(const EffectsPlan& plan) {
 // is for somebody to know.
 bool IsSound(const ScanResult& result) {
     return result.refused.empty() && result.kept.empty() && result.removed.empty() && result.unknown.empty() &&
-           !result.isInterrupted;
+           result.notLast.empty() && !result.isInterrupted;
 }
 
 }  // namespace
@@ -83,6 +84,7 @@ int ReportScan(const ScanResult& result, const Console& console) {
     for (const auto& left : result.plan.skipped) console.Say("skipped " + left.path + ": " + left.reason);
     for (const auto& left : result.plan.failedBefore) console.Say("failed before: " + left.path + ": " + left.reason);
     for (const std::string& kept : result.kept) console.Complain("cannot remove " + kept);
+    for (const std::string& path : result.notLast) console.Complain("cannot put what was added last in " + path);
     // Louder than what a scan is meant for.
     const std::string vanished = Counted(result.removed.size(), "effect") + " of the library vanished";
     if (!result.removed.empty()) console.Complain(vanished + ": the files have them no more, or failed");

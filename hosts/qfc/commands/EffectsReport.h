@@ -25,6 +25,7 @@ struct ScanResult {
     std::vector<std::string> removed;        // Effects that their files lost, by path.
     std::vector<std::string> pruned;         // Folders that went with them.
     std::vector<std::string> kept;           // What could not be removed.
+    std::vector<std::string> notLast;        // Folders that have what was added elsewhere than last.
     bool isInterrupted = false;
 };
 

@@ -105,14 +105,17 @@ private:
 
     void Take(const std::string& path, const ProbeReport& report) {
         using Outcome = ProbeReport::Outcome;
-        const bool isOwner = report.outcome == Outcome::Effects || report.outcome == Outcome::Unknown;
-        if (isOwner) m_owners.emplace(BaseNameOf(path), path);
-        if (report.outcome == Outcome::Unknown) {
+        const KnownFile* known = m_catalogue.Find(path);
+        const bool hasEffects = known != nullptr && !known->effects.empty();
+        // Nobody loses effects because the machine had no time for their file.
+        const bool isUnknown = report.outcome == Outcome::Unknown || (report.isStarved && hasEffects);
+        if (report.outcome == Outcome::Effects || (isUnknown && hasEffects)) m_owners.emplace(BaseNameOf(path), path);
+        if (isUnknown) {
             m_result.unknown.push_back({path, report.reason});
             Complain(path, report.reason);
             return;
         }
-        const std::vector<const KnownFile*> before = Predecessors(m_catalogue, path);
+        const std::vector<const KnownFile*> before = Before(path, report);
         RemoveVanished(before, path, report);
         if (report.outcome != Outcome::Failed) ForgetFailure(path);
         switch (report.outcome) {
@@ -131,12 +134,23 @@ private:
         DropRows(before, path, report);
     }
 
+    // What the library has of the file. Effects move to it from files that are gone only if it has some itself: the
+    // others may be on a disk that is away.
+    std::vector<const KnownFile*> Before(const std::string& path, const ProbeReport& report) const {
+        std::vector<const KnownFile*> files = Predecessors(m_catalogue, path);
+        std::erase_if(files, [&](const KnownFile* file) {
+            return file->path != path && !file->effects.empty() && report.outcome != ProbeReport::Outcome::Effects;
+        });
+        return files;
+    }
+
     // What the file does not hold any more, or holds as another kind, goes with its item. The rows of the other effects
-    // go as well, and come back with what follows.
+    // go as well, and come back with what follows; those of other programs would not.
     void RemoveVanished(const std::vector<const KnownFile*>& before, const std::string& path,
                         const ProbeReport& report) {
         std::vector<KnownFile> vanished;
         for (const KnownFile* file : before) {
+            if (HasForeignEffects(*file)) continue;
             KnownFile rest = *file;
             std::erase_if(rest.effects, [&](const KnownEffect& known) { return IsStill(report, known, path); });
             if (!rest.effects.empty()) vanished.push_back(std::move(rest));
@@ -183,7 +197,7 @@ private:
         const bool hasRow = report.outcome == ProbeReport::Outcome::Failed || CountFilters(report) > 0;
         std::vector<DS_Filter_File_Record> rows;
         for (const KnownFile* file : before) {
-            if (!file->filterCount || (file->path == path && hasRow)) continue;
+            if (!file->filterCount || (file->path == path && hasRow) || HasForeignEffects(*file)) continue;
             DS_Filter_File_Record row;
             row.strFileName = ToCString(file->path);
             rows.push_back(std::move(row));
@@ -194,7 +208,7 @@ private:
 
     void Verify() {
         std::vector<EffectOutcome>& outcomes = m_writer.Outcomes();
-        VerifyEffects(m_galleries, outcomes);
+        m_result.notLast = VerifyEffects(m_galleries, outcomes);
         for (const EffectOutcome& outcome : outcomes) {
             if (outcome.isStored) {
                 m_result.done.push_back({outcome, m_whats[outcome.guid]});

@@ -9,7 +9,9 @@
 #include <algorithm>
 #include <filesystem>
 #include <fmt/format.h>
+#include <iterator>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <utility>
 
 namespace qfc::host {
@@ -30,6 +32,31 @@ std::vector<Found> ByGuid(const EffectCatalogue& catalogue, const GUID& guid) {
     return found;
 }
 
+// The item with this path, in one of the two galleries.
+std::vector<Found> ByPath(Galleries& galleries, const EffectCatalogue& catalogue, const std::string& text) {
+    std::string reason = "no effect " + text;
+    std::vector<Found> found;
+    for (const char* gallery : {kFiltersGallery, kTransitionsGallery}) {
+        if (galleries.Find(gallery) == nullptr) continue;
+        try {
+            const CQItem& item = *FindItem(galleries, gallery, text).item;
+            std::ranges::copy(ByGuid(catalogue, item.GetUniqueID()), std::back_inserter(found));
+        } catch (const Ambiguous&) {
+            throw;
+        } catch (const WrongUsage&) {
+            throw;
+        } catch (const Failure& failure) {
+            // It may be in the other gallery.
+            reason += std::string("; ") + failure.what();
+        }
+    }
+    if (found.empty()) throw Failure(reason);
+    std::set<std::string> guids;
+    for (const Found& one : found) guids.insert(GuidToText(one.effect->guid));
+    if (guids.size() == 1) return found;
+    throw Failure(fmt::format("several effects are called {}; name one by its GUID: {}", text, fmt::join(guids, ", ")));
+}
+
 // All effects of a file; a text that names no file may be the path of an item.
 std::vector<Found> Search(Galleries& galleries, const EffectCatalogue& catalogue, const std::string& text) {
     if (const auto guid = GuidFromText(text)) return ByGuid(catalogue, *guid);
@@ -39,21 +66,7 @@ std::vector<Found> Search(Galleries& galleries, const EffectCatalogue& catalogue
         if (file->IsFailed()) found.push_back({file, nullptr});
         return found;
     }
-    std::string reason = "no effect " + text;
-    for (const char* gallery : {kFiltersGallery, kTransitionsGallery}) {
-        if (galleries.Find(gallery) == nullptr) continue;
-        try {
-            const CQItem& item = *FindItem(galleries, gallery, text).item;
-            const std::vector<Found> found = ByGuid(catalogue, item.GetUniqueID());
-            if (!found.empty()) return found;
-        } catch (const WrongUsage&) {
-            throw;
-        } catch (const Failure& failure) {
-            // It may be in the other gallery.
-            reason += std::string("; ") + failure.what();
-        }
-    }
-    throw Failure(reason);
+    return ByPath(galleries, catalogue, text);
 }
 
 // A word of a black box, which may hold anything.

@@ -59,7 +59,9 @@ public:
                 if (!report.reason.empty()) report.reason += "; ";
                 report.reason += m_plugin.EffectCount() == 1 ? *why : "effect " + std::to_string(index) + ": " + *why;
             } else {
-                report.effects.push_back(Measured(info, index));
+                // None of them may use the time that those behind it need.
+                const auto left = static_cast<std::size_t>(m_plugin.EffectCount() - index);
+                report.effects.push_back(Measured(info, index, m_budget.Part(left)));
             }
         }
         m_plugin.End();
@@ -69,7 +71,7 @@ public:
     }
 
 private:
-    ProbedEffect Measured(const PluginInfo& info, int index) {
+    ProbedEffect Measured(const PluginInfo& info, int index, const WorkBudget& budget) {
         ProbedEffect effect = Described(info, index);
         if (effect.name.empty()) effect.name = m_name.empty() ? "?" : m_name;
         const PluginFunctions& functions = m_plugin.Functions();
@@ -78,9 +80,9 @@ private:
         effect.parameters = m_plugin.Parameters(info.parameterCount);
         ReadDefaults(effect);
         if (effect.isTransition) {
-            StudyTransition(m_plugin, Middle(m_photographs.first), Middle(m_photographs.second), m_budget, effect);
+            StudyTransition(m_plugin, Middle(m_photographs.first), Middle(m_photographs.second), budget, effect);
         } else {
-            StudyFilter(m_plugin, m_photographs.first, m_budget, effect);
+            StudyFilter(m_plugin, m_photographs.first, budget, effect);
         }
         return effect;
     }

@@ -69,13 +69,21 @@ ProbeReport EndedBySignal(const ChildEnd& end, std::chrono::milliseconds limit) 
     return Without(Outcome::Failed, hasNoTimeLeft ? TooSlow(limit) : NameOfSignal(end.code));
 }
 
+// The clock that ended it saw little of its work.
+ProbeReport CutOff(const ChildEnd& end, std::chrono::milliseconds limit) {
+    constexpr double kMostOfTheTime = 0.8;
+    ProbeReport report = Without(Outcome::Failed, TooSlow(limit));
+    report.isStarved = end.worked < kMostOfTheTime * limit;
+    return report;
+}
+
 // Of one that has loaded the plugin, or begun to.
 ProbeReport ReportOfPlugin(const ChildEnd& end, std::chrono::milliseconds limit) {
     switch (end.how) {
         case ChildEnd::How::Stopped:
             return Without(Outcome::Stopped, "stopped");
         case ChildEnd::How::TooSlow:
-            return Without(Outcome::Failed, TooSlow(limit));
+            return CutOff(end, limit);
         case ChildEnd::How::TooMuch:
             return Without(Outcome::Failed, "it answers more than a report can hold");
         case ChildEnd::How::Signalled:
@@ -169,6 +177,9 @@ ProbeReport ProbeFile(const std::filesystem::path& file, const ProbeSettings& se
     } catch (const std::exception& error) {
         report = Without(Outcome::Unknown, CleanPluginText(error.what()));
     }
+    const bool isVerdict = report.outcome == Outcome::Failed || report.outcome == Outcome::Skipped;
+    if (isVerdict && StampOf(file) != stamp)
+        report = Without(Outcome::Unknown, "it changed while it was looked at: " + report.reason);
     report.stamp = stamp;
     return report;
 }

@@ -114,6 +114,8 @@ struct ProbeReport {
     std::string reason;  // One line, for people; also when some effects of a file were left out.
     std::vector<ProbedEffect> effects;
     FileStamp stamp;  // Taken before the file was opened.
+    // It failed because it took too long, but was not run for most of that time: it waited, or others held the machine.
+    bool isStarved = false;
 };
 
 struct ProbeSettings {
@@ -128,7 +130,8 @@ struct ProbeSettings {
 // Runs the plugin in a process of its own and waits for it. Whatever the plugin does, this returns shortly after the
 // limit, and its process has ended. It cannot have started others, on systems that can forbid it (PluginLimits.h); on
 // others, those that left its process group stay. Time in which this process is stopped does not count. Never throws:
-// what goes wrong outside the plugin is told as Unknown. Any thread; several may do so at once.
+// what goes wrong outside the plugin is told as Unknown, and so is a failure of a file that cannot be read, or that is
+// not the same afterwards. Any thread; several may do so at once.
 ProbeReport ProbeFile(const std::filesystem::path& file, const ProbeSettings& settings = {});
 
 // The other side: whether these arguments are those of such a process, and what it does. Asked first of all by main(),

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
+#include <functional>
 
 namespace qfc::host {
 
@@ -9,15 +11,28 @@ namespace qfc::host {
 // early when it runs short, so that slow effects still give an answer. One thread.
 class WorkBudget {
 public:
-    explicit WorkBudget(std::chrono::milliseconds limit) : m_limit(limit) {}
+    struct Clocks {
+        std::chrono::duration<double> processor, real;
+    };
+    using ReadClocks = std::function<Clocks()>;
 
-    // From 0, to 1 when the process is about to be ended.
+    // Processor time counts from the start of the process, real time from now.
+    explicit WorkBudget(std::chrono::milliseconds limit, ReadClocks read = ClocksOfProcess);
+
+    // For one of `pieces` pieces of work that are still to be done: an equal part of what is left now, of both times.
+    // What one piece leaves, those behind it get.
+    WorkBudget Part(std::size_t pieces) const;
+
+    // From 0, to 1 when it is used up.
     double Spent() const;
     bool IsSpent(double share) const { return Spent() >= share; }
 
 private:
-    std::chrono::milliseconds m_limit;
-    std::chrono::steady_clock::time_point m_begin = std::chrono::steady_clock::now();
+    WorkBudget(ReadClocks read, Clocks begin, Clocks end);
+    static Clocks ClocksOfProcess();
+
+    ReadClocks m_read;
+    Clocks m_begin, m_end;
 };
 
 }  // namespace qfc::host

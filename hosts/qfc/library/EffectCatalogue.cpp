@@ -53,6 +53,12 @@ KnownEffect KnownTransition(const DS_Transition_Record& transition) {
 
 bool KnownFile::HasRecords() const { return std::ranges::any_of(effects, &KnownEffect::isRecorded); }
 
+bool HasForeignEffects(const KnownFile& file) {
+    const std::string baseName = BaseNameOf(file.path);
+    return std::ranges::any_of(file.effects,
+                               [&](const KnownEffect& effect) { return !IsEffectGuid(effect.guid, baseName); });
+}
+
 bool IsFileGone(const std::string& path) {
     std::error_code error;
     return std::filesystem::status(path, error).type() == std::filesystem::file_type::not_found;

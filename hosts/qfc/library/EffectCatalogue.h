@@ -78,6 +78,10 @@ private:
 // The file that a text means: as it is stored, or a path that leads to it. Null for one that is not known.
 const KnownFile* FindEffectFile(const EffectCatalogue& catalogue, const std::string& text);
 
+// Whether any of its effects has a GUID that no scan gives: another program stored it, and a scan leaves the file
+// alone.
+bool HasForeignEffects(const KnownFile& file);
+
 // Nothing is at the path any more.
 bool IsFileGone(const std::string& path);
 

@@ -28,7 +28,12 @@ public:
     }
 
     void Go(EffectRemoval& removal) {
-        if (!Delete()) removal.kept.emplace_back("records");
+        if (!Delete()) {
+            const bool areRecordsKept = HasRecords();
+            // Nothing else that it does can fail as a whole.
+            removal.kept.emplace_back(areRecordsKept ? "the records" : "a folder that is empty now");
+            removal.areRecordsKept = removal.areRecordsKept || areRecordsKept;
+        }
         for (const GUID& guid : ReleaseLinks(m_tools, m_guids)) {
             removal.kept.push_back("the links of tags to " + GuidToText(guid));
         }
@@ -60,6 +65,20 @@ private:
         const ULONGLONG handle = ToHandle(&m_gallery);
         return m_isTransition ? QFCLibraryManager::fnDeleteTransition(m_transitions, handle) != 0
                               : QFCLibraryManager::fnDeleteFilter(m_filters, handle) != 0;
+    }
+
+    // Also when they cannot be read.
+    bool HasRecords() const {
+        return m_isTransition ? HasAnyOf(m_transitions, GetTransitionRecord) : HasAnyOf(m_filters, GetFilterRecord);
+    }
+    template <class Record>
+    static bool HasAnyOf(const std::vector<Record>& records, bool (*read)(std::vector<Record>&)) {
+        std::vector<Record> stored;
+        if (!read(stored)) return true;
+        std::set<std::string> names;
+        for (const Record& record : stored) names.insert(ToText(record.strFileName));
+        return std::ranges::any_of(records,
+                                   [&](const Record& record) { return names.contains(ToText(record.strFileName)); });
     }
 
     void Look(EffectRemoval& removal) {

@@ -13,6 +13,7 @@ struct EffectRemoval {
     std::vector<std::string> effects;
     std::vector<std::string> folders;
     std::vector<std::string> kept;
+    bool areRecordsKept = false;  // The store has some of them still, and the items with these.
 };
 
 // Removes the rows that the store has of the files, all of them, and the items of the effects given with them; folders

@@ -64,6 +64,23 @@ bool IsNamedAfter(const std::string& itemName, const std::string& effectName) {
            rest.find_first_not_of("0123456789", 2) == rest.size() - 1;
 }
 
+// The effects of its file that are to be brought up to date behind this one, by GUID.
+std::map<GUID, const ProbedEffect*> EffectsBehind(const EffectSource& source) {
+    std::map<GUID, const ProbedEffect*> effects;
+    const std::string baseName = BaseNameOf(source.path);
+    for (const ProbedEffect& effect : source.report.effects) {
+        if (effect.index > source.effect.index) effects[EffectGuid(baseName, effect.index)] = &effect;
+    }
+    return effects;
+}
+
+// Whether the item is about to be called otherwise, since its effect is.
+bool GivesItsNameUp(CQItem& item, const ProbedEffect& effect) {
+    const std::string name = ToText(item.GetItemName());
+    return IsNamedAfter(name, EffectItemName(EffectFactsOf(item).name)) &&
+           !IsNamedAfter(name, EffectItemName(effect.name));
+}
+
 // The very object; added items stand at the end, unless the folder was sorted.
 bool StandsIn(CQFolder& folder, const CQItem& item) {
     const std::vector<CQItem*> items = Items(folder);
@@ -130,9 +147,20 @@ void EffectWriter::NameApart(Shelf& shelf, const CQFolder& folder, CQItem& item)
     names.insert({name, ShownName(item)});
 }
 
+void EffectWriter::NoteRenamed(Shelf& shelf, const std::vector<CQFolder*>& folders, const Names& from,
+                               const Names& to) {
+    for (const CQFolder* folder : folders) {
+        std::multiset<std::string>& names = shelf.names[folder];
+        for (const std::string& name : {from.stored, from.shown}) {
+            if (const auto taken = names.find(name); taken != names.end()) names.erase(taken);
+        }
+        names.insert({to.stored, to.shown});
+    }
+}
+
 // A name that the user gave stays, and so does one with a number while the effect is called so; a new one is told from
-// its neighbours. Nothing is under way.
-void EffectWriter::KeepName(CQGallery& gallery, const KnownEffect& known, CQItem& item) {
+// its neighbours, but not from what they are called no more in a moment. Nothing is under way.
+void EffectWriter::KeepName(CQGallery& gallery, const KnownEffect& known, const EffectSource& source, CQItem& item) {
     const std::string old = ToText(known.item->GetItemName());
     const std::string effect = EffectItemName(EffectFactsOf(*known.item).name);
     const std::string name = ToText(item.GetItemName());
@@ -140,10 +168,14 @@ void EffectWriter::KeepName(CQGallery& gallery, const KnownEffect& known, CQItem
         item.SetItemName(known.item->GetItemName());
         return;
     }
+    const auto behind = EffectsBehind(source);
     std::set<std::string> names;
     for (CQFolder* folder : FoldersOf(gallery, known.guid)) {
-        for (const CQItem* other : Items(*folder)) {
-            if (other != known.item) names.insert({ToText(other->GetItemName()), ShownName(*other)});
+        for (CQItem* other : Items(*folder)) {
+            if (other == known.item) continue;
+            const auto next = behind.find(std::as_const(*other).GetUniqueID());
+            if (next != behind.end() && GivesItsNameUp(*other, *next->second)) continue;
+            names.insert({ToText(other->GetItemName()), ShownName(*other)});
         }
     }
     const auto isTaken = [&](const std::string& taken) { return names.contains(taken); };
@@ -175,14 +207,16 @@ void EffectWriter::Update(const KnownEffect& known, const EffectSource& source) 
     // The library would not say that there is nothing to be brought up to date.
     if (item != nullptr && gallery.HasItem(known.guid, 1) != 0) {
         item->GetAnnotation() = std::as_const(*known.item).GetAnnotation();
-        KeepName(gallery, known, *item);
+        KeepName(gallery, known, source, *item);
+        const Names before{ToText(known.item->GetItemName()), ShownName(*known.item)};
         outcome.isStored = UpdateNow(source, gallery, known.guid, *item);
         outcome.name = ToText(item->GetItemName());
         ReleasePayloads(*known.item);
+        const Names after = outcome.isStored ? Names{outcome.name, ShownName(*item)} : before;
+        NoteRenamed(shelf, FoldersOf(gallery, known.guid), before, after);
     }
     const std::vector<CQFolder*> folders = FoldersOf(gallery, known.guid);
     if (!folders.empty()) outcome.folder = PathOf(*folders.front());
-    for (const CQFolder* folder : folders) shelf.names[folder].insert({outcome.name});
     m_outcomes.push_back(outcome);
 }
 

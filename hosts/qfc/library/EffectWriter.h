@@ -68,8 +68,15 @@ private:
     };
 
     Shelf& ShelfOf(bool isTransition);
+    // An item's name, as stored and as shown.
+    struct Names {
+        std::string stored;
+        std::string shown;
+    };
+
     static void NameApart(Shelf& shelf, const CQFolder& folder, CQItem& item);
-    static void KeepName(CQGallery& gallery, const KnownEffect& known, CQItem& item);
+    static void NoteRenamed(Shelf& shelf, const std::vector<CQFolder*>& folders, const Names& from, const Names& to);
+    static void KeepName(CQGallery& gallery, const KnownEffect& known, const EffectSource& source, CQItem& item);
     void Conclude(Pending& pending);
 
     Galleries& m_galleries;
@@ -81,7 +88,8 @@ private:
 
 // Looks for what was stored: for the records, which no callback tells of, and for the placements, which are read once
 // for each folder. What is not there is no longer stored. Gives new filters their numbers behind the others of their
-// folder; transitions have no stored order. No adds under way.
-void VerifyEffects(Galleries& galleries, std::vector<EffectOutcome>& outcomes);
+// folder; transitions have no stored order. No adds under way. Gives the paths of folders whose stored order is another
+// one afterwards.
+std::vector<std::string> VerifyEffects(Galleries& galleries, std::vector<EffectOutcome>& outcomes);
 
 }  // namespace qfc::host

@@ -31,13 +31,17 @@ public:
         return folder->second.contains(outcome.guid);
     }
 
-    void MendOrders(const std::vector<EffectOutcome>& outcomes) {
+    std::vector<std::string> MendOrders(const std::vector<EffectOutcome>& outcomes) {
         std::set<CQFolder*> folders;
         for (const EffectOutcome& outcome : outcomes) {
             if (!outcome.isStored || outcome.isTransition || outcome.folderRow == -1) continue;
             for (CQFolder* folder : FoldersOf(GalleryOf(outcome), outcome.guid)) folders.insert(folder);
         }
-        for (CQFolder* folder : folders) MendItemOrder(*folder);
+        std::vector<std::string> others;
+        for (CQFolder* folder : folders) {
+            if (!MendItemOrder(*folder)) others.push_back(PathOf(*folder));
+        }
+        return others;
     }
 
 private:
@@ -51,14 +55,14 @@ private:
 
 }  // namespace
 
-void VerifyEffects(Galleries& galleries, std::vector<EffectOutcome>& outcomes) {
-    if (outcomes.empty()) return;
+std::vector<std::string> VerifyEffects(Galleries& galleries, std::vector<EffectOutcome>& outcomes) {
+    if (outcomes.empty()) return {};
     const EffectCatalogue catalogue(galleries);
     Placements placements(galleries);
     for (EffectOutcome& outcome : outcomes) {
         outcome.isStored = outcome.isStored && HasBoth(catalogue, outcome) && placements.Have(outcome);
     }
-    placements.MendOrders(outcomes);
+    return placements.MendOrders(outcomes);
 }
 
 }  // namespace qfc::host

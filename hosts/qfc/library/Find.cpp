@@ -1,7 +1,6 @@
 #include "hosts/qfc/library/Find.h"
 
 #include "api/QFCLib.h"
-#include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/library/Paths.h"
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Tree.h"
@@ -68,7 +67,7 @@ std::optional<FoundItem> ItemByPath(CQGallery& gallery, const std::string& text)
     if (items.size() == 1) return FoundItem{&gallery, items.front(), folder};
     std::string guids;
     for (const CQItem* item : items) guids += (guids.empty() ? "" : ", ") + GuidToText(item->GetUniqueID());
-    throw Failure("several items are called " + text + "; name one by its GUID: " + guids);
+    throw Ambiguous("several items are called " + text + "; name one by its GUID: " + guids);
 }
 
 std::optional<FoundFolder> FolderByPath(CQGallery& gallery, const std::string& text) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/library/Galleries.h"
 
 #include <string>
@@ -12,8 +13,13 @@ class CQItem;
 namespace qfc::host {
 
 // What the texts of a command line stand for. Every function throws Failure with the reason when the text names
-// nothing, or more than one thing; on the way of a path, too. `gallery` is the text of --gallery, empty for none. Main
-// thread.
+// nothing, or more than one thing (for items, Ambiguous); on the way of a path, too. `gallery` is the text of
+// --gallery, empty for none. Main thread.
+
+class Ambiguous : public Failure {
+public:
+    using Failure::Failure;
+};
 
 struct FoundItem {
     CQGallery* gallery = nullptr;

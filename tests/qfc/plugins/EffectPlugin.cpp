@@ -22,11 +22,18 @@ int TypeOf(int parameter) { return Chosen().parameters[static_cast<std::size_t>(
 
 namespace qfc::test::plugin {
 
-const std::string& Stem() {
-    static const std::string stem = [] {
+const std::string& OwnPath() {
+    static const std::string path = [] {
         Dl_info info{};
         dladdr(reinterpret_cast<void*>(&f0r_init), &info);
-        const std::string path = info.dli_fname;
+        return std::string(info.dli_fname);
+    }();
+    return path;
+}
+
+const std::string& Stem() {
+    static const std::string stem = [] {
+        const std::string& path = OwnPath();
         const std::size_t begin = path.rfind('/') + 1;
         return path.substr(begin, path.rfind('.') - begin);
     }();

@@ -13,6 +13,7 @@ extern "C" {
 
 namespace qfc::test::plugin {
 
+const std::string& OwnPath();
 // The file's name without folder and extension. What stands before the first '-' is the kind, the whole is the name of
 // the effect: "tint-Warm.so" holds the filter "tint-Warm" of kind "tint".
 const std::string& Stem();

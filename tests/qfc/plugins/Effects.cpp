@@ -174,6 +174,7 @@ std::vector<Effect> EffectsOf(std::string_view kind) {
         {"strange", {OfType(9, Filter(Copy))}},
         {"model", {OfModel(7, Filter(Copy))}},
         {"newer", {OfVersion(2, Filter(Copy))}},
+        {"late", {Filter(Copy, kAmount), Filter(Copy, kAmount), Filter(Copy, kAmount), Mixer(Fade, kTwoNumbers)}},
         {"several",
          {Filter(Invert), OfType(F0R_PLUGIN_TYPE_SOURCE, Filter(Copy)), Filter(Brighten, kAmount, {1}),
           Mixer(Multiply)}},

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <limits>
 #include <stdexcept>
 #include <sys/mman.h>
@@ -140,6 +141,14 @@ void Misdeed(std::string_view kind, Moment moment) {
         if (getrlimit(RLIMIT_CORE, &limit) != 0 || limit.rlim_max != 0) std::abort();
     }
     if (kind == "hungry" && moment == Moment::Construct) Eat();
+    if (kind == "vanish" && update) {
+        unlink(OwnPath().c_str());
+        std::abort();
+    }
+    if (kind == "touch" && update) {
+        std::ofstream(OwnPath(), std::ios::app) << "more";
+        std::abort();
+    }
     if (kind == "lastly" && moment == Moment::End) std::abort();
     if (kind == "atonce" && moment == Moment::Init) std::abort();
     if (kind == "whoami" && moment == Moment::Info) std::abort();

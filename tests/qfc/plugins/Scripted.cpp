@@ -2,7 +2,8 @@
 //   EFFECTS:
 //   filter Glow | filter of something | transition Wipe | still Half | turned Half | generator Noise | slow
 // The still one is a transition that shows its first picture alone, the turned one does until its parameter is moved.
-// So a copy of this file becomes any file that a test needs. "slow" takes its time with every effect behind it.
+// So a copy of this file becomes any file that a test needs. "slow" takes its time with every effect behind it. "gate"
+// makes a file of its own name with ".begun" behind it, and waits for one with ".go".
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -40,11 +41,20 @@ struct Instance {
     double position = 0;
 };
 
-std::string OwnBytes() {
+std::string OwnPath() {
     Dl_info info{};
-    dladdr(reinterpret_cast<const void*>(&OwnBytes), &info);
-    std::ifstream file(info.dli_fname, std::ios::binary);
+    dladdr(reinterpret_cast<const void*>(&OwnPath), &info);
+    return info.dli_fname;
+}
+
+std::string OwnBytes() {
+    std::ifstream file(OwnPath(), std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+void WaitAtGate() {
+    std::ofstream begun(OwnPath() + ".begun");
+    while (!std::ifstream(OwnPath() + ".go")) std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
 void ReadScript() {
@@ -56,6 +66,7 @@ void ReadScript() {
     for (std::string line; std::getline(script, line);) {
         const std::string kind = line.substr(0, line.find(' '));
         if (kind == "slow") isSlow = true;
+        if (kind == "gate") WaitAtGate();
         if (kind.size() == line.size()) continue;
         const bool isStill = kind == "still";
         const bool isTurned = kind == "turned";

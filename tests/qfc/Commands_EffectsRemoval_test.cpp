@@ -1,0 +1,105 @@
+// Removals of effects that are refused, or that somebody wants to end.
+#include "EffectsTest.h"
+
+#include <csignal>
+#include <gmock/gmock.h>
+
+namespace {
+
+using namespace qfc::test;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class EffectsRemoval : public EffectsTest {
+protected:
+    void SetUp() override {
+        EffectsTest::SetUp();
+        m_glow = Plugin("glow.so", "filter Glow\nfilter Soft glow\n");
+        Plugin("wipe.so", "transition Wipe\n");
+        Scan();
+        Tag("Light\\Glow");
+    }
+    std::string Orphans() const {
+        return Cell("select count(*) from RELATION_TABLE where ITEM_ID not in (select ITEM_ID from ITEM_TABLE)");
+    }
+    // The rows of effects go only when their items are gone.
+    void KeepRecords() const {
+        for (const char* table : {"FLT_FILE_TABLE", "TRANSITION_TABLE"}) {
+            RawDb(Database())
+                .Exec(std::string("create trigger keep_") + table + " before delete on " + table +
+                      " when exists (select 1 from ITEM_TABLE where ITEM_TYPE in (64, 128))"
+                      " begin select raise(abort, 'kept'); end");
+        }
+    }
+    void LetRecordsGo() const {
+        RawDb(Database()).Exec("drop trigger keep_FLT_FILE_TABLE; drop trigger keep_TRANSITION_TABLE");
+    }
+
+    std::string m_glow;
+};
+
+TEST_F(EffectsRemoval, AClearingThatTheStoreRefusesLeavesEveryPlaceItsItem) {
+    KeepRecords();
+    const Json cleared = Document({"effects", "clear", "--yes"}, 1);
+    EXPECT_THAT(cleared["removed"], testing::IsEmpty());
+    EXPECT_EQ(Orphans(), "0");
+    EXPECT_EQ(Links(), "1");
+    ExpectWhole();
+    LetRecordsGo();
+    EXPECT_EQ(Done({"effects", "clear", "--yes"})["removed"].size(), 3U);
+    EXPECT_EQ(Cell("select count(*) from RELATION_TABLE"), "0");
+    EXPECT_EQ(Links(), "0");
+    ExpectSound();
+}
+
+TEST_F(EffectsRemoval, OfRecordsThatStayIsSaidSo) {
+    KeepRecords();
+    const QfcResult result = Qfc({"effects", "remove", m_glow});
+    EXPECT_EQ(result.exit, 1);
+    EXPECT_THAT(result.err, HasSubstr("cannot remove the records"));
+    ExpectWhole();
+}
+
+TEST_F(EffectsRemoval, OfAFolderThatStaysIsSaidSo_AndNotThatRecordsDo) {
+    RawDb(Database()).Exec("create trigger keep before delete on FOLDER_TABLE begin select raise(abort, 'kept'); end");
+    const QfcResult result = Qfc({"effects", "remove", m_glow});
+    EXPECT_EQ(result.exit, 1);
+    EXPECT_EQ(result.err, "qfc: cannot remove Light\n");
+    EXPECT_THAT(result.out, HasSubstr("removed Light\\Glow"));
+    EXPECT_EQ(Cell("select count(*) from FLT_TABLE"), "0");
+    EXPECT_EQ(Links(), "0");
+}
+
+// Ctrl-C and its like: another writer holds the program up until the signal has come.
+class EffectsRemovalSignals : public EffectsRemoval, public testing::WithParamInterface<int> {
+protected:
+    QfcResult Interrupted(const Args& arguments) const {
+        RawDb writer(Database());
+        writer.Exec("begin immediate");
+        QfcProcess process(WithLibrary(arguments), {});
+        EXPECT_TRUE(process.WaitUntilCaught(GetParam()));
+        process.Signal(GetParam());
+        writer.Exec("rollback");  // Unlike a commit it waits for no reader.
+        return process.Wait();
+    }
+};
+
+TEST_P(EffectsRemovalSignals, AFileGoesAsAWholeWithItsLinks) {
+    const QfcResult result = Interrupted({"effects", "remove", m_glow});
+    EXPECT_EQ(result.exit, 0) << result.err;
+    EXPECT_THAT(result.out, HasSubstr("removed Light\\Soft glow"));
+    EXPECT_EQ(Cell("select count(*) from ITEM_TABLE"), "1");
+    EXPECT_EQ(Links(), "0");
+    ExpectWhole();
+}
+
+TEST_P(EffectsRemovalSignals, AClearingIsFinished) {
+    EXPECT_EQ(Interrupted({"effects", "clear", "--yes"}).exit, 0);
+    EXPECT_EQ(Cell("select count(*) from ITEM_TABLE"), "0");
+    EXPECT_EQ(Links(), "0");
+    ExpectWhole();
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, EffectsRemovalSignals, testing::Values(SIGINT, SIGTERM, SIGHUP));
+
+}  // namespace
