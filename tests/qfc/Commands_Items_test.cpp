@@ -273,6 +273,19 @@ TEST_F(CommandsItems, AFolderThatCannotBePutLast_IsNotDone) {
     EXPECT_EQ(Refused({"import", Image("a.ppm"), "--folder", "E"}), "qfc: cannot put the folder last: E\n");
 }
 
+TEST_F(CommandsItems, BehindTheLargestNumberNothingCanBePut) {
+    Done({"mkdir", "A"});
+    Done({"mkdir", "B\\Below"});
+    RawDb(Database()).Exec("update FOLDER_TABLE set ORDER_INDEX = 2147483647 where FOLDER_NAME = 'A'");
+    EXPECT_EQ(Document({"mkdir", "C"}, 1)["notLast"], Json{"C"});
+    EXPECT_EQ(Refused({"import", Image("a.ppm"), "--folder", "D"}), "qfc: cannot put the folder last: D\n");
+    EXPECT_NE(Refused({"mv", "B\\Below", "\\"}).find("reorder its folders first"), std::string::npos);
+    EXPECT_EQ(RawDb(Database()).Cell("select min(ORDER_INDEX) >= -1 from FOLDER_TABLE"), "1");
+    Done({"reorder", "A", "--to", "1"});
+    Done({"mv", "B\\Below", "\\"});
+    EXPECT_EQ(FoldersOf("\\").back(), "Below");
+}
+
 TEST_F(CommandsItems, ReorderOfAFolderWithoutItems_SaysThatThereIsNothingToOrder) {
     Done({"mkdir", "Only\\Folders"});
     EXPECT_NE(Refused({"reorder", "Only", "--by", "name"}).find("no items"), std::string::npos);

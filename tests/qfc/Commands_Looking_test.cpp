@@ -204,6 +204,18 @@ TEST_F(CommandsLooking, ThumbsListsTheStoredBitmaps) {
     }
 }
 
+TEST_F(CommandsLooking, ThumbsTellsCompressedFromUncompressedBitmaps) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    EXPECT_NE(Qfc({"thumbs"}).out.find(" bytes  "), std::string::npos);
+    RawDb(Database())
+        .Exec(
+            "update CACHE_DATA_TABLE set COMPRESSED_SIZE = 0, COMPRESSED_DATA = zeroblob(PRE_COMPRESSED_SIZE) where "
+            "CACHE_DATA_TYPE = 0");
+    const std::string text = Qfc({"thumbs"}).out;
+    EXPECT_NE(text.find("  uncompressed  "), std::string::npos) << text;
+    EXPECT_EQ(text.find(" bytes"), std::string::npos) << text;
+}
+
 TEST_F(CommandsLooking, ThumbsOfAnEmptyLibrary_Fails) { Refused({"thumbs"}); }
 
 TEST_F(CommandsLooking, LsByDate_ShowsTheDatesThatItSortsBy) {

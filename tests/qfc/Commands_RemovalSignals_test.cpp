@@ -1,6 +1,7 @@
 #include "TagCommandsTest.h"
 
 #include <csignal>
+#include <filesystem>
 
 namespace qfc::test {
 namespace {
@@ -54,6 +55,21 @@ TEST_P(CommandsRemovalSignals, AGalleryStopsBetweenFolders_AndSaysSo) {
     EXPECT_EQ(FoldersOf("\\").back(), "G");
     ExpectSound();
     Done({"gallery", "rm", "Media"});
+}
+
+TEST_P(CommandsRemovalSignals, AnExportLeavesNothingThatIsNotWhole) {
+    Exec("insert into CACHE_DATA_TABLE values(50000000, 0, zeroblob(50000000), 0, zeroblob(16))");
+    const TempFolder target;
+    QfcProcess process(WithLibrary({"export", target / "copy.db"}), {});
+    if (process.WaitUntilCaught(GetParam())) process.Signal(GetParam());
+    const QfcResult result = process.Wait();
+    Names left;
+    for (const auto& file : std::filesystem::directory_iterator(target.Path())) left.push_back(file.path().filename());
+    // It may have been done before the signal came.
+    EXPECT_EQ(left, result.exit == 0 ? Names{"copy.db"} : Names{}) << result.err;
+    if (result.exit != 0) {
+        EXPECT_EQ(result.err, "qfc: interrupted; " + (target / "copy.db") + " is not written\n");
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, CommandsRemovalSignals, ::testing::Values(SIGINT, SIGTERM, SIGHUP));

@@ -246,14 +246,26 @@ TEST_F(CommandsTagFaults, ReadOnlyLibrary_TagsAreShownAndNotChanged) {
     EXPECT_EQ(ReadFile(Database()), before);
 }
 
-TEST_F(CommandsTagFaults, LinksThatStayBehindARemovedItem_AreReported) {
+TEST_F(CommandsTagFaults, AnItemWhoseTagsCannotBeTaken_Stays) {
+    TagSome();
+    const std::vector<RawDb::Row> before = TagRows();
+    Refuse("delete", "TAG_ITEM_RELATION_TABLE");
+    EXPECT_EQ(Refused({"rm", "F\\a.ppm"}), "qfc: cannot remove F\\a.ppm\n");
+    EXPECT_EQ(ItemsOf("F"), (Names{"a.ppm", "b.ppm", "c.ppm"}));
+    EXPECT_EQ(TagRows(), before);
+}
+
+TEST_F(CommandsTagFaults, AnItemThatCannotGo_KeepsItsTags) {
+    TagSome();
+    const Names before = TagsOf("F\\a.ppm");
+    Refuse("delete", "RELATION_TABLE");
+    EXPECT_EQ(Refused({"rm", "F\\a.ppm"}), "qfc: cannot remove F\\a.ppm\n");
+    EXPECT_EQ(TagsOf("F\\a.ppm"), before);
+}
+
+TEST_F(CommandsTagFaults, LinksThatStayBehindARemovedFolder_AreReported) {
     TagSome();
     Refuse("delete", "TAG_ITEM_RELATION_TABLE");
-    const std::string guid = GuidOf("F\\a.ppm");
-    const Json report = {
-        {"guid", guid}, {"removed", {"F\\a.ppm"}}, {"failed", {"the links of tags to the item " + guid}}};
-    EXPECT_EQ(Document({"rm", "F\\a.ppm"}, 1), report);
-    EXPECT_EQ(ItemsOf("F"), (Names{"b.ppm", "c.ppm"}));
     EXPECT_EQ(Refused({"rmdir", "F", "--recursive"}),
               "qfc: F is removed, but links of tags to its items are left; check lists them\n");
 }

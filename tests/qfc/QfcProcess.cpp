@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <fstream>
 #include <stdexcept>
+#include <string>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <thread>
@@ -16,7 +17,23 @@ namespace {
 constexpr uid_t kNobody = 65534;
 constexpr const char* kNowhere = "/nowhere";
 
+#ifdef QFC_FAILING_READS
+void MakeReadFail(const FailingRead& read) {
+    setenv("QFC_FAILING_READS_OF", read.file.c_str(), 1);
+    setenv("QFC_FAILING_READ", std::to_string(read.number).c_str(), 1);
+    setenv("QFC_FAILING_READ_MARK", read.mark.c_str(), 1);
+    setenv("LD_PRELOAD", QFC_FAILING_READS, 1);
+    // The sanitizer wants to be the first of all libraries; what stands before it replaces four calls only.
+    const char* const options = std::getenv("ASAN_OPTIONS");
+    setenv("ASAN_OPTIONS", ((options ? std::string(options) + ":" : "") + "verify_asan_link_order=0").c_str(), 1);
+}
+#endif
+
 void EnterWorld(const QfcWorld& world) {
+#ifdef QFC_FAILING_READS
+    if (world.failingRead) MakeReadFail(*world.failingRead);
+#endif
+
     // Libraries of these tests begin empty, not as a copy of the shipped one.
     setenv("QFCLIB_HOST_DIR", kNowhere, 0);
     if (world.largestFile) {

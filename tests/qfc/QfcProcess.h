@@ -14,11 +14,19 @@ struct QfcResult {
     std::string err;
 };
 
+// The read of a file that fails, counted from the first write to it. When it was its turn there is a file at mark.
+struct FailingRead {
+    std::string file;
+    int number = 1;
+    std::string mark;
+};
+
 // Under which conditions the program runs.
 struct QfcWorld {
     bool unprivileged = false;        // as a user who owns nothing
     std::optional<long> largestFile;  // bytes: writing beyond fails, as on a full disk
     bool narrowPipe = false;          // its output waits for the reader after a page
+    std::optional<FailingRead> failingRead = std::nullopt;
 };
 
 // One run of the built program, to be talked to while it runs.

@@ -1,6 +1,7 @@
 #include "api/QFCLib.h"
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/commands/Interrupt.h"
 #include "hosts/qfc/library/LibraryFile.h"
 #include "hosts/qfc/library/Output.h"
 
@@ -26,13 +27,15 @@ void RefuseJournal(const fs::path& target) {
 // A copy that is not whole never stands under the name that was asked for.
 void ExportTo(const fs::path& target) {
     const fs::path part = UnusedNameBeside(target);
+    const Interrupt interrupt;  // Nothing that is not whole stays behind.
     std::error_code error;
-    const bool exported = QFCLibraryManager::fnExportDB(part.c_str()) != 0;
+    const bool exported = QFCLibraryManager::fnExportDB(part.c_str()) != 0 && !interrupt.IsRaised();
     if (exported) fs::rename(part, target, error);
     if (exported && !error) return;
     std::error_code ignored;
     fs::remove(part, ignored);
     fs::remove(part.string() + "-journal", ignored);
+    if (interrupt.IsRaised()) throw Failure("interrupted; " + target.string() + " is not written");
     throw Failure("cannot write " + target.string() + (error ? ": " + error.message() : ""));
 }
 

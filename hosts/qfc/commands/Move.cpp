@@ -11,6 +11,7 @@
 #include "hosts/qfc/library/Verify.h"
 
 #include <algorithm>
+#include <limits>
 #include <nlohmann/json.hpp>
 
 namespace qfc::host {
@@ -39,18 +40,30 @@ bool AddPlacement(CQGallery& gallery, CQFolder& target, CQItem& item) {
            IsPlaced(*gallery.GetDBTools(), target.GetDBId(), item.GetUniqueID()) == true;
 }
 
+// Only an item that surely stands at the source is taken from the target: with its last placement it would go itself.
+std::string TakeBack(CQFolder& source, CQFolder& target, const GUID& guid) {
+    DBTools& tools = *source.GetDBTools();
+    if (IsPlaced(tools, target.GetDBId(), guid) == false) return {};
+    const bool isAtSource = IsPlaced(tools, source.GetDBId(), guid) == true;
+    if (isAtSource && RemovePlacement(target, guid)) return {};
+    return "; it may now also be in " + PathOf(target);
+}
+
 Json MoveItem(const FoundItem& found, CQFolder& target) {
     CQFolder& source = PlacementOf(found);
     CQItem& item = *found.item;
     const GUID guid = item.GetUniqueID();
     const std::string from = PathOf(source, item);
     RefuseItemTarget(*found.gallery, target, item);
-    if (!AddPlacement(*found.gallery, target, item)) throw Failure("cannot move " + from + " to " + PathOf(target));
-    if (!RemovePlacement(source, guid)) {
-        const bool undone = RemovePlacement(target, guid);
-        throw Failure("cannot move " + from + (undone ? "" : "; it is now also in " + PathOf(target)));
+    if (!AddPlacement(*found.gallery, target, item)) {
+        throw Failure("cannot move " + from + " to " + PathOf(target) + TakeBack(source, target, guid));
     }
-    return ItemJson(*found.gallery, item);
+    if (RemovePlacement(source, guid)) return ItemJson(*found.gallery, item);
+    const auto isAtSource = IsPlaced(*source.GetDBTools(), source.GetDBId(), guid);
+    if (isAtSource == true) throw Failure("cannot move " + from + TakeBack(source, target, guid));
+    if (isAtSource == false) return ItemJson(*found.gallery, item);
+    throw Failure(from + " is now in " + PathOf(target) +
+                  ", but the library does not say whether it left its old place");
 }
 
 // --- Folders ------------------------------------------------------------------------------------------------------
@@ -67,7 +80,8 @@ void RefuseFolderTarget(CQFolder& folder, CQFolder& target) {
 int IndexBehindLast(CQFolder& parent) {
     int index = 0;
     for (const CQFolder* child : SubFolders(parent)) index = std::max(index, child->GetIndex());
-    return index + 1;
+    if (index < std::numeric_limits<int>::max()) return index + 1;
+    throw Failure("no folder can be put last in " + PathOf(parent) + "; reorder its folders first");
 }
 
 Json MoveFolder(CQFolder& folder, CQFolder& target) {

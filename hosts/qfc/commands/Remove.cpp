@@ -10,7 +10,10 @@
 #include "hosts/qfc/library/Tree.h"
 #include "hosts/qfc/library/Verify.h"
 
+#include <algorithm>
+#include <list>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 namespace qfc::host {
 namespace {
@@ -44,6 +47,40 @@ Removed RemoveEverywhere(Galleries& galleries, const GUID& guid) {
     return removed;
 }
 
+bool IsLastPlacement(Galleries& galleries, const GUID& guid) {
+    std::size_t placements = 0;
+    for (CQGallery* gallery : galleries.All()) placements += FoldersOf(*gallery, guid).size();
+    return placements <= 1;
+}
+
+// The links of tags to an item that goes are taken before it, and come back when it stays.
+class TakenLinks {
+public:
+    // name: of the item, for a Failure.
+    TakenLinks(DBTools& tools, const GUID& item, const std::string& name) : m_tools(tools), m_item(item) {
+        const auto links = StoredLinks(tools, item);
+        if (!links) throw Failure("cannot remove " + name + ": its tags cannot be read");
+        m_tags.assign(links->begin(), links->end());
+        if (m_tags.empty()) return;
+        UnlinkStored({m_item}, m_tags);
+        const auto left = StoredLinks(tools, item);
+        if (left && left->empty()) return;
+        throw Failure("cannot remove " + name + (PutBack() ? "" : "; it may have lost tags"));
+    }
+
+    bool PutBack() const {
+        if (m_tags.empty()) return true;
+        LinkStored({m_item}, m_tags);
+        const auto links = StoredLinks(m_tools, m_item);
+        return links && std::includes(links->begin(), links->end(), m_tags.begin(), m_tags.end());
+    }
+
+private:
+    DBTools& m_tools;
+    const GUID m_item;
+    std::list<GUID> m_tags;  // Sorted.
+};
+
 }  // namespace
 
 int Run(const RemoveItemOptions& options, const Console& console) {
@@ -56,7 +93,11 @@ int Run(const RemoveItemOptions& options, const Console& console) {
     const bool here = found.folder != nullptr && !options.everywhere;
     DBTools& tools = *found.gallery->GetDBTools();
     const Interrupt interrupt;  // An item that goes takes its links along.
+    std::optional<TakenLinks> links;
+    if (!here || IsLastPlacement(galleries, id)) links.emplace(tools, id, PathsOf(*found.gallery, *found.item).front());
     Removed removed = here ? RemoveHere(found) : RemoveEverywhere(galleries, id);
+    if (links && !IsItemGone(tools, id) && !links->PutBack())
+        removed.kept.push_back("the item " + guid + " with its tags");
     if (removed.kept.empty() && IsLeftBehind(galleries, tools, id)) removed.kept.push_back("the item " + guid);
     if (!ReleaseLinks(tools, {id}).empty()) removed.kept.push_back("the links of tags to the item " + guid);
     for (const std::string& path : removed.paths) console.Say("removed " + path);

@@ -8,6 +8,14 @@
 #include <nlohmann/json.hpp>
 
 namespace qfc::host {
+namespace {
+
+// What compressing would have made larger is kept as it was, and has no compressed size.
+std::string StoredAs(const _DS_LibItemTunmbnailInfo_& thumbnail) {
+    return thumbnail.nCompressedSize == 0 ? "uncompressed" : std::to_string(thumbnail.nCompressedSize) + " bytes";
+}
+
+}  // namespace
 
 int Run(const ThumbsOptions&, const Console& console) {
     const Session session;
@@ -23,7 +31,7 @@ int Run(const ThumbsOptions&, const Console& console) {
                         {"width", width},
                         {"height", height},
                         {"file", ToText(thumbnail.strPath)}});
-        console.Show(fmt::format("{}  {:>4} x {:<4}  {:>7} bytes  {}", guid, width, height, thumbnail.nCompressedSize,
+        console.Show(fmt::format("{}  {:>4} x {:<4}  {:>13}  {}", guid, width, height, StoredAs(thumbnail),
                                  ToText(thumbnail.strPath)));
     }
     console.ShowJson(json);

@@ -21,7 +21,6 @@ constexpr std::size_t kMostOnTheWay = 64;
 constexpr const char* kNoFolder = "\\";
 // The library waits a minute for another process that writes; only a longer silence asks for a new marker.
 constexpr std::chrono::seconds kSilence{90};
-constexpr int kMarkersBeforeGivingUp = 3;
 // A look at the database is worth it when there is news of this part of what it reads; so all looks of an import
 // together read no more than about this many times what it adds.
 constexpr std::size_t kWorthLooking = 16;
@@ -48,10 +47,7 @@ void AddQueue::Add(std::unique_ptr<CQItem> item, CQFolder& folder, const Target&
     m_filled.insert(&folder);
     {
         Lock lock(m_mutex);
-        if (!WaitUntilFewer(lock, kMostOnTheWay)) {
-            m_outcomes.push_back(pending.outcome);
-            return;
-        }
+        WaitUntilFewer(lock, kMostOnTheWay);
     }
     Queue(std::move(pending), target.stored);
 }
@@ -60,7 +56,7 @@ void AddQueue::Settle() {
     m_isSettled = true;
     {
         Lock lock(m_mutex);
-        if (m_pending.empty() || m_abandoned) return;
+        if (m_pending.empty()) return;
     }
     QueueMarker();
     Lock lock(m_mutex);
@@ -99,26 +95,30 @@ void AddQueue::LookAtPlacements(std::vector<Outcome>& outcomes) {
     }
 }
 
-void AddQueue::Queue(Pending pending, const std::string& folderPath) {
+bool AddQueue::Queue(Pending pending, const std::string& folderPath) {
     CQItem* item = pending.item.get();
     const std::uint64_t number = pending.number = m_nextNumber++;
     {
         const Lock lock(m_mutex);
         m_pending.push_back(std::move(pending));
     }
-    if (QFCLibraryManager::fnAddItemAsync(ToHandle(&m_gallery), {ToCString(folderPath)}, item, 0)) return;
+    if (QFCLibraryManager::fnAddItemAsync(ToHandle(&m_gallery), {ToCString(folderPath)}, item, 0)) return true;
     const Lock lock(m_mutex);
     const auto refused = std::ranges::find(m_pending, number, &Pending::number);
-    if (refused == m_pending.end()) return;
+    if (refused == m_pending.end()) return false;
     if (refused->folder != nullptr) m_outcomes.push_back(refused->outcome);
     m_pending.erase(refused);
+    return false;
 }
 
+// A library that takes no marker executes nothing any more.
 void AddQueue::QueueMarker() {
     Pending marker;
     marker.item = std::make_unique<CQItem>();
     marker.outcome.guid = std::as_const(*marker.item).GetUniqueID();
-    Queue(std::move(marker), kNoFolder);
+    if (Queue(std::move(marker), kNoFolder)) return;
+    const Lock lock(m_mutex);
+    Conclude(m_nextNumber);
 }
 
 int AddQueue::OnCallback(const QFCLibCallbackParam& param) {
@@ -151,30 +151,13 @@ void AddQueue::ConcludeFront() {
     m_pending.pop_front();
 }
 
-// False when the library does not answer any more.
-bool AddQueue::WaitUntilFewer(Lock& lock, std::size_t count) {
-    const auto isFewer = [&] { return m_pending.size() < count; };
-    for (int silences = 0; !m_abandoned;) {
-        const std::size_t before = m_pending.size();
-        if (m_concluded.wait_for(lock, kSilence, isFewer)) return true;
-        silences = m_pending.size() < before ? 0 : silences + 1;
-        if (silences > kMarkersBeforeGivingUp) {
-            Abandon(lock);
-            return false;
-        }
+// A silence may be adds that failed, or a disk that stalls: the marker tells, however long that takes.
+void AddQueue::WaitUntilFewer(Lock& lock, std::size_t count) {
+    while (!m_concluded.wait_for(lock, kSilence, [&] { return m_pending.size() < count; })) {
         lock.unlock();
         QueueMarker();
         lock.lock();
     }
-    return false;
-}
-
-void AddQueue::Abandon(Lock& lock) {
-    m_abandoned = true;
-    lock.unlock();
-    QFCLibraryManager::fnStopService();  // Waits for the add that runs and drops the others.
-    lock.lock();
-    Conclude(m_nextNumber);
 }
 
 }  // namespace qfc::host

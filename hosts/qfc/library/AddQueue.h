@@ -51,7 +51,7 @@ public:
 
     // Waits while 64 are on the way.
     void Add(std::unique_ptr<CQItem> item, CQFolder& folder, const Target& target);
-    // Returns when every add has had its turn. Should the library not answer for minutes, it is stopped.
+    // Returns when every add has had its turn.
     void Settle();
     // What has become known, in the order of the adds. Looking into a folder reads all of it, so outcomes are held back
     // until they are worth it; once all has settled everything is told.
@@ -70,12 +70,12 @@ private:
     using Lock = std::unique_lock<std::mutex>;
 
     int OnCallback(const QFCLibCallbackParam& param);
-    void Queue(Pending pending, const std::string& folderPath);
+    // False when the library does not take it.
+    bool Queue(Pending pending, const std::string& folderPath);
     void QueueMarker();
     void Conclude(std::uint64_t upTo);
     void ConcludeFront();
-    bool WaitUntilFewer(Lock& lock, std::size_t count);
-    void Abandon(Lock& lock);
+    void WaitUntilFewer(Lock& lock, std::size_t count);
     void LookAtPlacements(std::vector<Outcome>& outcomes);
 
     // Set once in the constructor.
@@ -95,7 +95,6 @@ private:
     std::list<Pending> m_pending;  // In the order queued.
     std::vector<Outcome> m_outcomes;
     std::vector<std::unique_ptr<CQItem>> m_refused;  // Items that no folder took.
-    bool m_abandoned = false;
 };
 
 }  // namespace qfc::host

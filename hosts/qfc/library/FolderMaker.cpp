@@ -9,6 +9,7 @@
 #include "hosts/qfc/library/Verify.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace qfc::host {
 namespace {
@@ -97,8 +98,9 @@ CQFolder* FolderMaker::Create(const CQFolder& parent, const std::string& name, c
 void FolderMaker::PutLast(CQFolder& folder) {
     const int last = m_lastIndex[folder.GetParent()];
     if (folder.GetIndex() > last) return;
-    folder.SetIndex(last + 1);
-    if (!StoreFolder(folder)) m_notLast.push_back(PathOf(folder));
+    const bool isRoom = last < std::numeric_limits<int>::max();
+    if (isRoom) folder.SetIndex(last + 1);
+    if (!isRoom || !StoreFolder(folder)) m_notLast.push_back(PathOf(folder));
 }
 
 CQFolder* FolderMaker::Make(const std::vector<std::string>& components, const Marks& marks) {

@@ -32,8 +32,11 @@ std::vector<GUID> ReleaseLinks(DBTools& tools, const std::vector<GUID>& items) {
     std::set<GUID> linked;
     for (const GUID& item : items) {
         const auto tags = StoredLinks(tools, item);
-        if (tags && (tags->empty() || !IsItemGone(tools, item))) continue;
+        if (tags && tags->empty()) continue;
+        const auto isStored = IsItemStored(tools, item);
+        if (isStored == true) continue;
         linked.insert(item);
+        if (!isStored) continue;  // It may stay, and would lose its tags.
         for (const GUID& tag : tags.value_or(std::set<GUID>{})) links[tag].push_back(item);
     }
     for (const auto& [tag, carriers] : links) UnlinkStored(carriers, {tag});

@@ -14,7 +14,8 @@ namespace qfc::host {
 
 // After a removal: the library leaves the links of an item behind that is gone. Takes those of the items that are not
 // stored any more, and leaves the others alone. Whatever ends the process in between, an item that stays has its tags,
-// and `check` tells of links that are left. Gives the items whose links could not be taken.
+// and `check` tells of links that are left. Gives the items whose links could not be taken, or of which nobody can say
+// whether they are stored.
 std::vector<GUID> ReleaseLinks(DBTools& tools, const std::vector<GUID>& items);
 
 // Look at what is stored afterwards.

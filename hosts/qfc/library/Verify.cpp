@@ -42,10 +42,13 @@ bool HoldsItem(CQFolder& folder, const GUID& guid) {
     return std::ranges::find(holders, &folder) != holders.end() && LoadFresh(*tools, guid) != nullptr;
 }
 
-bool IsItemGone(DBTools& tools, const GUID& guid) {
+std::optional<bool> IsItemStored(DBTools& tools, const GUID& guid) {
     CppSQLite3Query query;
-    return tools.QueryItem(guid, query) && query.eof();
+    if (!tools.QueryItem(guid, query)) return std::nullopt;
+    return !query.eof();
 }
+
+bool IsItemGone(DBTools& tools, const GUID& guid) { return IsItemStored(tools, guid) == false; }
 
 std::optional<std::set<GUID>> StoredLinks(DBTools& tools, const GUID& guid) {
     return Guarded([&]() -> std::optional<std::set<GUID>> {

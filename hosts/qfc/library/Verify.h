@@ -26,6 +26,8 @@ bool StandsIn(CQFolder& folder, const GUID& guid);
 // it there is not looked at.
 bool HoldsItem(CQFolder& folder, const GUID& guid);
 
+// Whether the database has such an item. Nothing when it cannot be read.
+std::optional<bool> IsItemStored(DBTools& tools, const GUID& guid);
 // True when the database answers and says that there is no such item.
 bool IsItemGone(DBTools& tools, const GUID& guid);
 // The tags that the database links to the item, both living or not; nothing when it cannot be read.
