@@ -6,16 +6,31 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
+#include <string>
 #include <sys/file.h>
 #include <unistd.h>
 
 namespace qfc::host {
+namespace {
+
+int OpenLock(const std::string& path, int access) {
+    return open(path.c_str(), access | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666);
+}
+
+// For writing, since a network file system locks nothing else exclusively; for reading where only that is allowed, as
+// the lock of another user may be.
+int OpenLock(const std::string& path) {
+    const int file = OpenLock(path, O_RDWR);
+    return file != -1 || (errno != EACCES && errno != EROFS) ? file : OpenLock(path, O_RDONLY);
+}
+
+}  // namespace
 
 ChangeLock::ChangeLock() {
     const std::filesystem::path library = LibraryPath();
     std::error_code error;
     std::filesystem::create_directories(library.parent_path(), error);
-    m_file = open((library.string() + ".lock").c_str(), O_RDONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666);
+    m_file = OpenLock(library.string() + ".lock");
     if (m_file == -1) return;
     if (flock(m_file, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK) return;
     close(m_file);
