@@ -3,8 +3,11 @@
 #include <algorithm>
 #include <csignal>
 #include <fcntl.h>
+#include <optional>
 #include <set>
+#include <string>
 #include <sys/file.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace qfc::test {
@@ -200,6 +203,28 @@ TEST_F(CommandsFaults, KilledImport_LosesNothingItSaid) {
 }
 
 // --- Another qfc -------------------------------------------------------------------------------------------------
+
+// How a process that has the file open may use it; nothing when none has.
+std::optional<int> AccessTo(const std::string& file) {
+    std::error_code ignored;
+    for (const auto& process : fs::directory_iterator("/proc", ignored)) {
+        for (const auto& descriptor : fs::directory_iterator(process.path() / "fd", ignored)) {
+            if (fs::read_symlink(descriptor.path(), ignored) != file) continue;
+            const std::string about = ReadFile(process.path() / "fdinfo" / descriptor.path().filename());
+            const std::size_t flags = about.find("flags:");
+            if (flags != std::string::npos) return std::stoi(about.substr(flags + 6), nullptr, 8) & O_ACCMODE;
+        }
+    }
+    return std::nullopt;
+}
+
+// A network file system locks exclusively nothing else.
+TEST_F(CommandsFaults, LockIsOpenForWriting) {
+    ManyImages(100);
+    QfcProcess process(WithLibrary({"import", Media("many")}), kNarrow);
+    ASSERT_TRUE(process.ReadLine());
+    EXPECT_EQ(AccessTo(Database() + ".lock"), O_RDWR);
+}
 
 TEST_F(CommandsFaults, WhileAnotherChangesTheLibrary_ChangesAreRefusedAndLookingIsNot) {
     Done({"import", Image("a.ppm"), "--folder", "A"});
