@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace qfc {
 namespace {
@@ -69,13 +70,17 @@ bool MoveInPlace(const std::string& temporary, const std::string& target, bool r
 
 bool GroupIsLikeOthers(mode_t mode) { return (mode & S_IRWXG) >> 3 == (mode & S_IRWXO); }
 
-// The rights of the file that a new one replaces. Before anything is written, so that at no time somebody can read it
-// who could not read the old one. False where the group cannot be kept and has rights of its own: they would go to
-// another group, and be missed by those who had them.
-bool KeepRights(const Descriptor& file, const std::string& target) {
+// A new file with the rights of the one that it is to replace. The writer's alone until it has them, so that at no time
+// somebody can read it who could not read the old one. Not open where the group cannot be kept and has rights of its
+// own: they would go to another group, and be missed by those who had them.
+Descriptor MakeWithRightsOf(const std::string& target, const std::string& temporary) {
     struct stat old;
-    if (stat(target.c_str(), &old) != 0) return errno == ENOENT;
-    return (TakeOwnersOf(file, old) || GroupIsLikeOthers(old.st_mode)) && fchmod(file.Get(), old.st_mode & 0777) == 0;
+    const bool replaces = stat(target.c_str(), &old) == 0;
+    if (!replaces && errno != ENOENT) return Descriptor(-1);
+    Descriptor file(open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, replaces ? 0600 : 0666));
+    if (!file.IsOpen() || !replaces) return file;
+    const bool isTheirs = TakeOwnersOf(file, old) || GroupIsLikeOthers(old.st_mode);
+    return isTheirs && fchmod(file.Get(), old.st_mode & 0777) == 0 ? std::move(file) : Descriptor(-1);
 }
 
 }  // namespace
@@ -105,9 +110,8 @@ bool WriteFileDurably(const std::string& target, std::string_view bytes) {
     if (!folder.IsOpen()) return FailWithErrno();
     const std::string temporary = target + ".new";
     unlink(temporary.c_str());
-    Descriptor file(open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-    if (!file.IsOpen()) return FailWithErrno();
-    if (!KeepRights(file, target) || !WriteAll(file, bytes) || fsync(file.Get()) != 0 || !file.Close() ||
+    Descriptor file = MakeWithRightsOf(target, temporary);
+    if (!file.IsOpen() || !WriteAll(file, bytes) || fsync(file.Get()) != 0 || !file.Close() ||
         rename(temporary.c_str(), target.c_str()) != 0) {
         FailWithErrno();
         unlink(temporary.c_str());

@@ -124,7 +124,8 @@ void LetWritersHold(const Descriptor& lock, const std::string& path) {
     const mode_t holders = writers | writers << 1;
     const bool sameOwners = status.st_uid == profile.st_uid && status.st_gid == profile.st_gid;
     const bool suits = sameOwners && (status.st_mode & holders) == holders;
-    if (suits || !S_ISREG(status.st_mode) || status.st_nlink != 1) return;
+    // What holds something is no lock of ours, whatever it is called.
+    if (suits || !S_ISREG(status.st_mode) || status.st_nlink != 1 || status.st_size != 0) return;
     // Where it cannot have the group of the profile, all may hold it. Only its owner can do any of this; others hold it
     // already.
     const mode_t all = TakeOwnersOf(lock, profile) ? holders : holders | (holders & S_IRWXG) >> 3;

@@ -207,10 +207,12 @@ TEST_F(HostRules, GalleriesComeAndGoOnSeveralThreads) {
     // What is current, an address, may be asked for while the current gallery is closed.
     std::thread looking([&bMade] {
         std::set<const void*> seen;
-        do {
+        const auto look = [&seen] {
             seen.insert(GetGalleryDoc()->GetCurrentGallery());
             seen.insert(GetGalleryDoc()->GetNotedFolder());
-        } while (!bMade);
+        };
+        while (!bMade) look();
+        look();
         EXPECT_TRUE(seen.contains(nullptr));
     });
     for (std::thread& host : hosts) host.join();

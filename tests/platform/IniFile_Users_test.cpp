@@ -38,7 +38,7 @@ struct IniWriteOfAnotherUser : IniWrite {
         fs::permissions(folder.Path(), fs::perms::all);
     }
     void SetUp() override {
-        if (geteuid() != 0) GTEST_SKIP() << "only root can be another user";
+        if (geteuid() != 0 || AsAnotherUser([] { return 1; }) != 1) GTEST_SKIP() << "only root can be another user";
     }
     // The profile belongs to the owner and the shared group.
     void Share(unsigned permissions) const {
@@ -147,6 +147,38 @@ TEST_F(IniWrite, LinkInPlaceOfTheLockWidensNoOtherFile) {
     fs::create_hard_link(secret, path + ".lock");
     EXPECT_EQ(Write("S", "a", "2"), 1);
     EXPECT_EQ(fs::status(secret).permissions(), fs::perms(0600));
+}
+
+TEST_F(IniWriteOfAnotherUser, FileOfOursUnderTheNameOfTheLockStaysOurs) {
+    Share(0664);
+    const std::string filled = folder.Write("file.ini.lock", "x");
+    ASSERT_EQ(filled, path + ".lock");
+    fs::permissions(filled, fs::perms(0600));
+    EXPECT_EQ(Write("S", "a", "2"), 1);
+    struct stat status;
+    ASSERT_EQ(stat(filled.c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, 0u);
+    EXPECT_EQ(status.st_mode & 0777, 0600u);
+}
+
+TEST_F(IniWrite, NewProfileIsTheWritersAloneUntilItHasTheRightsOfTheOld) {
+    File("[S]\na=1\n");
+    fs::permissions(path, fs::perms(0640));
+    int asked = 0;
+    qfc::test::SystemCalls calls;
+    calls.fchmod = [&](int file, mode_t mode) {
+        struct stat status;
+        EXPECT_EQ(fstat(file, &status), 0);
+        if ((mode & 0777) == 0640) {
+            ++asked;
+            EXPECT_EQ(status.st_size, 0);
+            EXPECT_EQ(status.st_mode & 077, 0u);
+        }
+        return qfc::test::SystemCalls::RealFchmod(file, mode);
+    };
+    EXPECT_EQ(Write("S", "a", "2"), 1);
+    EXPECT_EQ(asked, 1);
+    EXPECT_EQ(fs::status(path).permissions(), fs::perms(0640));
 }
 
 // A network file system locks exclusively only what is open for writing.

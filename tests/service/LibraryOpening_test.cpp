@@ -65,7 +65,8 @@ TEST_F(LibraryOpening, WhileAnotherMakesTheLibrary_ItsJournalIsLeftAlone) {
 TEST_F(LibraryOpening, LibraryThatCameBetweenTheLookAndTheLock_KeepsItsJournal) {
     MakeTemplate();
     const fs::path made = Scratch() / "made.db";
-    ASSERT_EQ(Start() + Stop(), 2);
+    ASSERT_EQ(Start(), 1);
+    ASSERT_EQ(Stop(), 1);
     fs::rename(DatabaseFile(), made);
     std::optional<RawDb> maker;
     qfc::test::SystemCalls calls;

@@ -285,6 +285,23 @@ TEST_F(ServiceLifecycle, ALibraryOfBeforeFoldersHadAnOrder_IsMigrated) {
     EXPECT_EQ(CountRows("FOLDER_TABLE where ORDER_INDEX = -1 and FOLDER_NAME = 'Old'"), 1);
 }
 
+// A view takes no column.
+TEST_F(ServiceLifecycle, ALibraryThatCannotBeMigrated_IsOpenedAllTheSame_AndMigratedByALaterStart) {
+    const char kColumns[] =
+        "(VERSION TEXT, PREDEFINED_ID INTEGER, FOLDER_NAME TEXT, ADOPT_TYPE INTEGER, TRUSTY_TYPE INTEGER, "
+        "TYPE_EXTRA INTEGER, PARENT_ID INTEGER, EXPAND_TYPE INTEGER, ID INTEGER PRIMARY KEY AUTOINCREMENT)";
+    RawDb(DatabaseFile())
+        .Exec(std::string("CREATE TABLE OLD") + kColumns +
+              "; INSERT INTO OLD(FOLDER_NAME, PARENT_ID) VALUES('Old', -1); CREATE VIEW FOLDER_TABLE as select * from "
+              "OLD");
+    EXPECT_EQ(Start(), 1);
+    EXPECT_EQ(CountRows("FOLDER_TABLE where FOLDER_NAME = 'Old'"), 1);
+    EXPECT_EQ(Stop(), 1);
+    RawDb(DatabaseFile()).Exec("DROP VIEW FOLDER_TABLE; ALTER TABLE OLD RENAME TO FOLDER_TABLE");
+    EXPECT_EQ(Start(), 1);
+    EXPECT_EQ(CountRows("FOLDER_TABLE where ORDER_INDEX = -1 and FOLDER_NAME = 'Old'"), 1);
+}
+
 // Kept: while there is none, null is what the current one equals.
 TEST_F(ServiceLifecycle, TheServiceDatabaseIsTheCurrentOne_OnlyWhileStarted) {
     EXPECT_EQ(QFCLibraryManager::IsCurrentDBTools(nullptr), 1);

@@ -26,6 +26,8 @@ int SystemCalls::RealRename(const char* from, const char* to, unsigned flags) {
     return Call(syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, flags));
 }
 
+int SystemCalls::RealFchmod(int file, mode_t mode) { return Call(syscall(SYS_fchmod, file, mode)); }
+
 int SystemCalls::RealLink(const char* from, const char* to) {
     return Call(syscall(SYS_linkat, AT_FDCWD, from, AT_FDCWD, to, 0));
 }
@@ -49,6 +51,11 @@ int flock(int file, int operation) noexcept {
 int renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) noexcept {
     if (s_answering != nullptr && s_answering->rename) return s_answering->rename(from, to, flags);
     return Call(syscall(SYS_renameat2, fromFolder, from, toFolder, to, flags));
+}
+
+int fchmod(int file, mode_t mode) noexcept {
+    if (s_answering != nullptr && s_answering->fchmod) return s_answering->fchmod(file, mode);
+    return SystemCalls::RealFchmod(file, mode);
 }
 
 int link(const char* from, const char* to) noexcept {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <sys/types.h>
 
 namespace qfc::test {
 
@@ -11,6 +12,7 @@ class SystemCalls {
 public:
     using Flock = std::function<int(int file, int operation)>;
     using Rename = std::function<int(const char* from, const char* to, unsigned flags)>;
+    using Chmod = std::function<int(int file, mode_t mode)>;
     using Link = std::function<int(const char* from, const char* to)>;
 
     SystemCalls();
@@ -22,10 +24,12 @@ public:
     Flock flock;
     // renameat2: of paths relative to no descriptor.
     Rename rename;
+    Chmod fchmod;
     Link link;
 
     static int RealFlock(int file, int operation);
     static int RealRename(const char* from, const char* to, unsigned flags);
+    static int RealFchmod(int file, mode_t mode);
     static int RealLink(const char* from, const char* to);
     // -1, with errno.
     static int Refuse(int error);
