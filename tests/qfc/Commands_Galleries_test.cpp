@@ -114,6 +114,20 @@ TEST_F(CommandsGalleries, RmTakesTheTagsOfAnOwnGallery_SoThatTheNextHasNone) {
     ExpectSound();
 }
 
+// As "clear" does.
+TEST_F(CommandsGalleries, RmTakesTheTagsOfEveryGalleryThatIsNotPredefined) {
+    for (const char* id : {"7", "17", "99"}) {
+        Done({"gallery", "create", "Odd"});
+        Done({"tag", "create", "Loud", "--gallery", "Odd"});
+        RawDb db(Database());
+        db.Exec(std::string("update GALLERY_TABLE set GALLERY_FOLDER_ID = ") + id);
+        db.Exec(std::string("update FOLDER_TABLE set PREDEFINED_ID = ") + id);
+        db.Exec(std::string("update LIB_TAG_CATEGORY_TABLE set CATEGORY_GALLERY = ") + id);
+        EXPECT_EQ(Done({"gallery", "rm", "Odd"})["removed"]["tags"], 1) << id;
+        EXPECT_EQ(Count("LIB_TAG_TABLE"), "0") << id;
+    }
+}
+
 TEST_F(CommandsGalleries, RmKeepsTheTagsOfAPredefinedGallery) {
     Done({"import", Sound("s.wav"), "--gallery", "Sounds"});
     Done({"tag", "create", "Loud", "--gallery", "Sounds"});

@@ -209,6 +209,29 @@ TEST_F(CommandsTagSearch, ClearTakesTheTagsOfOwnGalleries) {
     ExpectSound();
 }
 
+TEST_F(CommandsTagSearch, ClearNamesTheTagsThatGo_BeforehandAndAfterwards) {
+    TagSome();
+    AddOwnGallery();
+    Done({"tag", "create", "Lion", "--gallery", "Own", "--category", "Zoo"});
+    EXPECT_NE(Qfc({"clear", "--help"}).out.find("only the tags of predefined galleries stay"), std::string::npos);
+    EXPECT_EQ(Qfc({"clear", "--yes"}).out, "cleared " + Database() + " with the tags of 100:My tags, 100:Zoo\n");
+    EXPECT_EQ(Qfc({"clear", "--yes"}).out, "cleared " + Database() + "\n");
+}
+
+// Whatever its id, a gallery that is not there by nature is its user's own, for "gallery rm" as well.
+TEST_F(CommandsTagSearch, ClearTakesTheTagsOfEveryGalleryThatIsNotPredefined) {
+    ImportAbc();
+    for (const char* id : {"-1", "0", "7", "16", "17", "99"}) {
+        Exec(std::string("insert into LIB_TAG_CATEGORY_TABLE values ('C', ") + id + ", 1, 0, randomblob(16))");
+    }
+    Exec(
+        "insert into LIB_TAG_TABLE select 'T', CATEGORY_GUID, 0, 0, 1, 0, null, randomblob(16) from "
+        "LIB_TAG_CATEGORY_TABLE");
+    EXPECT_EQ(Done({"clear", "--yes"})["categories"], (Json{"-1:C", "0:C", "7:C", "17:C", "99:C"}));
+    EXPECT_EQ(Sql("select group_concat(CATEGORY_GALLERY) from LIB_TAG_CATEGORY_TABLE"), "'16'");
+    EXPECT_EQ(Sql("select count(*) from LIB_TAG_TABLE"), "1");
+}
+
 TEST_F(CommandsTagSearch, TagsThatClearCannotTake_AreNamedWhenAllElseIsCleared) {
     TagSome();
     AddOwnGallery();
@@ -232,13 +255,11 @@ TEST_F(CommandsTagSearch, AnItemThatCannotGo_KeepsItsTags) {
 }
 
 // Whatever ends the program in between then costs no tag.
-TEST_F(CommandsTagSearch, LinksGoAfterTheItem) {
+TEST_F(CommandsTagSearch, LinksGoAfterTheItemsOfAFolderOrGallery) {
     TagSome();
     Exec(
         "create trigger first before delete on TAG_ITEM_RELATION_TABLE when exists (select 1 from ITEM_TABLE where "
         "ITEM_ID = old.ITEM_GUID) begin select raise(abort, 'the item is there'); end");
-    Done({"rm", "F\\a.ppm"});
-    EXPECT_EQ(Sql("select count(*) from TAG_ITEM_RELATION_TABLE"), "2");
     Done({"rmdir", "F", "--recursive"});
     EXPECT_EQ(Sql("select count(*) from TAG_ITEM_RELATION_TABLE"), "1");
     Done({"gallery", "rm", "Sounds"});
@@ -249,7 +270,7 @@ TEST_F(CommandsTagSearch, LinksGoAfterTheItem) {
 TEST_F(CommandsTagSearch, LinksThatCannotGo_AreTold) {
     TagSome();
     Exec("create trigger keep before delete on TAG_ITEM_RELATION_TABLE begin select raise(abort, 'kept'); end");
-    EXPECT_NE(Refused({"rm", "F\\a.ppm"}).find("links of tags"), std::string::npos);
+    EXPECT_EQ(Refused({"rm", "F\\a.ppm"}), "qfc: cannot remove F\\a.ppm\n");
     EXPECT_NE(Refused({"rmdir", "F", "--recursive"}).find("F is removed, but links of tags"), std::string::npos);
     EXPECT_NE(Refused({"gallery", "rm", "Sounds"}).find("Sounds is removed, but links of tags"), std::string::npos);
     EXPECT_EQ(Sql("select count(*) from ITEM_TABLE"), "0");

@@ -369,6 +369,18 @@ TEST_F(CommandsWholeLibrary, ImportLibraryDoesNotCountWhatTheDatabaseDoesNotPlac
     EXPECT_EQ(report["failed"], Json{"Media: A\\a.ppm"});
 }
 
+TEST_F(CommandsWholeLibrary, ImportLibraryNamesFoldersThatCannotBePutLast) {
+    for (const char* folder : {"A", "B", "C"}) Done({"mkdir", folder});
+    Done({"rmdir", "A"});
+    Other({"mkdir", "D"});
+    RawDb(Database()).Exec("create trigger keep before update on FOLDER_TABLE begin select raise(abort, 'kept'); end");
+    const Json report = Document({"import-library", OtherDatabase()}, 1);
+    EXPECT_EQ(report["foldersMade"], Json{"Media: D"});
+    EXPECT_EQ(report["failed"], Json{"Media: D"});
+    Done({"rmdir", "D"});
+    EXPECT_EQ(Refused({"import-library", OtherDatabase()}), "qfc: cannot put the folder Media: D last\n");
+}
+
 TEST_F(CommandsWholeLibrary, ImportLibraryTakesTheMasksOfFoldersAsTheyAreStored) {
     Other({"mkdir", "a--b"});
     RawDb(OtherDatabase()).Exec("update FOLDER_TABLE set TRUSTY_TYPE = 8 where FOLDER_NAME = 'a--b'");

@@ -18,10 +18,11 @@ void AddLibraryCommands(Parser& parser) {
     AddPlace(imported, "FILE", importOptions->file, "The other library; it is never changed");
 
     // A flag may be given as "--yes=no".
-    auto [clear, clearOptions] = parser.Add<ClearOptions>(parser.Root(), "clear", "Empty the library; tags stay",
-                                                          "clear --yes", [](const ClearOptions& o) {
-                                                              if (!o.yes) throw WrongUsage("clear wants --yes");
-                                                          });
+    auto [clear, clearOptions] = parser.Add<ClearOptions>(
+        parser.Root(), "clear", "Empty the library; only the tags of predefined galleries stay, without their items",
+        "clear --yes", [](const ClearOptions& o) {
+            if (!o.yes) throw WrongUsage("clear wants --yes");
+        });
     clear->add_flag("--yes", clearOptions->yes, "Really do it")->required();
 
     CLI::App& translate = Parser::AddGroup(parser.Root(), "translate", "Translated names of folders and items",

@@ -5,8 +5,8 @@
 #include "hosts/qfc/library/ChangeLock.h"
 #include "hosts/qfc/library/Galleries.h"
 #include "hosts/qfc/library/Removal.h"
-#include "hosts/qfc/library/TagBackup.h"
 #include "hosts/qfc/library/TagChanges.h"
+#include "hosts/qfc/library/TagWholeChange.h"
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Tree.h"
 #include "hosts/qfc/library/Verify.h"
@@ -44,7 +44,7 @@ public:
           m_tags(session) {
         for (CQFolder* folder : SubFolders(gallery)) m_folders.emplace_back(folder->GetDBId(), ShownName(*folder));
         // Another gallery may get the id of this one, and would have its tags.
-        if (PredefinedName(m_name.id)) return;
+        if (!IsOwnGallery(m_name.id)) return;
         const auto isOwn = [&](const CTagCategory& category) { return category.m_nGallery == m_name.id; };
         std::ranges::copy_if(m_tags.Categories(), std::back_inserter(m_categories), isOwn);
     }
@@ -97,21 +97,9 @@ private:
     void DeleteTags() {
         TagChanges changes(m_tags, m_galleries);
         for (const CTagCategory& category : m_categories) {
-            DeleteCategory(changes, category);
+            const std::string why = "the tags of " + ToText(category.m_strName) + " stay";
+            DeleteWithTags(m_tags, changes, m_galleries, category, why, why);
             m_tagsGone += category.m_tags.size();
-        }
-    }
-
-    // As a whole: its tags come back with their links when it stays.
-    void DeleteCategory(TagChanges& changes, const CTagCategory& category) {
-        const std::string why = "the tags of " + ToText(category.m_strName) + " stay";
-        TagBackup backup;
-        try {
-            backup.Keep(m_tags, m_name.id, category.m_tags);
-            if (!category.m_tags.empty()) changes.DeleteTags(m_name.id, category.m_tags, why);
-            changes.DeleteCategory(category, why);
-        } catch (const Failure& failure) {
-            throw Failure(failure.what() + backup.PutBack(m_tags));
         }
     }
 

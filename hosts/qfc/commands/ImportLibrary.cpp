@@ -30,15 +30,7 @@ public:
 
     void Go() {
         for (const GalleryName& name : m_other.Stored()) {
-            CQGallery* gallery = m_other.Load(name.id);
-            CQGallery* counterpart = gallery != nullptr ? CounterpartOf(name) : nullptr;
-            if (gallery == nullptr) NoteFailed("the gallery " + name.name);
-            if (counterpart == nullptr) {
-                m_tags.LeaveOut(name.id);
-                continue;
-            }
-            m_tags.Pair(name.id, Galleries::NameOf(*counterpart).id);
-            TakeGallery(*gallery, *counterpart);
+            if (!m_interrupt.IsRaised()) TakeGalleryOf(name);
         }
         TakeTags();
     }
@@ -61,11 +53,24 @@ public:
             m_console.Say(summary);
         }
         const bool useful = !m_added.empty() || !m_already.empty() || !m_foldersMade.empty() || !m_tags.Made().empty();
-        if (!useful && m_failed.empty()) m_console.Complain("nothing to import");
+        if (!useful && m_failed.empty() && !m_interrupt.IsRaised()) m_console.Complain("nothing to import");
         return useful && m_failed.empty() && !m_interrupt.IsRaised() ? kDone : kFailed;
     }
 
 private:
+    void TakeGalleryOf(const GalleryName& name) {
+        CQGallery* gallery = m_other.Load(name.id);
+        if (m_interrupt.IsRaised()) return;  // A large gallery takes its time.
+        CQGallery* counterpart = gallery != nullptr ? CounterpartOf(name) : nullptr;
+        if (gallery == nullptr) NoteFailed("the gallery " + name.name);
+        if (counterpart == nullptr) {
+            m_tags.LeaveOut(name.id);
+            return;
+        }
+        m_tags.Pair(name.id, Galleries::NameOf(*counterpart).id);
+        TakeGallery(*gallery, *counterpart);
+    }
+
     // Null when there is none; the other galleries come all the same.
     CQGallery* CounterpartOf(const GalleryName& name) {
         try {
@@ -96,6 +101,10 @@ private:
             TakeItems(*folder, target, to);
         }
         for (const std::string& path : maker.Made()) m_foldersMade.push_back(NameIn(to, path));
+        for (const std::string& path : maker.NotLast()) {
+            m_failed.push_back(NameIn(to, path));
+            m_console.Complain("cannot put the folder " + m_failed.back() + " last");
+        }
     }
 
     void NoteUnseen(const std::vector<CQFolder*>& folders, const CQGallery& to) {
@@ -186,7 +195,7 @@ private:
 
     // Last, since an item may carry tags of any gallery.
     void TakeTags() {
-        m_tags.Take();
+        m_tags.Take([&] { return m_interrupt.IsRaised(); });
         for (const std::string& name : m_tags.Made()) m_console.Say("made the tag " + name);
         for (const std::string& name : m_tags.Tagged()) m_console.Say("tagged " + name);
         for (const std::string& name : m_tags.Failed()) NoteFailed(name);

@@ -1,8 +1,8 @@
 #include "api/QFCLib.h"
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/commands/Interrupt.h"
 #include "hosts/qfc/library/ChangeLock.h"
-#include "hosts/qfc/library/Galleries.h"
 #include "hosts/qfc/library/Session.h"
 #include "hosts/qfc/library/TagClearing.h"
 
@@ -31,15 +31,15 @@ std::string Listed(const std::vector<std::string>& texts) {
 int Run(const ClearOptions&, const Console& console) {
     const std::string path = ExistingLibrary();
     const ChangeLock lock;
+    const Interrupt interrupt;  // A clear that is begun goes as a whole.
     if (!QFCLibraryManager::fnClearDBContent()) throw Failure("cannot clear " + path);
-    const Session session;
-    Galleries galleries(session);
-    if (!galleries.Stored().empty()) throw Failure("cannot clear " + path);
-    const ClearedTags tags = ClearTags(session, galleries);
+    const ClearedTags tags = ClearTags();
+    const std::string cleared =
+        "cleared " + path + (tags.categories.empty() ? "" : " with the tags of " + Listed(tags.categories));
     if (tags.left.empty()) {
-        console.Say("cleared " + path);
+        console.Say(cleared);
     } else {
-        console.Complain("cleared " + path + ", except: " + Listed(tags.left));
+        console.Complain(cleared + ", except: " + Listed(tags.left));
     }
     console.ShowJson({{"cleared", path}, {"categories", tags.categories}, {"failed", tags.left}});
     return tags.left.empty() ? kDone : kFailed;

@@ -2,10 +2,11 @@
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/commands/Describe.h"
+#include "hosts/qfc/commands/Interrupt.h"
 #include "hosts/qfc/commands/TagText.h"
 #include "hosts/qfc/library/ChangeLock.h"
-#include "hosts/qfc/library/TagBackup.h"
 #include "hosts/qfc/library/TagChanges.h"
+#include "hosts/qfc/library/TagWholeChange.h"
 #include "hosts/qfc/library/Text.h"
 
 #include <algorithm>
@@ -73,20 +74,28 @@ std::string NamesOf(const std::vector<FoundTag>& tags) {
     return names;
 }
 
-// Changes the tags gallery by gallery; when one fails, the others are as before.
+std::list<CLibTag> TagsIn(const std::vector<FoundTag>& found) {
+    std::list<CLibTag> tags;
+    for (const FoundTag& tag : found) tags.push_back(tag.tag);
+    return tags;
+}
+
+// Changes the tags gallery by gallery, all or none; `isDone` tells of each whether it is changed.
 void ForEachGallery(Tags& tags, const TagsByGallery& found,
-                    const std::function<void(int, std::list<CLibTag>, const std::string&)>& change) {
-    TagBackup backup;
-    try {
-        for (const auto& [gallery, same] : found) {
-            std::list<CLibTag> list;
-            for (const FoundTag& tag : same) list.push_back(tag.tag);
-            if (found.size() > 1) backup.Keep(tags, gallery, list);
-            change(gallery, list, NamesOf(same));
-        }
-    } catch (const Failure& failure) {
-        throw Failure(failure.what() + backup.PutBack(tags));
-    }
+                    const std::function<void(int, std::list<CLibTag>, const std::string&)>& change,
+                    const std::function<bool(const CLibTag&)>& isDone) {
+    const Interrupt interrupt;
+    TagBackup before;
+    for (const auto& [gallery, same] : found) before.Keep(tags, gallery, TagsIn(same));
+    const auto changeAll = [&] {
+        for (const auto& [gallery, same] : found) change(gallery, TagsIn(same), NamesOf(same));
+    };
+    const auto isAllDone = [&] {
+        return std::ranges::all_of(found, [&](const auto& each) {
+            return std::ranges::all_of(each.second, [&](const FoundTag& tag) { return isDone(tag.tag); });
+        });
+    };
+    ChangeOrAsBefore(tags, before, changeAll, isAllDone);
 }
 
 int SetChecked(const TagCheckOptions& options, bool checked, const Console& console) {
@@ -96,10 +105,15 @@ int SetChecked(const TagCheckOptions& options, bool checked, const Console& cons
     Tags tags(session);
     TagChanges changes(tags, galleries);
     const TagsByGallery found = ByGallery(tags, options.tags, NamedGallery(galleries, options.gallery));
-    ForEachGallery(tags, found, [&](int gallery, std::list<CLibTag> same, const std::string& names) {
+    const auto change = [&](int gallery, std::list<CLibTag> same, const std::string& names) {
         for (CLibTag& tag : same) tag.m_bChecked = checked;
         changes.StoreTags(gallery, same, std::string("cannot ") + (checked ? "check " : "uncheck ") + names);
-    });
+    };
+    const auto isDone = [&](CLibTag tag) {
+        tag.m_bChecked = checked;
+        return IsStoredAs(tags, tag);
+    };
+    ForEachGallery(tags, found, change, isDone);
     Json json = Json::array();
     for (const auto& [gallery, same] : found) {
         console.Say((checked ? "checked " : "unchecked ") + NamesOf(same));
@@ -169,17 +183,21 @@ int Run(const TagDeleteOptions& options, const Console& console) {
             if (!tag.tag.m_bDeletable) throw Failure(QualifiedName(tag) + " cannot be deleted");
         }
     }
+    std::list<GUID> guids;
+    for (const auto& [gallery, same] : found) guids.splice(guids.end(), GuidsOf(TagsIn(same)));
+    const std::vector<FoundItem> carriers = Carriers(galleries, guids);
     TagChanges changes(tags, galleries);
+    const auto change = [&](int gallery, const std::list<CLibTag>& same, const std::string& names) {
+        changes.DeleteTags(gallery, same, "cannot delete " + names);
+    };
+    ForEachGallery(tags, found, change, [&](const CLibTag& tag) { return IsGone(tags, tag.m_guid); });
+    Forget(carriers, guids);
     Json deleted = Json::array(), items = Json::array();
-    ForEachGallery(tags, found, [&](int gallery, const std::list<CLibTag>& same, const std::string& names) {
-        for (const FoundItem& item : changes.DeleteTags(gallery, same, "cannot delete " + names)) {
-            items.push_back(ItemJson(*item.gallery, *item.item, tags));
-        }
-    });
     for (const auto& [gallery, same] : found) {
         for (const FoundTag& tag : same) deleted.push_back(TagJson(tag));
         console.Say("deleted " + NamesOf(same));
     }
+    for (const FoundItem& item : carriers) items.push_back(ItemJson(*item.gallery, *item.item, tags));
     console.ShowJson({{"deleted", deleted}, {"items", items}});
     return kDone;
 }

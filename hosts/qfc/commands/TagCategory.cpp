@@ -2,10 +2,11 @@
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/commands/Describe.h"
+#include "hosts/qfc/commands/Interrupt.h"
 #include "hosts/qfc/commands/TagText.h"
 #include "hosts/qfc/library/ChangeLock.h"
-#include "hosts/qfc/library/TagBackup.h"
 #include "hosts/qfc/library/TagChanges.h"
+#include "hosts/qfc/library/TagWholeChange.h"
 #include "hosts/qfc/library/Text.h"
 
 #include <algorithm>
@@ -14,33 +15,11 @@
 namespace qfc::host {
 namespace {
 
-std::string NameOf(const Tags& tags, const CTagCategory& category) {
-    return tags.GalleryName(category.m_nGallery) + ":" + ToText(category.m_strName);
-}
-
 void RefuseClash(const Tags& tags, const std::string& name, int gallery, const GUID& self) {
     const CTagCategory* other = tags.CategoryNamed(name, gallery);
     if (other != nullptr && !(other->m_guid == self)) {
-        throw Failure("there is a category " + NameOf(tags, *other) + " already");
+        throw Failure("there is a category " + CategoryLabel(tags, *other) + " already");
     }
-}
-
-// A category that is deleted would leave its tags behind: they go first, with their links, and come back when the
-// category cannot go.
-std::vector<FoundItem> DeleteWithTags(Tags& tags, TagChanges& changes, const CTagCategory& category) {
-    const std::string name = NameOf(tags, category);
-    TagBackup backup;
-    std::vector<FoundItem> items;
-    if (!category.m_tags.empty()) {
-        backup.Keep(tags, category.m_nGallery, category.m_tags);
-        items = changes.DeleteTags(category.m_nGallery, category.m_tags, "cannot delete the tags of " + name);
-    }
-    try {
-        changes.DeleteCategory(category, "cannot delete " + name);
-    } catch (const Failure& failure) {
-        throw Failure(failure.what() + backup.PutBack(tags));
-    }
-    return items;
 }
 
 }  // namespace
@@ -57,7 +36,7 @@ int Run(const TagCategoryCreateOptions& options, const Console& console) {
     category.m_strName = ToCString(options.name);
     RefuseClash(tags, options.name, category.m_nGallery, GUID_NULL);
     TagChanges(tags, galleries).StoreCategory(category, "cannot make the category " + options.name);
-    console.Say("made the category " + NameOf(tags, category));
+    console.Say("made the category " + CategoryLabel(tags, category));
     console.ShowJson(CategoryJson(tags, category));
     return kDone;
 }
@@ -70,11 +49,11 @@ int Run(const TagCategoryRenameOptions& options, const Console& console) {
     Tags tags(session);
     CTagCategory category = tags.FindCategory(options.category, NamedGallery(galleries, options.gallery));
     RefuseClash(tags, options.name, category.m_nGallery, category.m_guid);
-    const std::string what = "cannot rename " + NameOf(tags, category);
+    const std::string what = "cannot rename " + CategoryLabel(tags, category);
     // The library replaces the category with all its tags, so they go along.
     category.m_strName = ToCString(options.name);
     TagChanges(tags, galleries).StoreCategory(category, what);
-    console.Say("renamed to " + NameOf(tags, category));
+    console.Say("renamed to " + CategoryLabel(tags, category));
     console.ShowJson(CategoryJson(tags, category));
     return kDone;
 }
@@ -85,14 +64,16 @@ int Run(const TagCategoryDeleteOptions& options, const Console& console) {
     Galleries galleries(session);
     Tags tags(session);
     const CTagCategory category = tags.FindCategory(options.category, NamedGallery(galleries, options.gallery));
-    const std::string name = NameOf(tags, category);
+    const std::string name = CategoryLabel(tags, category);
     const auto isKept = [](const CLibTag& tag) { return !tag.m_bDeletable; };
     if (!category.m_bDeletable || std::ranges::any_of(category.m_tags, isKept)) {
         throw Failure(name + " cannot be deleted" + (category.m_bDeletable ? ": it has tags that cannot" : ""));
     }
     TagChanges changes(tags, galleries);
     Json items = Json::array();
-    for (const FoundItem& item : DeleteWithTags(tags, changes, category)) {
+    const Interrupt interrupt;
+    for (const FoundItem& item : DeleteWithTags(tags, changes, galleries, category, "cannot delete the tags of " + name,
+                                                "cannot delete " + name)) {
         items.push_back(ItemJson(*item.gallery, *item.item, tags));
     }
     console.Say("deleted " + name + " with " + Counted(category.m_tags.size(), "tag"));

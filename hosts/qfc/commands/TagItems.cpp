@@ -2,10 +2,11 @@
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/commands/Describe.h"
+#include "hosts/qfc/commands/Interrupt.h"
 #include "hosts/qfc/commands/TagText.h"
 #include "hosts/qfc/library/ChangeLock.h"
-#include "hosts/qfc/library/TagBackup.h"
 #include "hosts/qfc/library/TagChanges.h"
+#include "hosts/qfc/library/TagWholeChange.h"
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Tree.h"
 
@@ -13,6 +14,7 @@
 #include <functional>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <set>
 
 namespace qfc::host {
 namespace {
@@ -56,29 +58,35 @@ constexpr Direction kTake{&TagChanges::Unlink, false, "cannot remove ", "untagge
 // Which tags a name means depends on the gallery of the item; those that get the same ones are changed together.
 using Groups = std::map<std::vector<GUID>, std::vector<CQItem*>>;
 
+bool IsDone(const Tags& tags, const Groups::value_type& group, const Direction& direction) {
+    return std::ranges::all_of(group.first, [&](const GUID& tag) {
+        const std::set<GUID> carriers = tags.CarriersOf(tag);
+        return std::ranges::all_of(group.second, [&](const CQItem* item) {
+            return carriers.contains(item->GetUniqueID()) == direction.carriesAfterwards;
+        });
+    });
+}
+
 void ChangeGroups(Tags& tags, Galleries& galleries, const Groups& groups, const Direction& direction,
                   const std::string& what) {
     TagChanges changes(tags, galleries);
-    TagBackup backup;
-    if (groups.size() > 1) {
-        std::map<int, std::map<GUID, CLibTag>> changing;
-        for (const auto& [guids, items] : groups) {
-            for (const GUID& guid : guids) {
-                const FoundTag tag = *tags.ByGuid(guid);
-                changing[tag.gallery].emplace(guid, tag.tag);
-            }
-        }
-        for (const auto& [gallery, byGuid] : changing) {
-            for (const auto& [guid, tag] : byGuid) backup.Keep(tags, gallery, {tag});
-        }
+    const Interrupt interrupt;
+    std::set<GUID> changing;
+    for (const auto& [guids, items] : groups) changing.insert(guids.begin(), guids.end());
+    TagBackup before;
+    for (const GUID& guid : changing) {
+        const FoundTag tag = *tags.ByGuid(guid);
+        before.Keep(tags, tag.gallery, {tag.tag});
     }
-    try {
+    const auto change = [&] {
         for (const auto& [guids, items] : groups) {
             (changes.*direction.change)(items, {guids.begin(), guids.end()}, what);
         }
-    } catch (const Failure& failure) {
-        throw Failure(failure.what() + backup.PutBack(tags));
-    }
+    };
+    const auto isDone = [&] {
+        return std::ranges::all_of(groups, [&](const auto& group) { return IsDone(tags, group, direction); });
+    };
+    ChangeOrAsBefore(tags, before, change, isDone);
 }
 
 // All names are looked up before anything is changed. Items that stand so already are not touched, and not counted.

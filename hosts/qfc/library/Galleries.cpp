@@ -67,7 +67,7 @@ std::vector<std::string> PredefinedNames() {
     return names;
 }
 
-bool IsOwnGallery(int id) { return id >= kFirstOwnId; }
+bool IsOwnGallery(int id) { return !PredefinedName(id); }
 
 std::vector<GalleryName> Galleries::Stored(DBTools* other) {
     std::vector<StoredGallery> rows;

@@ -21,7 +21,7 @@ struct GalleryName {
 std::optional<std::string> PredefinedName(int id);
 // The names of all that are there by nature.
 std::vector<std::string> PredefinedNames();
-// Made by its user: such a gallery takes its tags along, since the next one may get its id.
+// Not there by nature, whatever its id: when such a gallery goes, its tags go along, since the next one may get its id.
 bool IsOwnGallery(int id);
 
 // The galleries of a running session, by id or name, each loaded at most once: loading a gallery a second time would

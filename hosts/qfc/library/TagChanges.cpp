@@ -10,6 +10,7 @@
 namespace qfc::host {
 namespace {
 
+constexpr const char* kNotStored = "cannot store the default tags";
 constexpr const char* kNoDefaults = "there are no default tags beside the program";
 
 // What a store that could not be filled has read was taken back, so it reads once more.
@@ -39,12 +40,6 @@ bool CarriesOneOf(const CQItem& item, const std::list<GUID>& tags) {
     return std::ranges::any_of(tags, [&](const GUID& tag) { return item.IsTagExist(tag) != 0; });
 }
 
-std::list<GUID> GuidsOf(const std::list<CLibTag>& tags) {
-    std::list<GUID> guids;
-    for (const CLibTag& tag : tags) guids.push_back(tag.m_guid);
-    return guids;
-}
-
 }  // namespace
 
 bool IsStoredAs(const Tags& tags, const CLibTag& wanted) {
@@ -56,13 +51,39 @@ bool IsStoredAs(const Tags& tags, const CLibTag& wanted) {
            IsSamePicture(tag, wanted);
 }
 
+bool IsStoredAs(const Tags& tags, const CTagCategory& wanted) {
+    const CTagCategory* stored = tags.CategoryByGuid(wanted.m_guid);
+    return stored != nullptr && stored->m_strName == wanted.m_strName && stored->m_nGallery == wanted.m_nGallery &&
+           stored->m_nType == wanted.m_nType && stored->m_bDeletable == wanted.m_bDeletable;
+}
+
+bool IsGone(const Tags& tags, const GUID& tag) { return !tags.ByGuid(tag) && tags.CarriersOf(tag).empty(); }
+
+std::list<GUID> GuidsOf(const std::list<CLibTag>& tags) {
+    std::list<GUID> guids;
+    for (const CLibTag& tag : tags) guids.push_back(tag.m_guid);
+    return guids;
+}
+
 TagChanges::TagChanges(Tags& tags, Galleries& galleries) : m_tags(tags), m_galleries(galleries) {
     QFCLibraryManager::fnLoadLibTag();
 }
 
+void TagChanges::Look(const std::string& what) {
+    if (!m_tags.TryReload()) throw Failure(what + ": the tags that are stored cannot be read");
+}
+
+std::set<GUID> TagChanges::Linked(const GUID& tag, const std::string& what) const {
+    try {
+        return m_tags.CarriersOf(tag);
+    } catch (const Failure& failure) {
+        throw Failure(what + ": " + failure.what());
+    }
+}
+
 void TagChanges::StoreTags(int gallery, const std::list<CLibTag>& tags, const std::string& what) {
     QFCLibraryManager::fnUpdateTag(static_cast<DWORD>(gallery), tags);
-    m_tags.Reload();
+    Look(what);
     for (const CLibTag& tag : tags) {
         if (!IsStoredAs(m_tags, tag)) throw Failure(what);
     }
@@ -70,37 +91,26 @@ void TagChanges::StoreTags(int gallery, const std::list<CLibTag>& tags, const st
 
 void TagChanges::StoreCategory(const CTagCategory& category, const std::string& what) {
     QFCLibraryManager::fnUpdateTagCategory(static_cast<DWORD>(category.m_nGallery), {category});
-    m_tags.Reload();
-    const CTagCategory* stored = m_tags.CategoryByGuid(category.m_guid);
-    const bool isSame = stored != nullptr && stored->m_strName == category.m_strName &&
-                        stored->m_nGallery == category.m_nGallery && stored->m_nType == category.m_nType &&
-                        stored->m_bDeletable == category.m_bDeletable;
+    Look(what);
     const auto isStored = [&](const CLibTag& tag) { return IsStoredAs(m_tags, tag); };
-    if (!isSame || !std::ranges::all_of(category.m_tags, isStored)) throw Failure(what);
+    if (!IsStoredAs(m_tags, category) || !std::ranges::all_of(category.m_tags, isStored)) throw Failure(what);
 }
 
 void TagChanges::RequireGone(const std::list<GUID>& guids, const std::string& what) {
-    m_tags.Reload();
+    Look(what);
     for (const GUID& guid : guids) {
-        if (m_tags.ByGuid(guid) || !m_tags.CarriersOf(guid).empty()) throw Failure(what);
+        if (m_tags.ByGuid(guid) || !Linked(guid, what).empty()) throw Failure(what);
     }
 }
 
-std::vector<FoundItem> TagChanges::DeleteTags(int gallery, const std::list<CLibTag>& tags, const std::string& what) {
-    const std::list<GUID> guids = GuidsOf(tags);
-    const std::vector<FoundItem> carriers = Carriers(m_galleries, guids);
+void TagChanges::DeleteTags(int gallery, const std::list<CLibTag>& tags, const std::string& what) {
     QFCLibraryManager::fnDeleteTag(static_cast<DWORD>(gallery), tags);
-    RequireGone(guids, what);
-    // The service tells the loaded items nothing of it.
-    for (const FoundItem& carrier : carriers) {
-        for (const GUID& guid : guids) carrier.item->RemoveLibTag(guid);
-    }
-    return carriers;
+    RequireGone(GuidsOf(tags), what);
 }
 
 void TagChanges::DeleteCategory(const CTagCategory& category, const std::string& what) {
     QFCLibraryManager::fnDeleteTagCategory(static_cast<DWORD>(category.m_nGallery), {category});
-    m_tags.Reload();
+    Look(what);
     if (m_tags.CategoryByGuid(category.m_guid) != nullptr) throw Failure(what);
 }
 
@@ -111,19 +121,19 @@ std::vector<FoundItem> TagChanges::Merge(int gallery, const CLibTag& target, con
     const std::vector<FoundItem> carriers = Carriers(m_galleries, guids);
     QFCLibraryManager::fnMergeFaceTag(static_cast<DWORD>(gallery), target.m_guid, guids);
     RequireGone(guids, what);
-    const std::set<GUID> linked = m_tags.CarriersOf(target.m_guid);
+    const std::set<GUID> linked = Linked(target.m_guid, what);
     for (const FoundItem& carrier : carriers) {
         if (!linked.contains(std::as_const(*carrier.item).GetUniqueID())) throw Failure(what);
-        for (const GUID& guid : guids) carrier.item->RemoveLibTag(guid);
         if (!carrier.item->IsTagExist(target.m_guid)) carrier.item->AddLibTag(target.m_guid);
     }
+    Forget(carriers, guids);
     return carriers;
 }
 
 void TagChanges::Link(const std::vector<CQItem*>& items, const std::list<GUID>& tags, const std::string& what) {
     QFCLibraryManager::fnInsertLibTag2Item(items, tags);
     for (const GUID& tag : tags) {
-        const std::set<GUID> linked = m_tags.CarriersOf(tag);
+        const std::set<GUID> linked = Linked(tag, what);
         for (const CQItem* item : items) {
             if (!item->IsTagExist(tag) || !linked.contains(item->GetUniqueID())) throw Failure(what);
         }
@@ -133,7 +143,7 @@ void TagChanges::Link(const std::vector<CQItem*>& items, const std::list<GUID>& 
 void TagChanges::Unlink(const std::vector<CQItem*>& items, const std::list<GUID>& tags, const std::string& what) {
     QFCLibraryManager::fnDeleteLibTagFromItem(items, tags);
     for (const GUID& tag : tags) {
-        const std::set<GUID> linked = m_tags.CarriersOf(tag);
+        const std::set<GUID> linked = Linked(tag, what);
         for (const CQItem* item : items) {
             if (item->IsTagExist(tag) || linked.contains(item->GetUniqueID())) throw Failure(what);
         }
@@ -146,15 +156,15 @@ void TagChanges::StoreDefaults() {
     store.SetTagsToDefault(none);
     QFCLibraryManager::fnCreateDefaultTag();
     // Now the store holds the defaults, if there are any and they could be written.
-    if (store.IsEmpty()) throw Failure(HasDefaults(store) ? "cannot store the default tags" : kNoDefaults);
-    m_tags.Reload();
+    if (store.IsEmpty()) throw Failure(HasDefaults(store) ? kNotStored : kNoDefaults);
+    Look(kNotStored);
     for (const auto& [gallery, names] : store.GetCategoryTemplate()) {
         for (const CTagCategory& category : store.GetTagsData(gallery)) {
             const auto isStored = [&](const CLibTag& tag) { return IsStoredAs(m_tags, tag); };
             if (m_tags.CategoryByGuid(category.m_guid) != nullptr && std::ranges::all_of(category.m_tags, isStored)) {
                 continue;
             }
-            throw Failure("cannot store the default tags");
+            throw Failure(kNotStored);
         }
     }
     none.clear();
@@ -168,6 +178,13 @@ std::vector<FoundItem> Carriers(Galleries& galleries, const std::list<GUID>& tag
         if (CarriesOneOf(*found.item, tags)) carriers.push_back(found);
     });
     return carriers;
+}
+
+// The service tells loaded items nothing of tags that go.
+void Forget(const std::vector<FoundItem>& items, const std::list<GUID>& tags) {
+    for (const FoundItem& found : items) {
+        for (const GUID& tag : tags) found.item->RemoveLibTag(tag);
+    }
 }
 
 std::map<GUID, std::size_t> CountCarriers(Galleries& galleries) {

@@ -10,7 +10,8 @@
 namespace qfc::host {
 
 // Changes of tags. Each goes through the library's service, then looks at what is stored; `tags` shows it afterwards.
-// Every function throws Failure with `what` could not be done when it is not there. Loaded items learn of it, too.
+// Every function throws Failure with `what` could not be done when it is not there, or cannot be read. Loaded items
+// learn of it, too, unless another thing is said.
 // Main thread.
 class TagChanges {
 public:
@@ -21,8 +22,8 @@ public:
     void StoreTags(int gallery, const std::list<CLibTag>& tags, const std::string& what);
     // The category with exactly the tags given, which may be new; those that it has had stay stored.
     void StoreCategory(const CTagCategory& category, const std::string& what);
-    // With their links. Gives the items that carried one of them, each once, without them.
-    std::vector<FoundItem> DeleteTags(int gallery, const std::list<CLibTag>& tags, const std::string& what);
+    // With their links. Loaded items carry them until they are told with Forget.
+    void DeleteTags(int gallery, const std::list<CLibTag>& tags, const std::string& what);
     // The category alone: its tags go before it.
     void DeleteCategory(const CTagCategory& category, const std::string& what);
     // The items of the sources get the target, the sources go; all of one gallery. Gives the items.
@@ -34,6 +35,8 @@ public:
     void StoreDefaults();
 
 private:
+    void Look(const std::string& what);
+    std::set<GUID> Linked(const GUID& tag, const std::string& what) const;
     void RequireGone(const std::list<GUID>& guids, const std::string& what);
 
     Tags& m_tags;
@@ -42,8 +45,15 @@ private:
 
 // The tag stands there with exactly these values.
 bool IsStoredAs(const Tags& tags, const CLibTag& wanted);
+// The same of a category, whatever tags it has.
+bool IsStoredAs(const Tags& tags, const CTagCategory& wanted);
+// Neither the tag stands there nor a link to it. Throws Failure when that cannot be read.
+bool IsGone(const Tags& tags, const GUID& tag);
+std::list<GUID> GuidsOf(const std::list<CLibTag>& tags);
 // The loaded items of all galleries that carry one of the tags, as they stand in memory.
 std::vector<FoundItem> Carriers(Galleries& galleries, const std::list<GUID>& tags);
+// The items carry none of the tags any more, in memory.
+void Forget(const std::vector<FoundItem>& items, const std::list<GUID>& tags);
 // How many living items carry each tag; an item that is in several galleries counts once.
 std::map<GUID, std::size_t> CountCarriers(Galleries& galleries);
 

@@ -44,15 +44,21 @@ void TakeOwnCategories(Tags& tags, TagChanges& changes, ClearedTags& cleared) {
     std::ranges::copy_if(tags.Categories(), std::back_inserter(own),
                          [](const CTagCategory& category) { return IsOwnGallery(category.m_nGallery); });
     for (const CTagCategory& category : own) {
-        const std::string name = tags.GalleryName(category.m_nGallery) + ":" + ToText(category.m_strName);
+        const std::string name = CategoryLabel(tags, category);
         try {
             if (!category.m_tags.empty()) changes.DeleteTags(category.m_nGallery, category.m_tags, name);
             changes.DeleteCategory(category, name);
             cleared.categories.push_back(name);
         } catch (const Failure&) {
+            const bool isRead = tags.TryReload();
             const CTagCategory* stays = tags.CategoryByGuid(category.m_guid);
-            const bool isEmpty = stays != nullptr && stays->m_tags.empty();
-            cleared.left.push_back((isEmpty ? "the category " : "the tags of ") + name);
+            if (isRead && stays == nullptr) {
+                cleared.categories.push_back(name);
+                continue;
+            }
+            const bool isEmpty = isRead && stays->m_tags.empty();
+            const char* unseen = isRead ? "" : ", which cannot be read";
+            cleared.left.push_back((isEmpty ? "the category " : "the tags of ") + name + unseen);
         }
     }
 }
@@ -80,18 +86,17 @@ void TakeLinksWithTheirTags(Tags& tags, const std::set<GUID>& goneTags, ClearedT
         TagBackup backup;
         if (!goneTags.contains(guid)) backup.Keep(tags, found.gallery, {found.tag});
         QFCLibraryManager::fnDeleteTag(static_cast<DWORD>(found.gallery), {found.tag});
-        tags.Reload();
         if (!backup.PutBack(tags).empty())
             cleared.left.push_back("the tag " + QualifiedName(found) + ", which is changed");
     }
 }
 
-}  // namespace
-
-ClearedTags ClearTags(const Session& session, Galleries& galleries) {
+void TakeAll(ClearedTags& cleared) {
+    const Session session;
+    Galleries galleries(session);
+    if (!galleries.Stored().empty()) throw Failure("there are galleries again");
     Tags tags(session);
     TagChanges changes(tags, galleries);
-    ClearedTags cleared;
     TakeOwnCategories(tags, changes, cleared);
     const Links links = LookAtLinks();
     TakeNamedLinks(tags, links.items);
@@ -101,6 +106,17 @@ ClearedTags ClearTags(const Session& session, Galleries& galleries) {
         cleared.left.push_back("links of tags without a valid GUID, which nothing can name ('qfc check' lists them)");
     } else if (!left.items.empty()) {
         cleared.left.push_back("links of tags to items that are gone ('qfc check' lists them)");
+    }
+}
+
+}  // namespace
+
+ClearedTags ClearTags() {
+    ClearedTags cleared;
+    try {
+        TakeAll(cleared);
+    } catch (const Failure& failure) {
+        cleared.left.push_back(std::string("tags and links that could not be looked at: ") + failure.what());
     }
     return cleared;
 }

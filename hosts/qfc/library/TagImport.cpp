@@ -25,8 +25,9 @@ void TagImport::Note(const CQItem& there, CQItem& here, const std::string& name)
     m_items[place->second].tags.insert(carried.begin(), carried.end());
 }
 
-void TagImport::Take() {
+void TagImport::Take(const std::function<bool()>& isInterrupted) {
     for (const CTagCategory& there : m_other) {
+        if (isInterrupted()) return;
         if (const auto gallery = GalleryFor(there.m_nGallery)) {
             TakeCategory(there, *gallery);
         } else {
@@ -35,7 +36,7 @@ void TagImport::Take() {
                                (isLeftOut ? ", whose gallery cannot come" : ", whose gallery is not there"));
         }
     }
-    Link();
+    Link(isInterrupted);
 }
 
 std::optional<int> TagImport::GalleryFor(int from) const {
@@ -121,7 +122,7 @@ void TagImport::TakeCategory(const CTagCategory& there, int gallery) {
     for (const CLibTag& tag : missing) m_made.push_back(QualifiedName(*m_tags.ByGuid(tag.m_guid)));
 }
 
-void TagImport::Link() {
+void TagImport::Link(const std::function<bool()>& isInterrupted) {
     std::map<std::vector<GUID>, std::vector<const Item*>> groups;
     for (const Item& item : m_items) {
         std::set<GUID> lacking;
@@ -134,6 +135,7 @@ void TagImport::Link() {
     }
     std::set<const Item*> tagged, refused;
     for (const auto& [tags, group] : groups) {
+        if (isInterrupted()) break;
         std::vector<CQItem*> items;
         for (const Item* item : group) items.push_back(item->here);
         try {

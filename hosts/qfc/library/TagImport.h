@@ -3,7 +3,9 @@
 #include "hosts/qfc/library/TagChanges.h"
 #include "hosts/qfc/library/Tags.h"
 
+#include <functional>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -27,8 +29,8 @@ public:
     void LeaveOut(int from) { m_leftOut.insert(from); }
     // `there` is `here`, which has to live until everything is taken. `name` is what to call it.
     void Note(const CQItem& there, CQItem& here, const std::string& name);
-    // Makes what is missing, and looks. Once.
-    void Take();
+    // Makes what is missing, and looks. Once. Where `isInterrupted` is true nothing new is begun.
+    void Take(const std::function<bool()>& isInterrupted);
 
     const std::vector<std::string>& Made() const { return m_made; }      // Tags, qualified.
     const std::vector<std::string>& Tagged() const { return m_tagged; }  // Names of items that have new tags now.
@@ -47,7 +49,7 @@ private:
     std::size_t CountNamed(const std::string& name, int gallery) const;
     GUID FreeGuid(const GUID& wanted) const;
     std::optional<int> GalleryFor(int from) const;
-    void Link();
+    void Link(const std::function<bool()>& isInterrupted);
 
     Tags& m_tags;
     TagChanges& m_changes;

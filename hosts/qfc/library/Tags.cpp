@@ -43,10 +43,6 @@ std::string Where(const Tags& tags, std::optional<int> gallery) {
     return gallery ? " in the gallery " + tags.GalleryName(*gallery) : "";
 }
 
-std::string LabelOf(const Tags& tags, const CTagCategory& category) {
-    return tags.GalleryName(category.m_nGallery) + ":" + ToText(category.m_strName);
-}
-
 FoundTag OnlyOne(const std::vector<FoundTag>& found, const std::string& text, const std::string& where) {
     if (found.size() == 1) return found.front();
     if (found.empty()) throw Failure("no tag " + text + where);
@@ -59,7 +55,12 @@ FoundTag OnlyOne(const std::vector<FoundTag>& found, const std::string& text, co
 Tags::Tags(const Session&) {
     m_session = QFCLibraryManager::StartDbSession4ImportLib(ToCString(LibraryPath()));
     if (m_session == 0) throw Failure("cannot read the tags of " + LibraryPath());
-    Reload();
+    try {
+        Reload();
+    } catch (const Failure&) {
+        QFCLibraryManager::EndDbSession4ImportLib(m_session);
+        throw;
+    }
 }
 
 Tags::~Tags() { QFCLibraryManager::EndDbSession4ImportLib(m_session); }
@@ -67,14 +68,26 @@ Tags::~Tags() { QFCLibraryManager::EndDbSession4ImportLib(m_session); }
 void Tags::Reload() {
     std::vector<CTagCategory> categories;
     if (!ToolsOf(m_session).LoadTags(categories)) throw Failure("cannot read the tags of " + LibraryPath());
+    const auto galleries = Galleries::Stored(nullptr);
     m_categories = std::move(categories);
     std::ranges::stable_sort(m_categories, {}, &CTagCategory::m_nGallery);
     m_galleryNames.clear();
-    for (const auto& gallery : Galleries::Stored(nullptr)) m_galleryNames.emplace(gallery.id, gallery.name);
+    for (const auto& gallery : galleries) m_galleryNames.emplace(gallery.id, gallery.name);
     m_byGuid.clear();
     for (const CTagCategory& category : m_categories) {
         for (const CLibTag& tag : category.m_tags) m_byGuid.emplace(tag.m_guid, Entry(category, tag));
     }
+}
+
+bool Tags::TryReload() {
+    for (int tries = 0; tries < 2; ++tries) {
+        try {
+            Reload();
+            return true;
+        } catch (const Failure&) {  // A fault may pass, as the lock of another program does.
+        }
+    }
+    return false;
 }
 
 std::string Tags::GalleryName(int gallery) const {
@@ -153,7 +166,7 @@ std::vector<CTagCategory> Tags::CategoriesCalled(const std::string& text, std::o
         if (gallery && category.m_nGallery != *gallery) continue;
         if (IsSameTagName(ToText(category.m_strName), text)) {
             byName.push_back(category);
-        } else if (IsSameTagName(LabelOf(*this, category), text)) {
+        } else if (IsSameTagName(CategoryLabel(*this, category), text)) {
             byPlace.push_back(category);
         }
     }
@@ -164,7 +177,7 @@ CTagCategory Tags::FindCategory(const std::string& text, std::optional<int> gall
     const std::vector<CTagCategory> found = CategoriesCalled(text, gallery);
     if (found.empty()) throw Failure("no category " + text + Where(*this, gallery));
     if (found.size() == 1) return found.front();
-    const auto label = [&](const CTagCategory& category) { return LabelOf(*this, category); };
+    const auto label = [&](const CTagCategory& category) { return CategoryLabel(*this, category); };
     throw Failure("several categories are called " + text + ": " +
                   TellApart(found, label, [](const CTagCategory& category) { return category.m_guid; }));
 }
@@ -202,6 +215,10 @@ std::vector<FoundTag> Tags::Of(const CQItem& item) const {
         return std::pair(name.empty(), name);
     });
     return tags;
+}
+
+std::string CategoryLabel(const Tags& tags, const CTagCategory& category) {
+    return tags.GalleryName(category.m_nGallery) + ":" + ToText(category.m_strName);
 }
 
 std::string QualifiedName(const FoundTag& tag) { return tag.galleryName + ":" + InCategory(tag); }

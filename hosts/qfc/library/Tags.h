@@ -32,8 +32,11 @@ public:
     Tags(const Tags&) = delete;
     Tags& operator=(const Tags&) = delete;
 
-    // Reads everything again; what was handed out before is a copy and stays.
+    // Reads everything again; what was handed out before is a copy and stays. On Failure it shows what it showed.
     void Reload();
+    // The same, and once more when it fails: after a change, what is stored has to be known. False when it cannot be
+    // read.
+    bool TryReload();
     // By gallery, then as stored.
     const std::vector<CTagCategory>& Categories() const { return m_categories; }
     std::string GalleryName(int gallery) const;
@@ -74,6 +77,8 @@ private:
     std::map<GUID, FoundTag> m_byGuid;
 };
 
+// "GALLERY:Category".
+std::string CategoryLabel(const Tags& tags, const CTagCategory& category);
 // "GALLERY:Category/Tag".
 std::string QualifiedName(const FoundTag& tag);
 // "Beach, Sunset"; tags without a name are left out.
