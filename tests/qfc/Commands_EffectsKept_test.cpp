@@ -27,6 +27,10 @@ protected:
             fs::permissions(entry, fs::perms(entry.is_directory() ? 0777 : 0666));
         }
     }
+    QfcResult ScanAsNobody() const {
+        return Qfc({"--json", "effects", "scan", m_plugins.Path()},
+                   {.unprivileged = true, .largestFile = std::nullopt, .narrowPipe = false});
+    }
     void ExpectTagged(const std::string& file, bool isMissing) const {
         const Json listed = Done({"effects", "list"});
         EXPECT_THAT(Values(listed, "file"), testing::Contains(file));
@@ -47,14 +51,29 @@ TEST_F(EffectsKept, WhenTheirFileMayNotBeRead) {
     for (const std::string& folder : {m_folder.Path(), m_host.Path(), m_plugins.Path()}) Open(folder);
     fs::permissions(file, fs::perms::none);
     const std::string before = DumpOf(Database());
-    const QfcResult result = Qfc({"--json", "effects", "scan", m_plugins.Path()},
-                                 {.unprivileged = true, .largestFile = std::nullopt, .narrowPipe = false});
+    const QfcResult result = ScanAsNobody();
     EXPECT_EQ(result.exit, 1);
     EXPECT_EQ(Values(Json::parse(result.out)["unknown"], "file"), Names{file}) << result.out;
     EXPECT_EQ(DumpOf(Database()), before);
     // Its size and its time are what they were: nothing may be remembered of them.
     fs::permissions(file, fs::perms(0644));
     EXPECT_EQ(Values(Scan()["updated"], "name"), Names{"Shine"});
+}
+
+TEST_F(EffectsKept, OfAFileThatMayNotBeReadThereAreNone_SoItHidesNoNamesake) {
+    if (!CanRunUnprivileged()) GTEST_SKIP() << "nobody else can start the program here";
+    Done({"mkdir", "Other", "--gallery", "Filters"});
+    const std::string closed = Plugin("a/glow.so", "filter Glow\n");
+    const std::string good = Plugin("b/glow.so", "filter Glow\n");
+    const std::string later = Plugin("c/glow.so", "filter Glow\n");
+    for (const std::string& folder : {m_folder.Path(), m_host.Path(), m_plugins.Path()}) Open(folder);
+    fs::permissions(closed, fs::perms::none);
+    const QfcResult result = ScanAsNobody();
+    EXPECT_EQ(result.exit, 1);
+    const Json scanned = Json::parse(result.out);
+    EXPECT_EQ(Values(scanned["unknown"], "file"), Names{closed});
+    EXPECT_EQ(Values(scanned["added"], "file"), Names{good});
+    EXPECT_EQ(Values(scanned["skipped"], "file"), Names{later});
 }
 
 TEST_F(EffectsKept, WhenTheirFileGoesWhileTheScanRuns) {
