@@ -1,6 +1,9 @@
 #include "TagCommandsTest.h"
 #include "TagReadFaults.h"
 
+#include <filesystem>
+#include <functional>
+
 namespace qfc::test {
 namespace {
 
@@ -20,10 +23,10 @@ protected:
         Exec("update LIB_TAG_TABLE set TAG_CHECKED = 1, TAG_PICTURE_SIZE = 3, TAG_PICTURE_DATA = X'010203'");
     }
     // All rows about tags, in no order.
-    std::vector<RawDb::Row> TagRows() const {
+    std::vector<RawDb::Row> TagRows(const char* tags = "KEPT_TAGS") const {
         std::vector<RawDb::Row> all;
         RawDb db(Database());
-        for (const char* table : {"KEPT_TAGS", "LIB_TAG_CATEGORY_TABLE", "TAG_ITEM_RELATION_TABLE"}) {
+        for (const char* table : {tags, "LIB_TAG_CATEGORY_TABLE", "TAG_ITEM_RELATION_TABLE"}) {
             const auto rows = db.Rows(std::string("select * from ") + table + " order by 1, 2");
             all.insert(all.end(), rows.begin(), rows.end());
         }
@@ -100,6 +103,84 @@ TEST_F(CommandsTagReadFaults, TagsThatCannotBeReadAreNotTakenForNone) {
     }
     EXPECT_EQ(Sql("select count(*) from KEPT_TAGS"), "2");
     EXPECT_EQ(Sql("select count(*) from LIB_TAG_CATEGORY_TABLE"), "2");
+}
+
+// --- Each read alone fails -----------------------------------------------------------------------------------------
+
+class CommandsTagReadFault : public CommandsTagReadFaults {
+protected:
+    void SetUp() override {
+        CommandsTagReadFaults::SetUp();
+        std::filesystem::copy_file(Database(), m_folder / "before.db");
+    }
+    // Runs the command on the same library again and again, each time with another read that fails after the first
+    // write, and looks after each run. Of very many reads only some fail.
+    void WithEachFailingRead(const Args& arguments, const std::function<void(const QfcResult&)>& look,
+                             int step = 1) const {
+        int failed = 0;
+        for (QfcWorld world;; failed += step) {
+            std::filesystem::copy_file(m_folder / "before.db", Database(),
+                                       std::filesystem::copy_options::overwrite_existing);
+            std::filesystem::remove(m_folder / "mark");
+            world.failingRead = {std::filesystem::canonical(Database()), failed + 1, m_folder / "mark"};
+            const QfcResult result = Qfc(arguments, world);
+            SCOPED_TRACE("read " + std::to_string(failed + 1) + ": " + result.out + result.err);
+            if (!std::filesystem::exists(m_folder / "mark")) break;
+            look(result);
+        }
+        EXPECT_GT(failed, 0);
+    }
+    std::string CountOf(const std::string& what) const { return Sql("select count(*) from " + what); }
+};
+
+TEST_F(CommandsTagReadFault, TagsOfTwoGalleriesGoOrStayTogether) {
+    const auto before = TagRows("LIB_TAG_TABLE");
+    WithEachFailingRead({"tag", "delete", "Sea", "Mine"}, [&](const QfcResult& result) {
+        if (result.exit == 0) {
+            EXPECT_EQ(CountOf("LIB_TAG_TABLE"), "0");
+        } else {
+            EXPECT_EQ(TagRows("LIB_TAG_TABLE"), before);
+        }
+    });
+}
+
+TEST_F(CommandsTagReadFault, ACategoryGoesOrStaysWithItsTags) {
+    const auto before = TagRows("LIB_TAG_TABLE");
+    WithEachFailingRead({"tag", "category", "delete", "Media:My tags"}, [&](const QfcResult& result) {
+        if (result.exit == 0) {
+            EXPECT_EQ(CountOf("LIB_TAG_CATEGORY_TABLE"), "1");
+            EXPECT_EQ(CountOf("LIB_TAG_TABLE"), "1");
+        } else {
+            EXPECT_EQ(TagRows("LIB_TAG_TABLE"), before);
+        }
+    });
+}
+
+TEST_F(CommandsTagReadFault, AGalleryIsGoneOrHasTheTagsThatItIsSaidToHave) {
+    WithEachFailingRead({"--json", "gallery", "rm", "Own"}, [&](const QfcResult& result) {
+        const Json report = Json::parse(result.out, nullptr, false);
+        // Before anything went there is no more than the reason.
+        const bool isKept = report.contains("error") && (!report.contains("kept") || !report["kept"]["tags"].empty());
+        EXPECT_EQ(CountOf("LIB_TAG_TABLE where TAG_NAME = 'Mine'"), isKept ? "1" : "0");
+        EXPECT_EQ(CountOf("LIB_TAG_CATEGORY_TABLE"), isKept ? "2" : "1");
+    });
+}
+
+TEST_F(CommandsTagReadFault, ClearLosesNoTagOfAPredefinedGallery_AndSaysThatItCleared) {
+    Exec("insert into TAG_ITEM_RELATION_TABLE select X'0011', TAG_GUID from LIB_TAG_TABLE where TAG_NAME = 'Sea'");
+    std::filesystem::copy_file(Database(), m_folder / "before.db", std::filesystem::copy_options::overwrite_existing);
+    WithEachFailingRead(
+        {"clear", "--yes"},
+        [&](const QfcResult& result) {
+            EXPECT_EQ(CountOf("LIB_TAG_TABLE where TAG_NAME = 'Sea' and TAG_CHECKED = 1"), "1");
+            if (CountOf("sqlite_master where name = 'ITEM_TABLE'") == "0" || CountOf("ITEM_TABLE") == "0") {
+                EXPECT_NE((result.out + result.err).find("cleared "), std::string::npos);
+            }
+            if (result.exit == 0) {
+                EXPECT_EQ(CountOf("TAG_ITEM_RELATION_TABLE"), "0");
+            }
+        },
+        7);
 }
 
 // --- clear ---------------------------------------------------------------------------------------------------------

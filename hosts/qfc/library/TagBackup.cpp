@@ -23,7 +23,13 @@ void TagBackup::Keep(const Tags& tags, const CTagCategory& category) {
     m_categories.back().m_tags.clear();
 }
 
+// A fault that passes must not cost what only this knows any more.
 std::string TagBackup::PutBack(Tags& tags) const {
+    const std::string changed = PutBackOnce(tags);
+    return changed.empty() ? changed : PutBackOnce(tags);
+}
+
+std::string TagBackup::PutBackOnce(Tags& tags) const {
     // What was read before the change tells nothing of now.
     const bool isRead = tags.TryReload();
     for (const CTagCategory& category : m_categories) {

@@ -20,8 +20,9 @@ public:
     void Keep(const Tags& tags, const CTagCategory& category);
 
     // Looks afresh, and stores them again as they stood where they do not stand so any more; what cannot be read is
-    // stored again in any case. Nothing when they all stand so then, else what to tell: "; changed are A, B". Loaded
-    // items learn nothing of it. Does not throw when they cannot be read: a first reason is to be told, too.
+    // stored again in any case, and all a second time when anything is missing then. Nothing when they all stand so
+    // then, else what to tell: "; changed are A, B". Loaded items learn nothing of it. Does not throw when they cannot
+    // be read: a first reason is to be told, too.
     std::string PutBack(Tags& tags) const;
 
 private:
@@ -29,6 +30,7 @@ private:
         FoundTag tag;
         std::set<GUID> items;
     };
+    std::string PutBackOnce(Tags& tags) const;
     std::string Changed(const Tags& tags) const;
     static bool IsAsKept(const Tags& tags, const Kept& kept);
     static void PutBackLinks(const Tags& tags, const Kept& kept);
