@@ -107,8 +107,10 @@ private:
         using Outcome = ProbeReport::Outcome;
         const KnownFile* known = m_catalogue.Find(path);
         const bool hasEffects = known != nullptr && !known->effects.empty();
-        // Nobody loses effects because the machine had no time for their file.
-        const bool isUnknown = report.outcome == Outcome::Unknown || (report.isStarved && hasEffects);
+        // Nobody loses effects because the machine had no time for their file, were it moved.
+        const bool isKnown = std::ranges::any_of(Predecessors(m_catalogue, path),
+                                                 [](const KnownFile* file) { return !file->effects.empty(); });
+        const bool isUnknown = report.outcome == Outcome::Unknown || (report.isStarved && isKnown);
         if (report.outcome == Outcome::Effects || (isUnknown && hasEffects)) m_owners.emplace(BaseNameOf(path), path);
         if (isUnknown) {
             m_result.unknown.push_back({path, report.reason});

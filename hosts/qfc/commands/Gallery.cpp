@@ -57,8 +57,10 @@ public:
         if (!m_categories.empty()) DeleteTags();
         const bool deleted = QFCLibraryManager::fnDeleteGallery({m_name.id}) != 0;
         m_galleries.Close(m_gallery);
+        m_mayBeGone = deleted;
         const std::vector<GalleryName> stored = m_galleries.Stored();
         if (!deleted || std::ranges::find(stored, m_name.id, &GalleryName::id) != stored.end()) {
+            m_mayBeGone = false;
             throw Failure("its row stays");
         }
     }
@@ -66,6 +68,8 @@ public:
     const GalleryName& Name() const { return m_name; }
     std::size_t TagsGone() const { return m_tagsGone; }
     bool AreLinksLeft() const { return m_linksLeft; }
+    // It was deleted, and nobody could look.
+    bool MayBeGone() const { return m_mayBeGone; }
 
     Parts Gone() const {
         Parts gone{FoldersWhere([&](int row) { return IsFolderGone(m_tools, row); }), {}};
@@ -121,6 +125,7 @@ private:
     std::vector<CTagCategory> m_categories;              // Those that are to go.
     std::size_t m_tagsGone = 0;
     bool m_linksLeft = false;
+    bool m_mayBeGone = false;
 };
 
 // Why it came to a halt, what went before and what is still there.
@@ -130,7 +135,8 @@ int ReportHalf(const GalleryRemoval& removal, const std::string& reason, const C
     const Parts gone = removal.Gone();
     if (gone.IsEmpty()) throw Failure(text);
     const Parts kept = removal.Kept();
-    console.Complain(text + "; removed: " + gone.Text() + "; still there: the gallery" +
+    console.Complain(text + "; removed: " + gone.Text() +
+                     "; still there: " + (removal.MayBeGone() ? "maybe the gallery" : "the gallery") +
                      (kept.IsEmpty() ? "" : ", " + kept.Text()));
     console.ShowJson({{"error", text},
                       {"gallery", {{"id", name.id}, {"name", name.name}}},

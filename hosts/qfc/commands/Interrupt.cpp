@@ -1,6 +1,7 @@
 #include "hosts/qfc/commands/Interrupt.h"
 
 #include <csignal>
+#include <unistd.h>
 
 namespace qfc::host {
 namespace {
@@ -23,8 +24,12 @@ void SetUnlessIgnored(void (*handler)(int)) {
     }
 }
 
+constexpr char kFinishing[] = "\nqfc: finishing what was begun; once more ends it at once\n";
+std::atomic<bool> g_isWatched{false};  // Somebody looks at the error stream.
+
 void OnSignal(int signal) {
     g_raised = true;
+    if (g_isWatched) static_cast<void>(!write(STDERR_FILENO, kFinishing, sizeof kFinishing - 1));
     std::signal(signal, SIG_DFL);
 }
 
@@ -32,6 +37,7 @@ void OnSignal(int signal) {
 
 Interrupt::Interrupt() {
     g_raised = false;
+    g_isWatched = isatty(STDERR_FILENO) != 0;
     SetUnlessIgnored(OnSignal);
 }
 

@@ -68,14 +68,16 @@ public:
         throw Failure("cannot remove " + name + (PutBack() ? "" : "; it may have lost tags"));
     }
 
-    bool PutBack() const {
-        if (m_tags.empty()) return true;
+    // Tries twice: what kept the item from going may have passed.
+    bool PutBack() const { return m_tags.empty() || PutBackOnce() || PutBackOnce(); }
+
+private:
+    bool PutBackOnce() const {
         LinkStored({m_item}, m_tags);
         const auto links = StoredLinks(m_tools, m_item);
         return links && std::includes(links->begin(), links->end(), m_tags.begin(), m_tags.end());
     }
 
-private:
     DBTools& m_tools;
     const GUID m_item;
     std::list<GUID> m_tags;  // Sorted.
@@ -96,14 +98,15 @@ int Run(const RemoveItemOptions& options, const Console& console) {
     std::optional<TakenLinks> links;
     if (!here || IsLastPlacement(galleries, id)) links.emplace(tools, id, PathsOf(*found.gallery, *found.item).front());
     Removed removed = here ? RemoveHere(found) : RemoveEverywhere(galleries, id);
-    if (links && !IsItemGone(tools, id) && !links->PutBack())
-        removed.kept.push_back("the item " + guid + " with its tags");
+    const bool isLost = links && !IsItemGone(tools, id) && !links->PutBack();
     if (removed.kept.empty() && IsLeftBehind(galleries, tools, id)) removed.kept.push_back("the item " + guid);
     if (!ReleaseLinks(tools, {id}).empty()) removed.kept.push_back("the links of tags to the item " + guid);
     for (const std::string& path : removed.paths) console.Say("removed " + path);
     for (const std::string& path : removed.kept) console.Complain("cannot remove " + path);
-    console.ShowJson({{"guid", guid}, {"removed", removed.paths}, {"failed", removed.kept}});
-    return removed.kept.empty() ? kDone : kFailed;
+    if (isLost) console.Complain("the item " + guid + " may have lost tags");
+    console.ShowJson(
+        {{"guid", guid}, {"removed", removed.paths}, {"failed", removed.kept}, {"mayHaveLostTags", isLost}});
+    return removed.kept.empty() && !isLost ? kDone : kFailed;
 }
 
 }  // namespace qfc::host
