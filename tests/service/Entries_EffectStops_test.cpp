@@ -1,8 +1,8 @@
 #include "tests/service/EntriesEffectsTest.h"
 #include "tests/support/GateOperation.h"
 #include "tests/support/ServicePeer.h"
+#include "tests/support/StopsAndStarts.h"
 
-#include <atomic>
 #include <memory>
 #include <string>
 #include <thread>
@@ -98,23 +98,10 @@ TEST_F(EntriesEffects, WhatIsQueuedWhileStopped_RunsWithoutDatabaseOnceStarted) 
 TEST_F(EntriesEffects, CallsThatWait_AgainstStopsAndStarts_AlwaysEnd) {
     CloseAllGalleries();
     CQItem change("Shine");
-    std::atomic<bool> done = false;
-    std::atomic<int> answered = 0;
-    std::thread host([&] {
-        while (!done) {
-            EXPECT_EQ(Manager::fnUpdateTransitionAsync(0, &change, kOther, {}), 0);
-            EXPECT_EQ(Manager::fnUpdateFilterOptionAsync(0, &change, kOther, {}, 0), 0);
-            ++answered;
-        }
+    qfc::test::CallAgainstStopsAndStarts([&] {
+        EXPECT_EQ(Manager::fnUpdateTransitionAsync(0, &change, kOther, {}), 0);
+        EXPECT_EQ(Manager::fnUpdateFilterOptionAsync(0, &change, kOther, {}, 0), 0);
     });
-    for (int cycle = 0; cycle < 30; ++cycle) {
-        const int nBefore = answered;
-        while (answered == nBefore) std::this_thread::yield();
-        ASSERT_EQ(Manager::fnStopService(), 1);
-        ASSERT_EQ(Manager::fnStartService(), 1);
-    }
-    done = true;
-    host.join();
 }
 
 }  // namespace

@@ -25,13 +25,6 @@ using qfc::test::RawDb;
 
 class LibraryOpening : public qfc::test::StoppedServiceFixture {
 protected:
-    static int Start() { return QFCLibraryManager::fnStartService(); }
-    static int Stop() { return QFCLibraryManager::fnStopService(); }
-
-    static void MakeTemplate() {
-        fs::create_directories(TemplateFile().parent_path());
-        RawDb(TemplateFile()).Exec("create table SEED(N); insert into SEED values(42)");
-    }
     static fs::path Journal() { return DatabaseFile().string() + "-journal"; }
     static std::string TextOf(const fs::path& file) { return qfc::test::ReadFile(file); }
 };

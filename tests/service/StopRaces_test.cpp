@@ -4,6 +4,7 @@
 #include "tests/support/GateOperation.h"
 #include "tests/support/LibraryFixture.h"
 #include "tests/support/ServicePeer.h"
+#include "tests/support/StopsAndStarts.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
@@ -249,22 +250,7 @@ TEST_F(StopRaces, AStop_EndsHoweverManyKeepMakingSyncCalls) {
 }
 
 TEST_F(StopRaces, ASyncCallWhileTheWorkerIsEnding_IsRunByItOrByTheNextStart) {
-    std::atomic<bool> done = false;
-    std::atomic<int> answered = 0;
-    std::thread host([&] {
-        while (!done) {
-            EXPECT_EQ(Manager::fnDeleteFolder(0), 0);
-            ++answered;
-        }
-    });
-    for (int cycle = 0; cycle < 30; ++cycle) {
-        const int nBefore = answered;
-        while (answered == nBefore) std::this_thread::yield();
-        ASSERT_EQ(Manager::fnStopService(), 1);
-        ASSERT_EQ(Manager::fnStartService(), 1);
-    }
-    done = true;
-    host.join();
+    qfc::test::CallAgainstStopsAndStarts([] { EXPECT_EQ(Manager::fnDeleteFolder(0), 0); });
 }
 
 TEST_F(StopRaces, ASyncCallBehindTheEndOfTheWorker_WaitsForTheNextStart) {

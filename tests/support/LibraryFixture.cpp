@@ -37,6 +37,11 @@ int StoppedServiceFixture::CountRows(const std::string& tableAndCondition) {
     return std::stoi(RawDb(DatabaseFile()).Cell("select count(*) from " + tableAndCondition));
 }
 
+void StoppedServiceFixture::MakeTemplate() {
+    fs::create_directories(TemplateFile().parent_path());
+    RawDb(TemplateFile()).Exec("create table SEED(N); insert into SEED values(42)");
+}
+
 void StoppedServiceFixture::SetUp() {
     for (const fs::path& folder : {DataFolder(), HostFolder(), Scratch()}) MakeEmpty(folder);
     SetDataFolder(DataFolder().c_str());
@@ -104,6 +109,12 @@ CQItem* LibraryFixture::AddItem(const char* pszName, const std::vector<CString>&
     EXPECT_EQ(QFCLibraryManager::fnAddItem(m_hMedia, paths, pItem), 1);
     for (const CString& strPath : paths) EXPECT_TRUE(Folder(strPath)->HasItem(pItem->GetUniqueID(), 0)) << strPath;
     return pItem;
+}
+
+std::vector<int> IdsOf(const std::vector<qfc::StoredGallery>& galleries) {
+    std::vector<int> ids;
+    for (const auto& gallery : galleries) ids.push_back(gallery.galleryId);
+    return ids;
 }
 
 void CloseAllGalleries() {

@@ -27,6 +27,11 @@ protected:
     // Rows of the library file, read past the library: "ITEM_TABLE where ...".
     static int CountRows(const std::string& tableAndCondition);
 
+    static int Start() { return QFCLibraryManager::fnStartService(); }
+    static int Stop() { return QFCLibraryManager::fnStopService(); }
+    // A template that can be told from an empty library: its table SEED has one row, N = 42.
+    static void MakeTemplate();
+
     // Registers the callback until the end of the test.
     void Listen(const CString& strName, std::function<int(QFCLibCallbackParam*)> fn);
 
@@ -58,6 +63,7 @@ protected:
 };
 
 void CloseAllGalleries();
+std::vector<int> IdsOf(const std::vector<qfc::StoredGallery>& galleries);
 
 // Payloads as the library wants them: filled with a pattern that tells byte for byte whether it survived.
 void GiveBlackBox(CQItem& item, unsigned nSize);
