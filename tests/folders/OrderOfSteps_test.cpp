@@ -3,8 +3,7 @@
 #include "folders/ImportPort.h"
 #include "folders/TreeChanges.h"
 #include "items/ItemTypes.h"
-#include "tests/folders/FolderBuilders.h"
-#include "tests/items/ItemLibrary.h"
+#include "tests/folders/StoredItemsFixture.h"
 #include "tests/support/SqlTrace.h"
 
 #include <gtest/gtest.h>
@@ -164,28 +163,16 @@ TEST(ItemInFolder, BaseClip_IsWrittenSoAndNotOtherwise) {
 
 // --- With the database -----------------------------------------------------------------------------------------------
 
-class OrderInTheDatabase : public testing::Test {
+class OrderInTheDatabase : public StoredItemsFixture {
 protected:
     CQItem* Stored(CQFolder& folder, unsigned number) {
-        auto* item = new CountedItem(destroyed);
-        item->SetUniqueID(GuidOf(number));
-        item->SetItemName(("i" + std::to_string(number)).c_str());
+        CQItem* const item = NewCounted(number);
         item->SetDBID(static_cast<int>(number));
         EXPECT_EQ(folder.AddItemDb(item, 1), 1);
         return item;
     }
     std::string Cell(const std::string& sql) { return library.Raw().Cell(sql); }
-    void RefusePlacementRemoval() {
-        library.Raw().Exec(
-            "create trigger refuse before delete on RELATION_TABLE begin select raise(abort, 'no'); end");
-    }
-
-    int destroyed = 0;
-    CurrentLibrary library;
-    StoredTree tree{library.Tools()};
-    CQGallery& gallery = tree.Gallery();
-    CQFolder& a = *tree.pA;
-    CQFolder& b = *tree.pB;
+    void RefusePlacementRemoval() { RefuseDeletes("RELATION_TABLE"); }
 };
 
 TEST_F(OrderInTheDatabase, RefusedRemoval_HasLeftArrayAndIndexAllTheSame) {

@@ -27,6 +27,16 @@ protected:
     QfcResult Qfc(const Args& arguments, const QfcWorld& world = {}) const {
         return QfcProcess(WithLibrary(arguments), world).Wait();
     }
+    // Ctrl-C and its like in the middle of a change: another writer holds the program up until the signal has come.
+    QfcResult QfcInterrupted(const Args& arguments, int nSignal) const {
+        RawDb writer(Database());
+        writer.Exec("begin immediate");
+        QfcProcess process(WithLibrary(arguments), {});
+        EXPECT_TRUE(process.WaitUntilCaught(nSignal));
+        process.Signal(nSignal);
+        writer.Exec("rollback");  // Unlike a commit it waits for no reader.
+        return process.Wait();
+    }
     // Fails the test unless the command succeeds; its document.
     Json Done(const Args& arguments) const { return Document(arguments, 0); }
     Json Document(const Args& arguments, int exit) const {
@@ -72,8 +82,7 @@ protected:
     }
     std::string Media(const std::string& name) const { return m_media / name; }
 
-    // --- Looking
-    // ------------------------------------------------------------------------------------------------------
+    // --- Looking ---------------------------------------------------------------------------------------------------
     std::string Database() const { return m_library + "/CinelumeDatabase.db"; }
     // Names of the items of a folder, in their order.
     std::vector<std::string> ItemsOf(const std::string& folder, const Args& more = {}) const {

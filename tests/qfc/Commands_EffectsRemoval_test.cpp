@@ -70,18 +70,10 @@ TEST_F(EffectsRemoval, OfAFolderThatStaysIsSaidSo_AndNotThatRecordsDo) {
     EXPECT_EQ(Links(), "0");
 }
 
-// Ctrl-C and its like: another writer holds the program up until the signal has come.
+// Ctrl-C and its like.
 class EffectsRemovalSignals : public EffectsRemoval, public testing::WithParamInterface<int> {
 protected:
-    QfcResult Interrupted(const Args& arguments) const {
-        RawDb writer(Database());
-        writer.Exec("begin immediate");
-        QfcProcess process(WithLibrary(arguments), {});
-        EXPECT_TRUE(process.WaitUntilCaught(GetParam()));
-        process.Signal(GetParam());
-        writer.Exec("rollback");  // Unlike a commit it waits for no reader.
-        return process.Wait();
-    }
+    QfcResult Interrupted(const Args& arguments) const { return QfcInterrupted(arguments, GetParam()); }
 };
 
 TEST_P(EffectsRemovalSignals, AFileGoesAsAWholeWithItsLinks) {

@@ -6,7 +6,7 @@
 namespace qfc::test {
 namespace {
 
-// Ctrl-C and its like while something goes: another writer holds the program up until the signal has come.
+// Ctrl-C and its like while something goes.
 class CommandsRemovalSignals : public TagCommandsTest, public ::testing::WithParamInterface<int> {
 protected:
     void SetUp() override {
@@ -15,15 +15,7 @@ protected:
         Done({"tag", "create", "Sea"});
         Done({"tag", "add", "Sea", "F\\a.ppm", "F\\b.ppm"});
     }
-    QfcResult Interrupted(const Args& arguments) const {
-        RawDb writer(Database());
-        writer.Exec("begin immediate");
-        QfcProcess process(WithLibrary(arguments), {});
-        EXPECT_TRUE(process.WaitUntilCaught(GetParam()));
-        process.Signal(GetParam());
-        writer.Exec("rollback");  // Unlike a commit it waits for no reader.
-        return process.Wait();
-    }
+    QfcResult Interrupted(const Args& arguments) const { return QfcInterrupted(arguments, GetParam()); }
     std::string Links() const { return Sql("select count(*) from TAG_ITEM_RELATION_TABLE"); }
 };
 

@@ -5,8 +5,7 @@
 namespace qfc::test {
 namespace {
 
-// Ctrl-C and its like while tags are changed in several steps: another writer holds the program up until the signal has
-// come.
+// Ctrl-C and its like while tags are changed in several steps.
 class CommandsTagSignals : public TagCommandsTest, public ::testing::WithParamInterface<int> {
 protected:
     // Sea of Media on a, Mine of Own on d, which is Own's.
@@ -20,15 +19,7 @@ protected:
         Done({"tag", "add", "Sea", "F\\a.ppm"});
         Done({"tag", "add", "Mine", "--gallery", "Own", "--", "Imported\\d.ppm"});
     }
-    QfcResult Interrupted(const Args& arguments) const {
-        RawDb writer(Database());
-        writer.Exec("begin immediate");
-        QfcProcess process(WithLibrary(arguments), {});
-        EXPECT_TRUE(process.WaitUntilCaught(GetParam()));
-        process.Signal(GetParam());
-        writer.Exec("rollback");  // Unlike a commit it waits for no reader.
-        return process.Wait();
-    }
+    QfcResult Interrupted(const Args& arguments) const { return QfcInterrupted(arguments, GetParam()); }
 };
 
 TEST_P(CommandsTagSignals, TagsOfTwoGalleriesGoTogether) {

@@ -25,7 +25,7 @@ protected:
         m_pFirst = AddItem("First");
         m_pSecond = AddItem("Second");
         ASSERT_EQ(QFCLibraryManager::fnUpdateTagCategory(kMedia, {Category(10, "Places", {{1, "Beach"}, {2, "Sunset"}}),
-                                                        Category(20, "People", {{3, "Anna"}, {4, "Ben"}})}),
+                                                                  Category(20, "People", {{3, "Anna"}, {4, "Ben"}})}),
                   1);
         ASSERT_EQ(StoreText(), "Places(Beach Sunset) People(Anna Ben) ");
     }
@@ -43,7 +43,8 @@ protected:
             {"fnUpdateTag", [] { return QFCLibraryManager::fnUpdateTag(kMedia, {Tag(1, "Shore", 10)}); }},
             {"fnDeleteTag", [] { return QFCLibraryManager::fnDeleteTag(kMedia, {Tag(1, "", 10)}); }},
             {"fnInsertLibTag2Item", [&] { return QFCLibraryManager::fnInsertLibTag2Item({m_pFirst}, {TagGuid(1)}); }},
-            {"fnDeleteLibTagFromItem", [&] { return QFCLibraryManager::fnDeleteLibTagFromItem({m_pFirst}, {TagGuid(3)}); }},
+            {"fnDeleteLibTagFromItem",
+             [&] { return QFCLibraryManager::fnDeleteLibTagFromItem({m_pFirst}, {TagGuid(3)}); }},
             {"fnMergeFaceTag", [] { return QFCLibraryManager::fnMergeFaceTag(kMedia, TagGuid(3), {TagGuid(4)}); }},
         };
     }
