@@ -95,8 +95,10 @@ void AddTagCommands(Parser& parser) {
     AddWithTags<TagCheckOptions>(parser, tag, "check", "Select tags", "tag check Beach --gallery Media", "TAG");
     AddWithTags<TagUncheckOptions>(parser, tag, "uncheck", "Take tags out of the selection",
                                    "tag uncheck Beach --gallery Media", "TAG");
-    parser.Add<TagDefaultsOptions>(tag, "defaults", "Make the categories and tags that a library begins with",
-                                   "tag defaults");
+    parser.Add<TagDefaultsOptions>(
+        tag, "defaults",
+        "Make the categories and tags that a library begins with; renamed ones get their old names back",
+        "tag defaults");
 }
 
 }  // namespace qfc::host
