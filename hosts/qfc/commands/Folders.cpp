@@ -41,12 +41,20 @@ int Run(const RemoveFolderOptions& options, const Console& console) {
     const Json removed = FolderJson(folder);
     const Interrupt interrupt;  // A folder that is begun goes as a whole.
     const FolderRemoval done = RemoveFolder(galleries, folder);
-    if (done == FolderRemoval::kFailed) throw Failure("cannot remove " + path);
-    console.Say("removed " + path);
-    const bool isLinked = done == FolderRemoval::kLinksLeft;
-    if (isLinked) console.Complain(path + " is removed, but links of tags to its items are left; check lists them");
-    console.ShowJson({{"removed", removed}, {"linksLeft", isLinked}});
-    return isLinked ? kFailed : kDone;
+    if (!done.isBegun && !done.isWhole) throw Failure(done.Text());
+    const bool isGone = done.isStored == false;
+    if (isGone) console.Say("removed " + path);
+    for (const std::string& line : done.Lines()) console.Complain(line);
+    if (done.areLinksLeft) {
+        console.Complain(path + " is removed, but links of tags to its items are left; check lists them");
+    }
+    console.ShowJson({{"removed", isGone ? removed : Json(nullptr)},
+                      {"failed", done.folders.stored},
+                      {"unseen", done.folders.unseen},
+                      {"itemsLeft", done.items.stored},
+                      {"itemsUnseen", done.items.unseen},
+                      {"linksLeft", done.areLinksLeft}});
+    return done.isWhole && !done.areLinksLeft ? kDone : kFailed;
 }
 
 }  // namespace qfc::host

@@ -14,11 +14,12 @@
 #include <algorithm>
 #include <iterator>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 namespace qfc::host {
 namespace {
 
-// What of a gallery went, or is still there.
+// What of a gallery went, is still there, or may be either.
 struct Parts {
     std::vector<std::string> folders;
     std::vector<std::string> tags;  // Categories of an own gallery, with their tags.
@@ -71,20 +72,10 @@ public:
     // It was deleted, and nobody could look.
     bool MayBeGone() const { return m_mayBeGone; }
 
-    Parts Gone() const {
-        Parts gone{FoldersWhere([&](int row) { return IsFolderGone(m_tools, row); }), {}};
-        for (const CTagCategory& category : m_categories) {
-            if (m_tags.CategoryByGuid(category.m_guid) == nullptr) gone.tags.push_back(ToText(category.m_strName));
-        }
-        return gone;
-    }
-    Parts Kept() const {
-        Parts kept{FoldersWhere([&](int row) { return !IsFolderGone(m_tools, row); }), {}};
-        for (const CTagCategory& category : m_categories) {
-            if (m_tags.CategoryByGuid(category.m_guid) != nullptr) kept.tags.push_back(ToText(category.m_strName));
-        }
-        return kept;
-    }
+    Parts Gone() const { return PartsWhere(false); }
+    Parts Kept() const { return PartsWhere(true); }
+    // What cannot be looked at.
+    Parts Unseen() const { return {FoldersWhere(std::nullopt), {}}; }
 
 private:
     // Deleting a gallery alone would leave its items and payloads behind: the folders go first.
@@ -93,8 +84,9 @@ private:
             if (interrupt.IsRaised()) throw Failure("interrupted");
             const std::string name = ShownName(*folder);
             const FolderRemoval done = RemoveFolder(m_galleries, *folder);
-            if (done == FolderRemoval::kFailed) throw Failure("the folder " + name + " stays");
-            if (done == FolderRemoval::kLinksLeft) m_linksLeft = true;
+            if (done.areLinksLeft) m_linksLeft = true;
+            if (done.isStored == true) throw Failure("the folder " + name + " stays");
+            if (!done.isWhole) throw Failure(done.Text());
         }
     }
 
@@ -107,11 +99,18 @@ private:
         }
     }
 
-    template <class Predicate>
-    std::vector<std::string> FoldersWhere(Predicate predicate) const {
+    Parts PartsWhere(bool isStored) const {
+        Parts parts{FoldersWhere(isStored), {}};
+        for (const CTagCategory& category : m_categories) {
+            if ((m_tags.CategoryByGuid(category.m_guid) != nullptr) != isStored) continue;
+            parts.tags.push_back(ToText(category.m_strName));
+        }
+        return parts;
+    }
+    std::vector<std::string> FoldersWhere(std::optional<bool> isStored) const {
         std::vector<std::string> names;
         for (const auto& [row, name] : m_folders) {
-            if (predicate(row)) names.push_back(name);
+            if (IsFolderStored(m_tools, row) == isStored) names.push_back(name);
         }
         return names;
     }
@@ -133,15 +132,17 @@ int ReportHalf(const GalleryRemoval& removal, const std::string& reason, const C
     const GalleryName& name = removal.Name();
     const std::string text = "cannot remove the gallery " + name.name + ": " + reason;
     const Parts gone = removal.Gone();
-    if (gone.IsEmpty()) throw Failure(text);
+    if (gone.IsEmpty() && !removal.MayBeGone()) throw Failure(text);
     const Parts kept = removal.Kept();
-    console.Complain(text + "; removed: " + gone.Text() +
+    const Parts unseen = removal.Unseen();
+    console.Complain(text + (gone.IsEmpty() ? "" : "; removed: " + gone.Text()) +
                      "; still there: " + (removal.MayBeGone() ? "maybe the gallery" : "the gallery") +
-                     (kept.IsEmpty() ? "" : ", " + kept.Text()));
+                     (kept.IsEmpty() ? "" : ", " + kept.Text()) + (unseen.IsEmpty() ? "" : ", maybe " + unseen.Text()));
     console.ShowJson({{"error", text},
                       {"gallery", {{"id", name.id}, {"name", name.name}}},
                       {"removed", gone.AsJson()},
-                      {"kept", kept.AsJson()}});
+                      {"kept", kept.AsJson()},
+                      {"unseen", unseen.AsJson()}});
     return kFailed;
 }
 

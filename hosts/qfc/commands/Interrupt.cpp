@@ -1,6 +1,8 @@
 #include "hosts/qfc/commands/Interrupt.h"
 
+#include <cerrno>
 #include <csignal>
+#include <poll.h>
 #include <unistd.h>
 
 namespace qfc::host {
@@ -24,13 +26,22 @@ void SetUnlessIgnored(void (*handler)(int)) {
     }
 }
 
-constexpr char kFinishing[] = "\nqfc: finishing what was begun; once more ends it at once\n";
+constexpr char kEnding[] = "\nqfc: ending in good order; once more ends it at once\n";
 std::atomic<bool> g_isWatched{false};  // Somebody looks at the error stream.
 
+// A terminal that was told to hold its output would hold the program up, too.
+void TellIfItMay() {
+    pollfd terminal{STDERR_FILENO, POLLOUT, 0};
+    if (poll(&terminal, 1, 0) != 1 || (terminal.revents & POLLOUT) == 0) return;
+    static_cast<void>(!write(STDERR_FILENO, kEnding, sizeof kEnding - 1));
+}
+
 void OnSignal(int signal) {
+    const int nError = errno;
     g_raised = true;
-    if (g_isWatched) static_cast<void>(!write(STDERR_FILENO, kFinishing, sizeof kFinishing - 1));
     std::signal(signal, SIG_DFL);
+    if (g_isWatched) TellIfItMay();
+    errno = nError;
 }
 
 }  // namespace

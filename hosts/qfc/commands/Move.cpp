@@ -45,7 +45,7 @@ std::string TakeBack(CQFolder& source, CQFolder& target, const GUID& guid) {
     DBTools& tools = *source.GetDBTools();
     if (IsPlaced(tools, target.GetDBId(), guid) == false) return {};
     const bool isAtSource = IsPlaced(tools, source.GetDBId(), guid) == true;
-    if (isAtSource && RemovePlacement(target, guid)) return {};
+    if (isAtSource && RemovePlacement(target, guid) == false) return {};
     return "; it may now also be in " + PathOf(target);
 }
 
@@ -58,8 +58,8 @@ Json MoveItem(const FoundItem& found, CQFolder& target) {
     if (!AddPlacement(*found.gallery, target, item)) {
         throw Failure("cannot move " + from + " to " + PathOf(target) + TakeBack(source, target, guid));
     }
-    if (RemovePlacement(source, guid)) return ItemJson(*found.gallery, item);
-    const auto isAtSource = IsPlaced(*source.GetDBTools(), source.GetDBId(), guid);
+    auto isAtSource = RemovePlacement(source, guid);
+    if (!isAtSource) isAtSource = IsPlaced(*source.GetDBTools(), source.GetDBId(), guid);
     if (isAtSource == true) throw Failure("cannot move " + from + TakeBack(source, target, guid));
     if (isAtSource == false) return ItemJson(*found.gallery, item);
     throw Failure(from + " is now in " + PathOf(target) +

@@ -6,6 +6,7 @@
 #include "hosts/qfc/library/Find.h"
 #include "hosts/qfc/library/LinkRelease.h"
 #include "hosts/qfc/library/Removal.h"
+#include "hosts/qfc/library/Tags.h"
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Tree.h"
 #include "hosts/qfc/library/Verify.h"
@@ -20,13 +21,17 @@ namespace {
 
 struct Removed {
     std::vector<std::string> paths;
-    std::vector<std::string> kept;  // What is still stored.
+    Remains remains;
+
+    void Note(const std::string& path, std::optional<bool> isStored) {
+        if (isStored == false) paths.push_back(path);
+        remains.Note(path, isStored);
+    }
 };
 
-Removed RemoveHere(const FoundItem& found) {
+void RemoveHere(const FoundItem& found, Removed& removed) {
     const std::string path = PathOf(*found.folder, *found.item);
-    if (RemovePlacement(*found.folder, found.item->GetUniqueID())) return {{path}, {}};
-    return {{}, {path}};
+    removed.Note(path, RemovePlacement(*found.folder, found.item->GetUniqueID()));
 }
 
 void RemoveFromGallery(CQGallery& gallery, const GUID& guid, Removed& removed) {
@@ -36,28 +41,37 @@ void RemoveFromGallery(CQGallery& gallery, const GUID& guid, Removed& removed) {
     const std::vector<std::string> paths = PathsOf(gallery, *item);
     QFCLibraryManager::fnDeleteItem(ToHandle(folders.front()), {guid}, 0);
     for (std::size_t i = 0; i < folders.size(); ++i) {
-        const bool gone = IsPlaced(*gallery.GetDBTools(), folders[i]->GetDBId(), guid) == false;
-        (gone ? removed.paths : removed.kept).push_back(paths[i]);
+        removed.Note(paths[i], IsPlaced(*gallery.GetDBTools(), folders[i]->GetDBId(), guid));
     }
 }
 
-Removed RemoveEverywhere(Galleries& galleries, const GUID& guid) {
-    Removed removed;
-    for (CQGallery* gallery : galleries.All()) RemoveFromGallery(*gallery, guid, removed);
-    return removed;
+std::size_t CountPlacements(const std::vector<CQGallery*>& galleries, const GUID& guid) {
+    std::size_t placements = 0;
+    for (CQGallery* gallery : galleries) placements += FoldersOf(*gallery, guid).size();
+    return placements;
 }
 
-bool IsLastPlacement(Galleries& galleries, const GUID& guid) {
-    std::size_t placements = 0;
-    for (CQGallery* gallery : galleries.All()) placements += FoldersOf(*gallery, guid).size();
-    return placements <= 1;
+// By name where they can be read.
+std::vector<std::string> NamesOf(const Session& session, const std::list<GUID>& tags) {
+    std::vector<std::string> names;
+    std::optional<Tags> stored;
+    try {
+        stored.emplace(session);
+    } catch (const Failure&) {  // Their GUIDs do.
+    }
+    for (const GUID& tag : tags) {
+        const auto found = stored ? stored->ByGuid(tag) : std::nullopt;
+        names.push_back(found ? QualifiedName(*found) : GuidToText(tag));
+    }
+    return names;
 }
 
 // The links of tags to an item that goes are taken before it, and come back when it stays.
 class TakenLinks {
 public:
     // name: of the item, for a Failure.
-    TakenLinks(DBTools& tools, const GUID& item, const std::string& name) : m_tools(tools), m_item(item) {
+    TakenLinks(const Session& session, DBTools& tools, const GUID& item, const std::string& name)
+        : m_session(session), m_tools(tools), m_item(item) {
         const auto links = StoredLinks(tools, item);
         if (!links) throw Failure("cannot remove " + name + ": its tags cannot be read");
         m_tags.assign(links->begin(), links->end());
@@ -65,23 +79,53 @@ public:
         UnlinkStored({m_item}, m_tags);
         const auto left = StoredLinks(tools, item);
         if (left && left->empty()) return;
-        throw Failure("cannot remove " + name + (PutBack() ? "" : "; it may have lost tags"));
+        std::string text = "cannot remove " + name;
+        for (const std::string& tag : Settle()) text += "; it may have lost the tag " + tag;
+        throw Failure(text);
     }
 
-    // Tries twice: what kept the item from going may have passed.
-    bool PutBack() const { return m_tags.empty() || PutBackOnce() || PutBackOnce(); }
+    ~TakenLinks() {
+        try {
+            if (!m_isSettled) PutBack();
+        } catch (const std::exception&) {  // Already on the way out for what cannot be told any more.
+        }
+    }
+    TakenLinks(const TakenLinks&) = delete;
+    TakenLinks& operator=(const TakenLinks&) = delete;
+
+    // Puts them back unless the item is gone. The tags that it may have lost.
+    std::vector<std::string> Settle() {
+        m_isSettled = true;
+        if (IsItemGone(m_tools, m_item) || PutBack()) return {};
+        return NamesOf(m_session, m_tags);
+    }
 
 private:
+    // Tries twice: what kept the item from going may have passed.
+    bool PutBack() const { return m_tags.empty() || PutBackOnce() || PutBackOnce(); }
     bool PutBackOnce() const {
         LinkStored({m_item}, m_tags);
         const auto links = StoredLinks(m_tools, m_item);
         return links && std::includes(links->begin(), links->end(), m_tags.begin(), m_tags.end());
     }
 
+    const Session& m_session;
     DBTools& m_tools;
     const GUID m_item;
     std::list<GUID> m_tags;  // Sorted.
+    bool m_isSettled = false;
 };
+
+// What became of the item itself, and of what still names it.
+void LookAtItem(Galleries& galleries, DBTools& tools, const GUID& id, Removed& removed) {
+    const std::string guid = GuidToText(id);
+    if (removed.remains.stored.empty()) {
+        const auto isLeft = IsLeftBehind(galleries, tools, id);
+        if (isLeft == true) removed.remains.Note("the item " + guid + ", which no folder holds; check lists it", true);
+        if (!isLeft && removed.remains.IsEmpty()) removed.remains.Note("the item " + guid, std::nullopt);
+    }
+    if (!ReleaseLinks(tools, {id}).empty()) removed.remains.stored.push_back("the links of tags to the item " + guid);
+}
 
 }  // namespace
 
@@ -94,19 +138,29 @@ int Run(const RemoveItemOptions& options, const Console& console) {
     const std::string guid = GuidToText(id);
     const bool here = found.folder != nullptr && !options.everywhere;
     DBTools& tools = *found.gallery->GetDBTools();
+    // Before anything changes: afterwards nobody may be in the way of what is told.
+    const std::vector<CQGallery*> all = galleries.All();
     const Interrupt interrupt;  // An item that goes takes its links along.
     std::optional<TakenLinks> links;
-    if (!here || IsLastPlacement(galleries, id)) links.emplace(tools, id, PathsOf(*found.gallery, *found.item).front());
-    Removed removed = here ? RemoveHere(found) : RemoveEverywhere(galleries, id);
-    const bool isLost = links && !IsItemGone(tools, id) && !links->PutBack();
-    if (removed.kept.empty() && IsLeftBehind(galleries, tools, id)) removed.kept.push_back("the item " + guid);
-    if (!ReleaseLinks(tools, {id}).empty()) removed.kept.push_back("the links of tags to the item " + guid);
+    if (!here || CountPlacements(all, id) <= 1)
+        links.emplace(session, tools, id, PathsOf(*found.gallery, *found.item).front());
+    Removed removed;
+    if (here) {
+        RemoveHere(found, removed);
+    } else {
+        for (CQGallery* gallery : all) RemoveFromGallery(*gallery, id, removed);
+    }
+    const std::vector<std::string> lost = links ? links->Settle() : std::vector<std::string>{};
+    LookAtItem(galleries, tools, id, removed);
     for (const std::string& path : removed.paths) console.Say("removed " + path);
-    for (const std::string& path : removed.kept) console.Complain("cannot remove " + path);
-    if (isLost) console.Complain("the item " + guid + " may have lost tags");
-    console.ShowJson(
-        {{"guid", guid}, {"removed", removed.paths}, {"failed", removed.kept}, {"mayHaveLostTags", isLost}});
-    return removed.kept.empty() && !isLost ? kDone : kFailed;
+    for (const std::string& line : removed.remains.Lines()) console.Complain(line);
+    for (const std::string& tag : lost) console.Complain("the item " + guid + " may have lost the tag " + tag);
+    console.ShowJson({{"guid", guid},
+                      {"removed", removed.paths},
+                      {"failed", removed.remains.stored},
+                      {"unseen", removed.remains.unseen},
+                      {"mayHaveLostTags", lost}});
+    return removed.remains.IsEmpty() && lost.empty() ? kDone : kFailed;
 }
 
 }  // namespace qfc::host

@@ -94,7 +94,8 @@ private:
             (isGone ? removal.effects : removal.kept).push_back(place.path);
         }
         for (const GUID& guid : m_guids) {
-            if (IsLeftBehind(m_galleries, m_tools, guid)) removal.kept.push_back("the item " + GuidToText(guid));
+            if (IsLeftBehind(m_galleries, m_tools, guid) != false)
+                removal.kept.push_back("the item " + GuidToText(guid));
         }
     }
 

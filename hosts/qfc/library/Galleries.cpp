@@ -54,6 +54,10 @@ GalleryName ByName(const std::string& name, const std::vector<GalleryName>& stor
     throw Failure("several galleries are called " + name + "; name one by its id: " + ids);
 }
 
+[[noreturn]] void ThrowCannotLoad(const GalleryName& gallery) {
+    throw Failure("cannot load the gallery " + gallery.name);
+}
+
 }  // namespace
 
 std::optional<std::string> PredefinedName(int id) {
@@ -110,21 +114,23 @@ CQGallery& Galleries::Open(const std::string& idOrName) {
     const GalleryName wanted = Resolve(idOrName);
     // Loading comes first: a second row with the same id would be accepted, and its tree never be seen again.
     if (CQGallery* gallery = Load(wanted.id)) return *gallery;
-    if (IsStored(wanted.id)) throw Failure("cannot load the gallery " + wanted.name);
+    if (IsStored(wanted.id)) ThrowCannotLoad(wanted);
     return Make(wanted);
 }
 
 CQGallery* Galleries::Find(const std::string& idOrName) {
     const GalleryName wanted = Resolve(idOrName);
     if (CQGallery* gallery = Load(wanted.id)) return gallery;
-    if (IsStored(wanted.id)) throw Failure("cannot load the gallery " + wanted.name);
+    if (IsStored(wanted.id)) ThrowCannotLoad(wanted);
     return nullptr;
 }
 
 std::vector<CQGallery*> Galleries::All() {
     std::vector<CQGallery*> galleries;
     for (const GalleryName& stored : Stored()) {
-        if (CQGallery* gallery = Load(stored.id)) galleries.push_back(gallery);
+        CQGallery* gallery = Load(stored.id);
+        if (gallery == nullptr) ThrowCannotLoad(stored);
+        galleries.push_back(gallery);
     }
     return galleries;
 }

@@ -42,7 +42,7 @@ public:
     CQGallery& Open(const std::string& idOrName);
     // The same, but makes nothing: null for a predefined gallery that is not stored.
     CQGallery* Find(const std::string& idOrName);
-    // Every stored gallery, loaded; those that cannot be read are left out (`check` tells of them).
+    // Every stored gallery, loaded. Throws Failure when one cannot be: nobody would know what it holds.
     std::vector<CQGallery*> All();
 
     // The gallery of this library that answers to one of another: the same predefined one, else the one of that name.

@@ -7,15 +7,70 @@
 #include "hosts/qfc/library/Verify.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 namespace qfc::host {
 namespace {
 
-bool IsNothingLeft(DBTools& tools, int row) {
-    const auto items = StoredItems(tools, row);
-    return IsFolderGone(tools, row) && items && items->empty();
+// What a folder is made of, as it was before.
+struct Parts {
+    std::map<int, std::string> folders;  // Paths by row.
+    std::map<GUID, std::string> items;   // One path each.
+};
+
+Parts PartsOf(CQFolder& folder) {
+    Parts parts;
+    for (CQFolder* part : WholeTree(folder)) {
+        parts.folders[part->GetDBId()] = PathOf(*part);
+        for (const CQItem* item : Items(*part)) parts.items.emplace(item->GetUniqueID(), PathOf(*part, *item));
+    }
+    return parts;
 }
+
+std::vector<GUID> GuidsOf(const std::map<GUID, std::string>& items) {
+    std::vector<GUID> guids;
+    for (const auto& [guid, path] : items) guids.push_back(guid);
+    return guids;
+}
+
+class Looking {
+public:
+    Looking(DBTools& tools, const Parts& parts, FolderRemoval& removal)
+        : m_tools(tools), m_parts(parts), m_removal(removal) {}
+
+    void LookAtFolders() {
+        for (const auto& [row, path] : m_parts.folders) {
+            const auto isStored = IsFolderStored(m_tools, row);
+            const auto placed = StoredItems(m_tools, row);
+            m_removal.folders.Note(path, isStored == false && !placed ? std::nullopt : isStored);
+            if (isStored == false) m_removal.isBegun = true;
+            for (const GUID& guid : placed.value_or(std::vector<GUID>{})) {
+                if (m_placed.insert(guid).second && isStored == false) m_removal.items.stored.push_back(NameOf(guid));
+            }
+        }
+    }
+    // Those that are still placed in these folders go or stay with them.
+    void LookAtItems(Galleries& galleries) {
+        for (const auto& [guid, path] : m_parts.items) {
+            if (m_placed.contains(guid)) continue;
+            const auto isStored = IsItemStored(m_tools, guid);
+            if (isStored == false) m_removal.isBegun = true;
+            if (isStored != false) m_removal.items.Note(NameOf(guid), IsLeftBehind(galleries, m_tools, guid));
+        }
+    }
+
+private:
+    std::string NameOf(const GUID& guid) const {
+        const auto known = m_parts.items.find(guid);
+        return known != m_parts.items.end() ? known->second + " " + GuidToText(guid) : GuidToText(guid);
+    }
+
+    DBTools& m_tools;
+    const Parts& m_parts;
+    FolderRemoval& m_removal;
+    std::set<GUID> m_placed;
+};
 
 }  // namespace
 
@@ -33,38 +88,63 @@ void RefuseUnseenFolders(CQFolder& folder) {
     }
 }
 
+std::vector<std::string> FolderRemoval::Lines() const {
+    if (!isBegun && !folders.stored.empty()) return {"cannot remove " + path};
+    std::vector<std::string> lines = folders.Lines();
+    for (const std::string& item : items.stored) {
+        lines.push_back("the item " + item + " is left without a folder; check lists it");
+    }
+    for (const std::string& item : items.unseen) lines.push_back("cannot tell whether " + item + " is removed");
+    return lines;
+}
+
+std::string FolderRemoval::Text() const {
+    std::string text;
+    for (const std::string& line : Lines()) text += (text.empty() ? "" : "; ") + line;
+    return text;
+}
+
 FolderRemoval RemoveFolder(Galleries& galleries, CQFolder& folder) {
+    FolderRemoval removal;
+    removal.path = PathOf(folder);
     // A folder without a row may not be given to the library: it would take the last one of its parent instead.
-    if (folder.GetDBId() == -1 || folder.GetDBTools() == nullptr) return FolderRemoval::kFailed;
+    if (folder.GetDBId() == -1 || folder.GetDBTools() == nullptr) {
+        removal.isStored = true;
+        removal.folders.stored.push_back(removal.path);
+        return removal;
+    }
     RefuseUnseenFolders(folder);
     DBTools& tools = *folder.GetDBTools();
-    std::set<int> rows;
-    std::set<GUID> guids;
-    for (CQFolder* part : WholeTree(folder)) {
-        rows.insert(part->GetDBId());
-        for (const CQItem* item : Items(*part)) guids.insert(item->GetUniqueID());
-    }
+    const int row = folder.GetDBId();
+    const Parts parts = PartsOf(folder);
     QFCLibraryManager::fnDeleteFolder(ToHandle(&folder));
-    const bool isLinked = !ReleaseLinks(tools, {guids.begin(), guids.end()}).empty();
-    const bool isGone =
-        std::ranges::all_of(rows, [&](int row) { return IsNothingLeft(tools, row); }) &&
-        std::ranges::none_of(guids, [&](const GUID& guid) { return IsLeftBehind(galleries, tools, guid); });
-    if (!isGone) return FolderRemoval::kFailed;
-    return isLinked ? FolderRemoval::kLinksLeft : FolderRemoval::kDone;
+    removal.areLinksLeft = !ReleaseLinks(tools, GuidsOf(parts.items)).empty();
+    removal.isStored = IsFolderStored(tools, row);
+    Looking looking(tools, parts, removal);
+    looking.LookAtFolders();
+    looking.LookAtItems(galleries);
+    removal.isWhole = removal.folders.IsEmpty() && removal.items.IsEmpty();
+    return removal;
 }
 
-bool RemovePlacement(CQFolder& folder, const GUID& guid) {
-    if (folder.GetDBTools() == nullptr) return false;
+std::optional<bool> RemovePlacement(CQFolder& folder, const GUID& guid) {
+    if (folder.GetDBTools() == nullptr) return true;
     const GUID removed = guid;  // The reference may point into the item.
     QFCLibraryManager::fnDeleteItem(ToHandle(&folder), {removed}, 1);
-    return !StandsIn(folder, removed) && IsPlaced(*folder.GetDBTools(), folder.GetDBId(), removed) == false;
+    if (StandsIn(folder, removed)) return true;
+    return IsPlaced(*folder.GetDBTools(), folder.GetDBId(), removed);
 }
 
-bool IsLeftBehind(Galleries& galleries, DBTools& tools, const GUID& guid) {
+std::optional<bool> IsLeftBehind(Galleries& galleries, DBTools& tools, const GUID& guid) {
     // Most are gone, which one look tells; only for the others every gallery is loaded.
-    if (IsItemGone(tools, guid)) return false;
-    return std::ranges::none_of(galleries.All(),
-                                [&](CQGallery* gallery) { return !FoldersOf(*gallery, guid).empty(); });
+    const auto isStored = IsItemStored(tools, guid);
+    if (isStored != true) return isStored;
+    try {
+        return std::ranges::none_of(galleries.All(),
+                                    [&](CQGallery* gallery) { return !FoldersOf(*gallery, guid).empty(); });
+    } catch (const Failure&) {
+        return std::nullopt;
+    }
 }
 
 }  // namespace qfc::host

@@ -124,9 +124,12 @@ void RestoreTrusty(CQFolder& folder) {
     if (stored) folder.SetTrusty(stored->trusty);
 }
 
-bool IsFolderGone(DBTools& tools, int folderRow) {
+std::optional<bool> IsFolderStored(DBTools& tools, int folderRow) {
     CppSQLite3Query query;
-    return tools.QueryFolder(folderRow, query) && query.eof();
+    if (!tools.QueryFolder(folderRow, query)) return std::nullopt;
+    return !query.eof();
 }
+
+bool IsFolderGone(DBTools& tools, int folderRow) { return IsFolderStored(tools, folderRow) == false; }
 
 }  // namespace qfc::host

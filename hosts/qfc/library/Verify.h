@@ -59,6 +59,8 @@ std::optional<StoredFolder> LoadStoredFolder(DBTools& tools, int folderRow);
 // Gives the folder the trusty mask that its row has. Loading adds bits to the mask of some names, which a later write
 // of the folder would store.
 void RestoreTrusty(CQFolder& folder);
+// Whether the database has such a row. Nothing when it cannot be read.
+std::optional<bool> IsFolderStored(DBTools& tools, int folderRow);
 // True when the database answers and says that there is no such row.
 bool IsFolderGone(DBTools& tools, int folderRow);
 
