@@ -55,7 +55,7 @@ TEST_F(CommandsGalleries, AnOwnGalleryIsNamedByIdOrName) {
 
 TEST_F(CommandsGalleries, RemovingAGalleryTakesItemsAndPayloadsAlong) {
     Done({"import", Video("v.mp4"), "--folder", "A\\B"});
-    Done({"gallery", "rm", "Media"});
+    EXPECT_EQ(Qfc({"gallery", "rm", "Media"}).out, "removed the gallery Media with 1 item\n");
     for (const char* table : {"GALLERY_TABLE", "FOLDER_TABLE", "ITEM_TABLE", "RELATION_TABLE", "CACHE_DATA_TABLE"}) {
         EXPECT_EQ(Count(table), "0") << table;
     }
@@ -105,7 +105,8 @@ TEST_F(CommandsGalleries, RmTakesTheTagsOfAnOwnGallery_SoThatTheNextHasNone) {
     Done({"tag", "add", "secret", "fixed", "other", "--", guid});
     RawDb(Database()).Exec("update LIB_TAG_TABLE set TAG_DELETABLE = 0 where TAG_NAME = 'fixed'");
     RawDb(Database()).Exec("update LIB_TAG_CATEGORY_TABLE set CATEGORY_DELETABLE = 0 where CATEGORY_NAME = 'Kept'");
-    EXPECT_EQ(Done({"gallery", "rm", "A"}), (Json{{"removed", {{"id", 100}, {"name", "A"}, {"tags", 2}}}}));
+    EXPECT_EQ(Done({"gallery", "rm", "A"}),
+              (Json{{"removed", {{"id", 100}, {"name", "A"}, {"items", 0}, {"tags", 2}}}}));
     EXPECT_EQ(Done({"gallery", "create", "B"})["id"], 100);
     EXPECT_EQ(Document({"tag", "list", "--gallery", "B"}, 1), Json::array());
     EXPECT_EQ(RawDb(Database()).Cell("select count(*) from LIB_TAG_TABLE"), "1");

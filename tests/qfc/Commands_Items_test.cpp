@@ -160,12 +160,11 @@ TEST_F(CommandsItems, RmEverywhere_RemovesAllPlacementsInAllGalleries) {
 TEST_F(CommandsItems, RmOfNothing_Fails) {
     ImportAbc();
     Refused({"rm", "F\\d.ppm"});
-    Refused({"rm", "F"});
+    EXPECT_EQ(Refused({"rm", "F"}), "qfc: no item F in the gallery Media; it is a folder\n");
     EXPECT_EQ(ItemsOf("F").size(), 3u);
 }
 
-// --- reorder
-// ----------------------------------------------------------------------------------------------------------
+// --- reorder -----------------------------------------------------------------------------------------------------
 
 TEST_F(CommandsItems, ReorderByName_IsStored) {
     ImportAbc();
@@ -302,7 +301,11 @@ TEST_F(CommandsItems, AnItemThatStaysBehindItsLastPlacement_IsNotCountedAsRemove
 TEST_F(CommandsItems, RmdirIsNotDone_WhenAnItemStaysBehindItsLastPlacement) {
     Done({"import", Image("a.ppm"), "--folder", "A\\B"});
     RawDb(Database()).Exec("create trigger keep before delete on ITEM_TABLE begin select raise(ignore); end");
-    Refused({"rmdir", "A", "--recursive"});
+    const QfcResult result = Qfc({"rmdir", "A", "--recursive"});
+    EXPECT_EQ(result.exit, 1);
+    EXPECT_EQ(result.out, "removed A\n");
+    EXPECT_NE(result.err.find("A\\B\\a.ppm "), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("is left without a folder; check lists it\n"), std::string::npos) << result.err;
     EXPECT_EQ(Count("ITEM_TABLE"), "1");
 }
 

@@ -1,6 +1,8 @@
 // A look at the library that fails after something was changed: what is there is told, and nothing is lost.
 #include "ReadFaultsTest.h"
 
+#include <map>
+
 namespace qfc::test {
 namespace {
 
@@ -11,7 +13,20 @@ protected:
         ImportAbc();
         Done({"mkdir", "G"});
         Done({"tag", "create", "Sea"});
-        Done({"tag", "add", "Sea", "F\\a.ppm"});
+        Done({"tag", "add", "Sea", "F\\a.ppm", "F\\b.ppm"});
+        KeepLibrary();
+        for (const std::string name : {"a.ppm", "b.ppm", "c.ppm"}) {
+            m_guids[name] = Sql("select ITEM_ID from ITEM_TABLE where ITEM_NAME = '" + name + "'");
+        }
+    }
+    // In the folder H of the gallery Own, as other programs may have it.
+    void PutAlsoIntoOwnGallery(const std::string& item) const {
+        Done({"gallery", "create", "Own"});
+        Done({"mkdir", "H", "--gallery", "Own"});
+        Exec(
+            "insert into RELATION_TABLE select (select ID from FOLDER_TABLE where FOLDER_NAME = 'H'), ITEM_ID, 0 "
+            "from ITEM_TABLE where ITEM_NAME = '" +
+            item + "'");
         KeepLibrary();
     }
     // The folders that place the item in the database.
@@ -22,7 +37,21 @@ protected:
             "where ITEM_NAME = '" +
             item + "' order by FOLDER_NAME)");
     }
-    std::string Links() const { return Sql("select count(*) from TAG_ITEM_RELATION_TABLE"); }
+    std::string Stored(const std::string& item) const {
+        return Sql("select count(*) from ITEM_TABLE where ITEM_NAME = '" + item + "'");
+    }
+    // The item may be gone, but its GUID stays what it was.
+    std::string LinksOf(const std::string& item) {
+        const auto known = m_guids.find(item);
+        if (known == m_guids.end()) ADD_FAILURE() << item;
+        return Sql("select count(*) from TAG_ITEM_RELATION_TABLE where ITEM_GUID = " + known->second);
+    }
+    // On either stream: as what was done, or as what failed or cannot be told.
+    static void ExpectNamed(const QfcResult& result, const std::string& what) {
+        EXPECT_NE((result.out + result.err).find(what), std::string::npos) << what;
+    }
+
+    std::map<std::string, std::string> m_guids;
 };
 
 TEST_F(CommandsReadFaults, AMovedItemIsNeverLost_AndStandsWhereItIsSaidToStand) {
@@ -39,34 +68,113 @@ TEST_F(CommandsReadFaults, AMovedItemIsNeverLost_AndStandsWhereItIsSaidToStand) 
         }
         EXPECT_NE(places, "NULL");
         EXPECT_EQ(Sql("select count(*) from CACHE_DATA_TABLE"), "6");
-        EXPECT_EQ(Links(), "1");
+        EXPECT_EQ(LinksOf("a.ppm"), "1");
     });
 }
 
-TEST_F(CommandsReadFaults, AnItemThatStaysKeepsItsTags_AndLinksThatStayAreTold) {
-    WithEachFailingRead({"rm", "F\\a.ppm"}, [&](const QfcResult& result) {
-        if (result.exit == 0) {
-            EXPECT_EQ(PlacesOf("a.ppm"), "NULL");
-        }
-        if (result.exit == 0) {
-            EXPECT_EQ(Links(), "0");
-        }
-        if (PlacesOf("a.ppm") == "NULL" && Links() != "0") {
-            EXPECT_NE(result.err.find("links of tags"), std::string::npos);
-        }
-        if (PlacesOf("a.ppm") != "NULL" && Links() == "0") {
-            EXPECT_NE(result.err.find("lost"), std::string::npos);
-        }
-    });
+TEST_F(CommandsReadFaults, AnItemThatStaysKeepsItsTags_AndWhatWentOrMayHaveIsTold) {
+    PutAlsoIntoOwnGallery("a.ppm");
+    const Args ways[] = {{"rm", GuidOf("F\\a.ppm")}, {"rm", "F\\a.ppm", "--everywhere"}, {"rm", "F\\b.ppm"}};
+    for (const Args& way : ways) {
+        const std::string name = way[1] == "F\\b.ppm" ? "b.ppm" : "a.ppm";
+        SCOPED_TRACE(way[1]);
+        WithEachFailingRead(way, [&](const QfcResult& result) {
+            const std::string places = PlacesOf(name);
+            if (result.exit == 0) {
+                EXPECT_EQ(places, "NULL");
+                EXPECT_EQ(LinksOf(name), "0");
+            }
+            if (places != "NULL") {
+                EXPECT_EQ(LinksOf(name), "1");
+            }
+            for (const std::string folder : {"F", "H"}) {
+                if (name == "b.ppm" && folder == "H") continue;
+                if (places.find(folder) == std::string::npos) ExpectNamed(result, folder + "\\" + name);
+            }
+        });
+    }
 }
 
-TEST_F(CommandsReadFaults, LinksThatStayBehindAFolderAreTold) {
+// What keeps the item may also keep its links from coming back.
+TEST_F(CommandsReadFaults, TagsThatAnItemMayHaveLostAreNamed) {
+    Exec("create trigger stay before delete on RELATION_TABLE begin select raise(abort, 'stays'); end");
+    Exec("create trigger away before insert on TAG_ITEM_RELATION_TABLE begin select raise(abort, 'no'); end");
+    const QfcResult result = Qfc({"rm", "F\\a.ppm"});
+    EXPECT_EQ(result.exit, 1);
+    EXPECT_NE(result.err.find("may have lost the tag Media:My tags/Sea"), std::string::npos) << result.err;
+    EXPECT_EQ(PlacesOf("a.ppm"), "'F'");
+    EXPECT_EQ(LinksOf("a.ppm"), "0");
+}
+
+TEST_F(CommandsReadFaults, AnItemThatStays_GetsItsTagsBack) {
+    Exec("create trigger stay before delete on RELATION_TABLE begin select raise(abort, 'stays'); end");
+    KeepLibrary();
+    const auto look = [&](const QfcResult& result) {
+        EXPECT_EQ(result.exit, 1);
+        EXPECT_EQ(LinksOf("a.ppm"), "1");
+        EXPECT_EQ(result.err.find("lost"), std::string::npos);
+    };
+    WithEachFailingRead({"rm", "F\\a.ppm"}, look, 1, 1);
+}
+
+TEST_F(CommandsReadFaults, LinksThatStayBehindAFolderAreTold_AndWhatWentOrMayHave) {
+    PutAlsoIntoOwnGallery("a.ppm");
     WithEachFailingRead({"rmdir", "F", "--recursive"}, [&](const QfcResult& result) {
+        const bool isGone = Sql("select count(*) from FOLDER_TABLE where FOLDER_NAME = 'F'") == "0";
         if (result.exit == 0) {
-            EXPECT_EQ(Links(), "0");
+            EXPECT_TRUE(isGone);
+            EXPECT_EQ(LinksOf("b.ppm"), "0");
         }
-        if (Sql("select count(*) from ITEM_TABLE") == "3") {
-            EXPECT_EQ(Links(), "1");
+        if (isGone) {
+            ExpectNamed(result, "F");
+        } else if (PlacesOf("b.ppm") == "NULL" || PlacesOf("c.ppm") == "NULL") {
+            ExpectNamed(result, "of the 3 items in F only ");
+        }
+        if (isGone && LinksOf("b.ppm") != "0") {
+            ExpectNamed(result, Sql("select count(*) from ITEM_TABLE where ITEM_NAME = 'b.ppm'") == "0"
+                                    ? "links of tags"
+                                    : "b.ppm");
+        }
+        // An item that is left without a folder is named by no path any more.
+        if (isGone && PlacesOf("b.ppm") == "NULL" && Stored("b.ppm") != "0") ExpectNamed(result, "b.ppm");
+        EXPECT_NE(PlacesOf("a.ppm").find("H"), std::string::npos);
+        EXPECT_EQ(LinksOf("a.ppm"), "1");
+    });
+}
+
+TEST_F(CommandsReadFaults, WhatCannotBeSeenRenamed_IsCalledAsBefore) {
+    const auto look = [&](const QfcResult& result) {
+        const bool isRenamed = Sql("select count(*) from ITEM_TABLE where ITEM_NAME = 'new'") != "0" ||
+                               Sql("select count(*) from FOLDER_TABLE where FOLDER_NAME = 'new'") != "0";
+        EXPECT_EQ(isRenamed, result.exit == 0);
+    };
+    WithEachFailingRead({"rename", "F\\a.ppm", "new"}, look);
+    WithEachFailingRead({"rename", "G", "new"}, look);
+}
+
+TEST_F(CommandsReadFaults, WhatCannotBeSeenMade_IsNotSaidToBeMissing) {
+    WithEachFailingRead({"mkdir", "N"}, [&](const QfcResult& result) {
+        if (result.exit != 0 && Sql("select count(*) from FOLDER_TABLE where FOLDER_NAME = 'N'") != "0") {
+            EXPECT_NE(result.err.find("the folder N may be made"), std::string::npos);
+        }
+    });
+    WithEachFailingRead({"gallery", "create", "N"}, [&](const QfcResult& result) {
+        if (result.exit != 0 && Sql("select count(*) from GALLERY_TABLE where GALLERY_ID > 100") != "0") {
+            EXPECT_NE(result.err.find("the gallery N may be made"), std::string::npos);
+        }
+    });
+}
+
+TEST_F(CommandsReadFaults, OfAGalleryWhatWentIsTold) {
+    Done({"gallery", "create", "Empty"});
+    KeepLibrary();
+    WithEachFailingRead({"gallery", "rm", "Empty"}, [&](const QfcResult& result) {
+        const bool isGone = Sql("select count(*) from GALLERY_TABLE where GALLERY_ID = 101") == "0";
+        if (isGone && result.exit != 0) {
+            EXPECT_NE(result.err.find("maybe the gallery"), std::string::npos);
+        }
+        if (!isGone) {
+            EXPECT_EQ(result.exit, 1);
         }
     });
 }

@@ -32,6 +32,44 @@ TEST_P(CommandsRemovalSignals, AnItemTakesItsLinksAlong) {
     ExpectSound();
 }
 
+TEST_P(CommandsRemovalSignals, OnATerminalTheFirstIsAnsweredInALine) {
+    RawDb writer(Database());
+    writer.Exec("begin immediate");
+    QfcProcess process(WithLibrary({"rm", "F\\a.ppm"}), {.terminal = true});
+    ASSERT_TRUE(process.WaitUntilCaught(GetParam()));
+    process.Signal(GetParam());
+    ASSERT_TRUE(process.WaitUntilLeftToItself(GetParam()));
+    writer.Exec("rollback");
+    const QfcResult result = process.Wait();
+    EXPECT_EQ(result.exit, 0);
+    EXPECT_EQ(result.err, "\r\nqfc: ending in good order; once more ends it at once\r\n");
+}
+
+// Ctrl-S, and then the signal from elsewhere: a program that waited for the terminal would keep the library for ever.
+TEST_P(CommandsRemovalSignals, OnATerminalThatTakesNothing_TheWorkGoesOn) {
+    RawDb writer(Database());
+    writer.Exec("begin immediate");
+    QfcProcess process(WithLibrary({"rm", "F\\a.ppm"}), {.terminal = true});
+    ASSERT_TRUE(process.WaitUntilCaught(GetParam()));
+    process.HoldTerminal();
+    process.Signal(GetParam());
+    ASSERT_TRUE(process.WaitUntilLeftToItself(GetParam()));
+    writer.Exec("rollback");
+    EXPECT_EQ(process.Wait().exit, 0);
+    EXPECT_EQ(ItemsOf("F"), (Names{"b.ppm", "c.ppm"}));
+}
+
+TEST_P(CommandsRemovalSignals, TheSecondEndsItAtOnce) {
+    RawDb writer(Database());
+    writer.Exec("begin immediate");
+    QfcProcess process(WithLibrary({"rm", "F\\a.ppm"}), {});
+    ASSERT_TRUE(process.WaitUntilCaught(GetParam()));
+    process.Signal(GetParam());
+    ASSERT_TRUE(process.WaitUntilLeftToItself(GetParam()));
+    process.Signal(GetParam());
+    EXPECT_EQ(process.Wait().exit, 128 + GetParam());
+}
+
 TEST_P(CommandsRemovalSignals, AMovedItemIsInOnePlace) {
     Done({"mkdir", "G"});
     EXPECT_EQ(Interrupted({"mv", "F\\a.ppm", "G"}).exit, 0);

@@ -8,8 +8,11 @@
 #include <string>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <thread>
+#include <tuple>
 #include <unistd.h>
+#include <utility>
 
 namespace qfc::test {
 namespace {
@@ -54,6 +57,16 @@ void EnterWorld(const QfcWorld& world) {
     _exit(127);
 }
 
+// A terminal that is nobody's controlling one: only what is sent by hand reaches the program as a signal.
+std::pair<int, int> MakeTerminal() {
+    const int ours = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
+    if (ours < 0 || grantpt(ours) != 0 || unlockpt(ours) != 0) throw std::runtime_error("no terminal");
+    char name[64];
+    if (ptsname_r(ours, name, sizeof name) != 0) throw std::runtime_error("no terminal");
+    return {ours, open(name, O_RDWR | O_NOCTTY | O_CLOEXEC)};
+}
+
+// Of a file; a terminal has no start and gives what is there.
 std::string ReadFromStart(int file) {
     std::string text;
     char buffer[4096];
@@ -69,11 +82,15 @@ QfcProcess::QfcProcess(const std::vector<std::string>& arguments, const QfcWorld
     if (pipe2(out, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
     if (world.narrowPipe) fcntl(out[1], F_SETPIPE_SZ, 4096);
     m_out = out[0];
-    m_err = open("/tmp", O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+    if (world.terminal) {
+        std::tie(m_err, m_terminal) = MakeTerminal();
+    } else {
+        m_err = open("/tmp", O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+    }
     m_child = fork();
     if (m_child == 0) {
         dup2(out[1], STDOUT_FILENO);
-        dup2(m_err, STDERR_FILENO);
+        dup2(world.terminal ? m_terminal : m_err, STDERR_FILENO);
         EnterWorld(world);
         Become(arguments);
     }
@@ -86,8 +103,9 @@ QfcProcess::~QfcProcess() {
         kill(m_child, SIGKILL);
         waitpid(m_child, nullptr, 0);
     }
-    close(m_out);
-    close(m_err);
+    for (const int file : {m_out, m_err, m_terminal}) {
+        if (file >= 0) close(file);
+    }
 }
 
 bool QfcProcess::ReadMore() {
@@ -109,17 +127,17 @@ std::optional<std::string> QfcProcess::ReadLine() {
 
 void QfcProcess::Signal(int signal) { kill(m_child, signal); }
 
-bool QfcProcess::WaitUntilCaught(int signal) const {
+bool QfcProcess::WaitUntilCaught(int signal, bool caught) const {
     const std::string status = "/proc/" + std::to_string(m_child) + "/status";
     for (;; std::this_thread::yield()) {
         std::ifstream file(status);
-        std::string line, caught, state;
+        std::string line, signals, state;
         while (std::getline(file, line)) {
-            if (line.starts_with("SigCgt:")) caught = line.substr(7);
+            if (line.starts_with("SigCgt:")) signals = line.substr(7);
             if (line.starts_with("State:")) state = line.substr(6);
         }
-        if (caught.empty() || state.find('Z') != std::string::npos) return false;
-        if ((std::stoull(caught, nullptr, 16) >> (signal - 1)) & 1U) return true;
+        if (signals.empty() || state.find('Z') != std::string::npos) return false;
+        if (((std::stoull(signals, nullptr, 16) >> (signal - 1)) & 1U) == (caught ? 1U : 0U)) return true;
     }
 }
 
@@ -127,6 +145,8 @@ void QfcProcess::StopReading() {
     close(m_out);
     m_out = -1;
 }
+
+void QfcProcess::HoldTerminal() { tcflow(m_terminal, TCOOFF); }
 
 QfcResult QfcProcess::Wait() {
     while (ReadMore()) {

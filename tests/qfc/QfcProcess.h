@@ -23,10 +23,11 @@ struct FailingRead {
 
 // Under which conditions the program runs.
 struct QfcWorld {
-    bool unprivileged = false;        // as a user who owns nothing
-    std::optional<long> largestFile;  // bytes: writing beyond fails, as on a full disk
-    bool narrowPipe = false;          // its output waits for the reader after a page
+    bool unprivileged = false;                       // as a user who owns nothing
+    std::optional<long> largestFile = std::nullopt;  // bytes: writing beyond fails, as on a full disk
+    bool narrowPipe = false;                         // its output waits for the reader after a page
     std::optional<FailingRead> failingRead = std::nullopt;
+    bool terminal = false;  // its error stream is one
 };
 
 // One run of the built program, to be talked to while it runs.
@@ -42,18 +43,24 @@ public:
     std::optional<std::string> ReadLine();
     void Signal(int signal);
     // Waits until the program answers the signal itself. False when it ends before.
-    bool WaitUntilCaught(int signal) const;
+    bool WaitUntilCaught(int signal) const { return WaitUntilCaught(signal, true); }
+    // Waits until it has answered, so that the next one would end it. False when it ends before.
+    bool WaitUntilLeftToItself(int signal) const { return WaitUntilCaught(signal, false); }
     // From now on nobody reads its standard output.
     void StopReading();
+    // The terminal takes nothing any more, as after Ctrl-S.
+    void HoldTerminal();
     // Reads to the end of its output.
     QfcResult Wait();
 
 private:
     bool ReadMore();
+    bool WaitUntilCaught(int signal, bool caught) const;
 
     pid_t m_child = -1;
     int m_out = -1;
     int m_err = -1;
+    int m_terminal = -1;     // the side of the program
     std::string m_read;      // all of its output so far
     std::size_t m_line = 0;  // where the next line begins
 };

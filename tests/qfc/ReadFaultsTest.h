@@ -16,9 +16,10 @@ protected:
         std::filesystem::copy_file(Database(), Kept(), std::filesystem::copy_options::overwrite_existing);
     }
     // Runs the command on that library again and again, each time with another read that fails after the first write,
-    // and looks after each run. Whatever fails, the command ends by itself and says why.
-    void WithEachFailingRead(const Args& arguments, const std::function<void(const QfcResult&)>& look,
-                             int step = 1) const {
+    // and looks after each run. Whatever fails, the command ends by itself and says why; exit: of a run in which no
+    // read fails.
+    void WithEachFailingRead(const Args& arguments, const std::function<void(const QfcResult&)>& look, int step = 1,
+                             int exit = 0) const {
         int failed = 0;
         for (QfcWorld world;; failed += step) {
             std::filesystem::copy_file(Kept(), Database(), std::filesystem::copy_options::overwrite_existing);
@@ -27,7 +28,7 @@ protected:
             const QfcResult result = Qfc(arguments, world);
             SCOPED_TRACE("read " + std::to_string(failed + 1) + ": " + result.out + result.err);
             const bool hasFailed = std::filesystem::exists(m_folder / "mark");
-            EXPECT_TRUE(result.exit == 0 || (result.exit == 1 && hasFailed)) << result.exit;
+            EXPECT_TRUE(result.exit == exit || (result.exit == 1 && hasFailed)) << result.exit;
             std::istringstream errors(result.err);
             for (std::string line; std::getline(errors, line);) EXPECT_EQ(line.substr(0, 5), "qfc: ");
             if (!hasFailed) break;

@@ -53,6 +53,8 @@ int Run(const RemoveFolderOptions& options, const Console& console) {
                       {"unseen", done.folders.unseen},
                       {"itemsLeft", done.items.stored},
                       {"itemsUnseen", done.items.unseen},
+                      {"itemsBefore", done.itemsBefore},
+                      {"itemsInFolder", done.itemsPlaced},
                       {"linksLeft", done.areLinksLeft}});
     return done.isWhole && !done.areLinksLeft ? kDone : kFailed;
 }

@@ -15,6 +15,7 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <set>
 
 namespace qfc::host {
 namespace {
@@ -44,6 +45,11 @@ public:
           m_name(Galleries::NameOf(gallery)),
           m_tags(session) {
         for (CQFolder* folder : SubFolders(gallery)) m_folders.emplace_back(folder->GetDBId(), ShownName(*folder));
+        std::set<GUID> items;
+        for (CQFolder* folder : WholeTree(gallery)) {
+            for (const CQItem* item : Items(*folder)) items.insert(item->GetUniqueID());
+        }
+        m_items = items.size();
         // Another gallery may get the id of this one, and would have its tags.
         if (!IsOwnGallery(m_name.id)) return;
         const auto isOwn = [&](const CTagCategory& category) { return category.m_nGallery == m_name.id; };
@@ -67,6 +73,7 @@ public:
     }
 
     const GalleryName& Name() const { return m_name; }
+    std::size_t ItemsBefore() const { return m_items; }
     std::size_t TagsGone() const { return m_tagsGone; }
     bool AreLinksLeft() const { return m_linksLeft; }
     // It was deleted, and nobody could look.
@@ -122,6 +129,7 @@ private:
     Tags m_tags;
     std::vector<std::pair<int, std::string>> m_folders;  // Rows and names, as they were.
     std::vector<CTagCategory> m_categories;              // Those that are to go.
+    std::size_t m_items = 0;                             // Before anything went.
     std::size_t m_tagsGone = 0;
     bool m_linksLeft = false;
     bool m_mayBeGone = false;
@@ -185,13 +193,15 @@ int Run(const GalleryRemoveOptions& options, const Console& console) {
     }
     const GalleryName& name = removal.Name();
     const std::size_t tags = removal.TagsGone();
-    console.Say("removed the gallery " + name.name + (tags > 0 ? " with " + Counted(tags, "tag") : ""));
+    console.Say("removed the gallery " + name.name + " with " + Counted(removal.ItemsBefore(), "item") +
+                (tags > 0 ? " and " + Counted(tags, "tag") : ""));
     if (removal.AreLinksLeft()) {
         console.Complain("the gallery " + name.name +
                          " is removed, but links of tags to its items are left; check "
                          "lists them");
     }
-    console.ShowJson({{"removed", {{"id", name.id}, {"name", name.name}, {"tags", tags}}}});
+    console.ShowJson(
+        {{"removed", {{"id", name.id}, {"name", name.name}, {"items", removal.ItemsBefore()}, {"tags", tags}}}});
     return removal.AreLinksLeft() ? kFailed : kDone;
 }
 

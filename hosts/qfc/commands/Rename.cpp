@@ -9,23 +9,51 @@
 #include "hosts/qfc/library/Tree.h"
 #include "hosts/qfc/library/Verify.h"
 
+#include <functional>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 namespace qfc::host {
 namespace {
 
 constexpr DWORD kFieldsOnly = 1;  // Names, texts, masks and timestamp; no payload.
 
+// Writes a name and looks what is stored then; nothing when the library does not tell. What cannot be seen is taken
+// back, so that a failure leaves everything as it was.
+void StoreName(const std::string& old, const std::string& name, const std::function<void(const std::string&)>& write,
+               const std::function<std::optional<std::string>()>& stored) {
+    write(name);
+    const auto now = stored();
+    if (now == name) return;
+    if (now) throw Failure("cannot rename to " + name);
+    write(old);
+    const std::string unseen = ": the library cannot be looked at";
+    if (stored() == old) throw Failure("cannot rename to " + name + unseen);
+    throw Failure(old + " may now be called " + name + unseen);
+}
+
+std::optional<std::string> StoredItemName(const CQGallery& gallery, const GUID& guid) {
+    const auto fresh = LoadFresh(*gallery.GetDBTools(), guid);
+    return fresh != nullptr ? std::optional(ToText(fresh->GetItemName())) : std::nullopt;
+}
+
+std::optional<std::string> StoredFolderName(const CQFolder& folder) {
+    const auto stored = LoadStoredFolder(*folder.GetDBTools(), folder.GetDBId());
+    return stored ? std::optional(stored->name) : std::nullopt;
+}
+
 Json RenameItem(const FoundItem& found, const std::string& name) {
     CQItem& item = *found.item;
-    for (CQFolder* folder : FoldersOf(*found.gallery, item.GetUniqueID())) RefuseItemClash(*folder, item, name);
+    const GUID guid = item.GetUniqueID();
+    for (CQFolder* folder : FoldersOf(*found.gallery, guid)) RefuseItemClash(*folder, item, name);
     // The mask carries more than the name, so the rest of it has to be the item's own.
     CQItem renamed;
     renamed.Copy(&item, kFieldsOnly);
-    renamed.SetItemName(ToCString(name));
-    QFCLibraryManager::fnUpdateItem(ToHandle(found.gallery), &renamed, item.GetUniqueID(), kFieldsOnly);
-    const auto fresh = LoadFresh(*found.gallery->GetDBTools(), item.GetUniqueID());
-    if (fresh == nullptr || ToText(fresh->GetItemName()) != name) throw Failure("cannot rename to " + name);
+    const auto write = [&](const std::string& text) {
+        renamed.SetItemName(ToCString(text));
+        QFCLibraryManager::fnUpdateItem(ToHandle(found.gallery), &renamed, guid, kFieldsOnly);
+    };
+    StoreName(ToText(item.GetItemName()), name, write, [&] { return StoredItemName(*found.gallery, guid); });
     return ItemJson(*found.gallery, item);
 }
 
@@ -33,10 +61,11 @@ Json RenameFolder(CQFolder& folder, const std::string& name) {
     RefuseFolderClash(*folder.GetParent(), folder, name);
     if (folder.GetDBId() == -1) throw Failure(PathOf(folder) + " is not stored in the library");
     RestoreTrusty(folder);
-    QFCLibraryManager::fnUpdateFolder(ToHandle(&folder), ToCString(name), folder.GetAdopt(), folder.GetTrusty(),
-                                      folder.GetExtra());
-    const auto stored = LoadStoredFolder(*folder.GetDBTools(), folder.GetDBId());
-    if (!stored || stored->name != name) throw Failure("cannot rename to " + name);
+    const auto write = [&](const std::string& text) {
+        QFCLibraryManager::fnUpdateFolder(ToHandle(&folder), ToCString(text), folder.GetAdopt(), folder.GetTrusty(),
+                                          folder.GetExtra());
+    };
+    StoreName(ToText(folder.GetFolderName()), name, write, [&] { return StoredFolderName(folder); });
     return FolderJson(folder);
 }
 

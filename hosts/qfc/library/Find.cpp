@@ -47,7 +47,7 @@ std::vector<CQItem*> ItemsNamed(CQFolder& folder, const std::string& name) {
 }
 
 // Where else in the gallery the name stands: the usual slip is to leave out the folder.
-std::string Hint(CQGallery& gallery, const std::string& name) {
+std::string Elsewhere(CQGallery& gallery, const std::string& name) {
     for (CQFolder* folder : WholeTree(gallery)) {
         const auto items = ItemsNamed(*folder, name);
         if (!items.empty()) return "; there is " + PathOf(*folder, *items.front());
@@ -76,6 +76,13 @@ std::optional<FoundFolder> FolderByPath(CQGallery& gallery, const std::string& t
     return FoundFolder{&gallery, folder};
 }
 
+// What may have been meant instead of an item that is not there.
+std::string ItemHint(CQGallery& gallery, const std::string& text) {
+    if (FolderByPath(gallery, text)) return "; it is a folder";
+    const std::vector<std::string> components = SplitPath(text);
+    return components.size() == 1 ? Elsewhere(gallery, components.front()) : "";
+}
+
 FoundFolder FolderByRow(Galleries& galleries, const std::string& gallery, int row) {
     for (CQGallery* candidate : NamedFirst(galleries, gallery)) {
         for (CQFolder* folder : WholeTree(*candidate)) {
@@ -101,10 +108,7 @@ FoundItem FindItem(Galleries& galleries, const std::string& gallery, const std::
     }
     CQGallery& named = Named(galleries, gallery, "item " + text);
     const auto found = ItemByPath(named, text);
-    if (!found) {
-        const std::vector<std::string> components = SplitPath(text);
-        throw Failure("no item " + text + In(named) + (components.size() == 1 ? Hint(named, components.front()) : ""));
-    }
+    if (!found) throw Failure("no item " + text + In(named) + ItemHint(named, text));
     return *found;
 }
 

@@ -10,9 +10,12 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace qfc::host {
 namespace {
+
+constexpr const char* kUnseen = " may be made: the library cannot be looked at";
 
 // The library would take these for an encoded name, or for a key and a name.
 bool SaysMoreThanAName(const std::string& name) {
@@ -85,10 +88,20 @@ CQFolder* FolderMaker::Create(const CQFolder& parent, const std::string& name, c
     if (m_names == Names::kTyped && taken != nullptr) {
         throw Failure("there is a folder " + m_paths.at(taken).shown + " already");
     }
-    CQFolder* folder =
-        QFCLibraryManager::fnCreateFolder(ToHandle(&m_gallery), ToCString(m_paths.at(&parent).stored),
-                                          ToCString(stored), marks.adopt, marks.trusty, marks.extra, marks.id);
-    if (folder == nullptr || !LoadStoredFolder(*m_gallery.GetDBTools(), folder->GetDBId())) return nullptr;
+    // One that nobody could look at is not made a second time.
+    CQFolder*& unseen = m_unseen[{&parent, stored}];
+    CQFolder* folder = std::exchange(unseen, nullptr);
+    if (folder == nullptr) {
+        folder = QFCLibraryManager::fnCreateFolder(ToHandle(&m_gallery), ToCString(m_paths.at(&parent).stored),
+                                                   ToCString(stored), marks.adopt, marks.trusty, marks.extra, marks.id);
+    }
+    if (folder == nullptr) return nullptr;
+    const auto isStored = IsFolderStored(*m_gallery.GetDBTools(), folder->GetDBId());
+    if (!isStored) {
+        unseen = folder;
+        throw Failure("the folder " + Below(m_paths.at(&parent).shown, shown) + kUnseen);
+    }
+    if (isStored == false) return nullptr;
     PutLast(*folder);
     Note(*folder, shown);
     return folder;

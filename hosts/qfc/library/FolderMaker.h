@@ -31,7 +31,8 @@ public:
 
     // The folder at the path, made when missing, behind its siblings; the marks are those of the last one. Null when
     // one cannot be made or is not in the database afterwards. Throws Failure when a name fits several folders, when
-    // the folder would lie deeper than is loaded again, and for kTyped when it would be shown as another is called.
+    // the folder would lie deeper than is loaded again, for kTyped when it would be shown as another is called, and
+    // when nobody can tell whether it was made.
     CQFolder* Make(const std::vector<std::string>& components, const Marks& marks);
     CQFolder* Make(const std::vector<std::string>& components) { return Make(components, Marks{}); }
 
@@ -63,7 +64,8 @@ private:
     std::map<const CQFolder*, Paths> m_paths;
     Children m_stored;
     Children m_shown;
-    std::map<const CQFolder*, int> m_lastIndex;  // By parent.
+    std::map<std::pair<const CQFolder*, std::string>, CQFolder*> m_unseen;  // Made, but nobody could look.
+    std::map<const CQFolder*, int> m_lastIndex;                             // By parent.
     std::vector<std::string> m_made;
     std::vector<std::string> m_notLast;
 };

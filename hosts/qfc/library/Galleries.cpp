@@ -103,9 +103,17 @@ CQGallery* Galleries::Load(int id) {
     return gallery;
 }
 
+bool Galleries::IsSeen(const GalleryName& made) const {
+    try {
+        return IsStored(made.id);
+    } catch (const Failure& failure) {
+        throw Failure("the gallery " + made.name + " may be made: " + failure.what());
+    }
+}
+
 CQGallery& Galleries::Make(const GalleryName& wanted) {
     CQGallery* gallery = AsGallery(QFCLibraryManager::fnCreateGallery(wanted.id, ToCString(wanted.name), 0, 0, 0));
-    if (gallery == nullptr || !IsStored(wanted.id)) throw Failure("cannot make the gallery " + wanted.name);
+    if (gallery == nullptr || !IsSeen(wanted)) throw Failure("cannot make the gallery " + wanted.name);
     m_loaded[wanted.id] = gallery;
     return *gallery;
 }

@@ -61,6 +61,7 @@ private:
     CQGallery* Load(int id);
     CQGallery& Make(const GalleryName& gallery);
     bool IsStored(int id) const;
+    bool IsSeen(const GalleryName& made) const;
     int FreeId(const std::vector<GalleryName>& stored) const;
 
     const Session& m_session;

@@ -39,16 +39,21 @@ public:
     Looking(DBTools& tools, const Parts& parts, FolderRemoval& removal)
         : m_tools(tools), m_parts(parts), m_removal(removal) {}
 
-    void LookAtFolders() {
+    // root: the row of the folder that was to go.
+    void LookAtFolders(int root) {
+        m_removal.itemsBefore = m_parts.items.size();
         for (const auto& [row, path] : m_parts.folders) {
-            const auto isStored = IsFolderStored(m_tools, row);
+            auto isStored = IsFolderStored(m_tools, row);
             const auto placed = StoredItems(m_tools, row);
-            m_removal.folders.Note(path, isStored == false && !placed ? std::nullopt : isStored);
+            if (isStored == false && !placed) isStored.reset();
+            m_removal.folders.Note(path, isStored);
+            if (row == root) m_removal.isStored = isStored;
             if (isStored == false) m_removal.isBegun = true;
             for (const GUID& guid : placed.value_or(std::vector<GUID>{})) {
                 if (m_placed.insert(guid).second && isStored == false) m_removal.items.stored.push_back(NameOf(guid));
             }
         }
+        m_removal.itemsPlaced = m_placed.size();
     }
     // Those that are still placed in these folders go or stay with them.
     void LookAtItems(Galleries& galleries) {
@@ -95,6 +100,10 @@ std::vector<std::string> FolderRemoval::Lines() const {
         lines.push_back("the item " + item + " is left without a folder; check lists it");
     }
     for (const std::string& item : items.unseen) lines.push_back("cannot tell whether " + item + " is removed");
+    if (isStored == true && itemsPlaced < itemsBefore) {
+        lines.push_back("of the " + std::to_string(itemsBefore) + " items in " + path + " only " +
+                        std::to_string(itemsPlaced) + " are seen there now");
+    }
     return lines;
 }
 
@@ -119,9 +128,8 @@ FolderRemoval RemoveFolder(Galleries& galleries, CQFolder& folder) {
     const Parts parts = PartsOf(folder);
     QFCLibraryManager::fnDeleteFolder(ToHandle(&folder));
     removal.areLinksLeft = !ReleaseLinks(tools, GuidsOf(parts.items)).empty();
-    removal.isStored = IsFolderStored(tools, row);
     Looking looking(tools, parts, removal);
-    looking.LookAtFolders();
+    looking.LookAtFolders(row);
     looking.LookAtItems(galleries);
     removal.isWhole = removal.folders.IsEmpty() && removal.items.IsEmpty();
     return removal;

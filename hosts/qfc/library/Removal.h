@@ -24,6 +24,8 @@ struct FolderRemoval {
     bool isBegun = false;          // Something of it went.
     Remains folders;               // By path, the folder itself too.
     Remains items;                 // Those that are left without a folder, or nobody knows.
+    std::size_t itemsBefore = 0;
+    std::size_t itemsPlaced = 0;  // Those of them that are seen in these folders still.
     bool areLinksLeft = false;
 
     // What to complain of, the links not included; empty when all went.
