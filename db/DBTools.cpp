@@ -133,6 +133,7 @@ bool DBTools::DeleteFolderTrees(std::span<const int> galleryIds) {
 int DBTools::AddFolderOrderIndexColumn() {
     const auto add = [&] { return DBToolsInternal::AddFolderOrderIndexColumn(); };
     if (Guarded(add) != 0) return 1;
+    if (!HasShortcuts()) return 0;
     // It looks before it writes: beside another writer that is refused at once, where a writer waits for its turn. The
     // look comes first all the same, since mostly there is nothing to write.
     return Guarded([&] { return HasConnection() && qfc::schema::TakeTurnAtFolders(Connection()) ? add() : 0; });

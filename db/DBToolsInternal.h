@@ -66,6 +66,8 @@ public:
     void SetShortcuts(bool bOn) { m_bShortcuts = bOn; }
 
 protected:
+    bool HasShortcuts() const { return m_bShortcuts; }
+
     // nFolder: -1 inserts and receives the new row number; any other number updates that row.
     bool InsertOrUpdateFolder(const qfc::FolderRow& row, int& nFolder);
     bool AddItem(const qfc::ItemRow& item, std::span<const qfc::PayloadWrite> payloads, int nFolder, int nIndex);

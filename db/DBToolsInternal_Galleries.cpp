@@ -81,6 +81,8 @@ bool DBToolsInternal::InsertOrUpdateFolder(const qfc::FolderRow& row, int& nFold
 }
 
 bool DBToolsInternal::DeleteFolderTrees(std::span<const int> galleryIds) {
+    if (!HasConnection()) return false;
+    if (galleryIds.empty()) return true;  // Needs no turn.
     std::vector<int> folders;
     if (!TakeTurn(sql::kTakeTurnAtGalleries) || !GatherTrees(galleryIds, folders)) return false;
     for (const int nGalleryId : galleryIds) {

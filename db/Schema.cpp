@@ -1,6 +1,7 @@
 #include "db/Schema.h"
 
 #include "db/CppSQLite3.h"
+#include "db/Sql.h"
 #include "db/SqliteCodes.h"
 
 #include <string>
@@ -12,8 +13,6 @@ constexpr char kQueryOrderIndex[] =
     "SELECT * FROM sqlite_master WHERE name = 'FOLDER_TABLE' AND SQL LIKE '%ORDER_INDEX%';";
 // Kept: the default is the text '-1'; the column's type turns it into the number.
 constexpr char kAddOrderIndex[] = "ALTER TABLE FOLDER_TABLE ADD COLUMN ORDER_INDEX INTEGER DEFAULT '-1';";
-
-constexpr char kTakeTurn[] = "Delete from FOLDER_TABLE where 0";
 
 bool Exists(CppSQLite3DB& db, const std::string& table) {
     const std::string sql =
@@ -47,7 +46,7 @@ void AddFolderOrderIndex(CppSQLite3DB& db) {
 bool TakeTurnAtFolders(CppSQLite3DB& db) {
     for (bool bRetried = false;; bRetried = true) {
         try {
-            db.compileStatement(kTakeTurn).execDML();
+            db.compileStatement(sql::kTakeTurnAtFolders).execDML();
             return true;
         } catch (const CppSQLite3Exception& error) {
             // The writer before us may have changed the tables.

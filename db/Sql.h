@@ -207,6 +207,7 @@ inline constexpr char kDeleteFiltersOfFilesIn[] = "Delete from FLT_TABLE where F
 inline constexpr char kDeleteTransitionsOfFilesIn[] = "Delete from TRANSITION_TABLE where FILE_NAME in ";
 // Each: nothing; changes nothing, and takes the lock of a writer all the same.
 inline constexpr char kTakeTurnAtEffects[] = "Delete from TRANSITION_TABLE where 0";
+inline constexpr char kTakeTurnAtFolders[] = "Delete from FOLDER_TABLE where 0";
 inline constexpr char kTakeTurnAtGalleries[] = "Delete from GALLERY_TABLE where 0";
 inline constexpr char kTakeTurnAtTagLinks[] = "Delete from TAG_ITEM_RELATION_TABLE where 0";
 

@@ -133,9 +133,12 @@ void LetWritersHold(const Descriptor& lock, const std::string& path) {
 }
 
 // Without waiting, lest a pipe of that name stop every writer; not through a link, lest the permissions of another file
-// be widened.
+// be widened. One that is there is not opened as if it were to be made: in a folder that all share, systems refuse that
+// for the files of others.
 Descriptor OpenLock(const std::string& path, int access) {
-    return Descriptor(open(path.c_str(), access | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW, 0666));
+    const int flags = access | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW;
+    Descriptor lock(open(path.c_str(), flags));
+    return lock.IsOpen() || errno != ENOENT ? std::move(lock) : Descriptor(open(path.c_str(), flags | O_CREAT, 0666));
 }
 
 // For writing, since a network file system locks nothing else exclusively; for reading where only that is allowed, as

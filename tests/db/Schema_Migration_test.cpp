@@ -121,6 +121,15 @@ TEST_F(OldLibraryBesideAWriter, MigrationThatItMadeIsNotMadeAgain) {
     EXPECT_EQ(ColumnsNamedOrderIndex(), "1");
 }
 
+TEST_F(OldLibraryBesideAWriter, WithoutShortcuts_MigrationSendsTheGivenTextsOnceAndFails) {
+    m_last = "COMMIT";
+    m_tools->SetShortcuts(false);
+    m_trace.Clear();
+    EXPECT_EQ(m_tools->AddFolderOrderIndexColumn(), 0);
+    EXPECT_EQ(m_trace.CountStartingWith("BEGIN"), 1);
+    EXPECT_EQ(m_trace.CountStartingWith("Delete"), 0);
+}
+
 TEST_F(OldLibraryBesideAWriter, MigrationThatNeverGetsItsTurnFails) {
     EXPECT_EQ(m_tools->AddFolderOrderIndexColumn(), 0);
     m_writer->Exec("COMMIT");
