@@ -226,6 +226,22 @@ TEST_F(CommandsFaults, LockIsOpenForWriting) {
     EXPECT_EQ(AccessTo(Database() + ".lock"), O_RDWR);
 }
 
+TEST_F(CommandsFaults, LockOfAnotherThatMayOnlyBeReadIsHeldAllTheSame) {
+    if (!CanRunUnprivileged()) GTEST_SKIP() << "nobody else can start the program here";
+    Done({"mkdir", "A"});
+    fs::permissions(m_folder.Path(), fs::perms(0755));
+    fs::permissions(m_library, fs::perms(0777));
+    fs::permissions(Database(), fs::perms(0666));
+    fs::permissions(Database() + ".lock", fs::perms(0444));
+    const int lock = open((Database() + ".lock").c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(flock(lock, LOCK_EX | LOCK_NB), 0);
+    const QfcResult refused = Qfc({"mkdir", "B"}, kUnprivileged);
+    EXPECT_EQ(refused.exit, 1);
+    EXPECT_EQ(refused.err, "qfc: another qfc is changing the library\n");
+    close(lock);
+    EXPECT_EQ(Qfc({"mkdir", "B"}, kUnprivileged).exit, 0);
+}
+
 TEST_F(CommandsFaults, WhileAnotherChangesTheLibrary_ChangesAreRefusedAndLookingIsNot) {
     Done({"import", Image("a.ppm"), "--folder", "A"});
     Done({"gallery", "create", "Own"});

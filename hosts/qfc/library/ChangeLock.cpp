@@ -13,8 +13,12 @@
 namespace qfc::host {
 namespace {
 
+// One that is there is not opened as if it were to be made: in a folder that all share, systems refuse that for the
+// files of others.
 int OpenLock(const std::string& path, int access) {
-    return open(path.c_str(), access | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666);
+    const int flags = access | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+    const int file = open(path.c_str(), flags);
+    return file != -1 || errno != ENOENT ? file : open(path.c_str(), flags | O_CREAT, 0666);
 }
 
 // For writing, since a network file system locks nothing else exclusively; for reading where only that is allowed, as
