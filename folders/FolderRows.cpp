@@ -18,8 +18,7 @@ namespace qfc {
 namespace {
 
 std::unique_ptr<CQItem> NewItem(const GUID& guid, DBTools& tools) {
-    auto item = std::make_unique<CQItem>();
-    item->SetUniqueID(guid);
+    auto item = std::make_unique<CQItem>(guid);
     item->fnSetDbTools(&tools);
     return item;
 }

@@ -34,6 +34,8 @@ CQItem::CQItem() : m_guid(FreshGuid()) {}
 
 CQItem::CQItem(const CString& strName) : m_strItemName(strName), m_guid(FreshGuid()) {}
 
+CQItem::CQItem(const GUID& guid) : m_guid(guid) {}
+
 CQItem::~CQItem() = default;
 
 CQFolder* CQItem::GetParentFolder() const {

@@ -36,9 +36,11 @@ class QFCLIB_API CQItem : public CObject {
     DECLARE_SERIAL(CQItem)
 
 public:
-    // Both give the item a fresh GUID.
+    // The first two give the item a fresh GUID.
     CQItem();
     explicit CQItem(const CString& strName);
+    // With that GUID: of an item that is stored and to be loaded.
+    explicit CQItem(const GUID& guid);
     // Own copies of all payloads and of the descriptive fields; marked modified. The copy gets a fresh GUID and takes
     // along neither tags, parent, number, database id, deletable flag nor translated name. Sizes of absent payloads: 0.
     CQItem(const CQItem& source);

@@ -52,6 +52,12 @@ TEST(CQItem, EveryNewItem_HasAGuidOfItsOwn) {
     EXPECT_FALSE(first.GetUniqueID() == second.GetUniqueID());
 }
 
+TEST(CQItem, MadeWithAGuid_HasIt) {
+    const CQItem item(GuidOf(7));
+    EXPECT_EQ(item.GetUniqueID(), GuidOf(7));
+    EXPECT_EQ(item.IsModified(), CQItem().IsModified());
+}
+
 TEST(CQItem, RuntimeClass_MakesItems) {
     EXPECT_STREQ(CQItem::GetThisClass()->m_lpszClassName, "CQItem");
     EXPECT_EQ(CQItem::GetThisClass()->m_wSchema, 1u);
