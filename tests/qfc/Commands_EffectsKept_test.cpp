@@ -145,6 +145,18 @@ TEST_F(EffectsKept, WhenTheirFileGotNoTimeToRun_ButANewFileFails) {
     ExpectTagged(file, false);
 }
 
+TEST_F(EffectsKept, WhenTheirFileMovedAndGotNoTimeToRun) {
+    const std::string file = Known("a/glow.so");
+    fs::remove_all(m_plugins / "a");
+    const std::string there = Plugin("b/glow.so", "slow\nfilter Glow\nfilter Warm\nfilter Blue\n");
+    EXPECT_EQ(Values(Scan({}, 1)["unknown"], "file"), Names{there});
+    EXPECT_EQ(Cell("select count(*) from FLT_FILE_TABLE where FILTER_COUNT = 0"), "0");
+    ExpectTagged(file, true);
+    Plugin("b/glow.so", "filter Glow\n");
+    EXPECT_EQ(Scan()["moved"].size(), 1U);
+    ExpectTagged(there, false);
+}
+
 TEST_F(EffectsKept, OfAFileThatAnotherProgramStored_WhateverBecomesOfIt) {
     const std::string file = Plugin("many.so", "filter Glow\ntransition Wipe\n");
     Scan();

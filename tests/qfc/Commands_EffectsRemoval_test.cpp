@@ -31,6 +31,12 @@ protected:
                       " begin select raise(abort, 'kept'); end");
         }
     }
+    // When it is to go, only its place goes.
+    void LoseFolderOf(const std::string& item) const {
+        RawDb(Database())
+            .Exec("create trigger keep before delete on ITEM_TABLE when old.ITEM_NAME = '" + item +
+                  "' begin select raise(ignore); end");
+    }
     void LetRecordsGo() const {
         RawDb(Database()).Exec("drop trigger keep_FLT_FILE_TABLE; drop trigger keep_TRANSITION_TABLE");
     }
@@ -42,6 +48,7 @@ TEST_F(EffectsRemoval, AClearingThatTheStoreRefusesLeavesEveryPlaceItsItem) {
     KeepRecords();
     const Json cleared = Document({"effects", "clear", "--yes"}, 1);
     EXPECT_THAT(cleared["removed"], testing::IsEmpty());
+    EXPECT_EQ(cleared["files"], 0);
     EXPECT_EQ(Orphans(), "0");
     EXPECT_EQ(Links(), "1");
     ExpectWhole();
@@ -68,6 +75,38 @@ TEST_F(EffectsRemoval, OfAFolderThatStaysIsSaidSo_AndNotThatRecordsDo) {
     EXPECT_THAT(result.out, HasSubstr("removed Light\\Glow"));
     EXPECT_EQ(Cell("select count(*) from FLT_TABLE"), "0");
     EXPECT_EQ(Links(), "0");
+}
+
+// As a removal leaves it that a fault ended in the middle.
+TEST_F(EffectsRemoval, AnItemThatStaysWithoutAFolderIsToldWithWhoListsIt) {
+    LoseFolderOf("Glow");
+    const QfcResult result = Qfc({"--json", "effects", "remove", m_glow});
+    EXPECT_EQ(result.exit, 1);
+    const Json report = Json::parse(result.out);
+    ASSERT_EQ(report["itemsLeft"].size(), 1U) << result.out;
+    const std::string item = report["itemsLeft"][0];
+    EXPECT_THAT(item, testing::StartsWith("Light\\Glow "));
+    EXPECT_EQ(result.err, "qfc: the item " + item + " is left without a folder; check lists it\n");
+    EXPECT_THAT(report["removed"], ElementsAre("Light\\Glow", "Light\\Soft glow"));
+    EXPECT_EQ(Links(), "1");
+    EXPECT_EQ(Qfc({"check"}).exit, 1);
+}
+
+TEST_F(EffectsRemoval, AFileWithAnItemThatStaysIsNotCountedAsCleared) {
+    LoseFolderOf("Glow");
+    const QfcResult result = Qfc({"effects", "clear", "--yes"});
+    EXPECT_EQ(result.exit, 1);
+    EXPECT_THAT(result.out, HasSubstr("\n1 file cleared\n"));
+    EXPECT_THAT(result.out, HasSubstr("removed Wipes\\Wipe\n"));
+}
+
+TEST_F(EffectsRemoval, AVanishedEffectWhoseItemStaysWithoutAFolderIsToldWithWhoListsIt) {
+    LoseFolderOf("Soft glow");
+    Plugin("glow.so", "filter Glow\n");
+    const Json report = Scan({}, 1);
+    ASSERT_EQ(report["itemsLeft"].size(), 1U);
+    EXPECT_THAT(report["itemsLeft"][0], testing::StartsWith("Light\\Soft glow "));
+    EXPECT_THAT(report["removed"], ElementsAre("Light\\Soft glow"));
 }
 
 // Ctrl-C and its like.

@@ -76,6 +76,21 @@ protected:
         for (const RawDb::Row& row : Rows(sql)) ids.insert(row.at(0));
         return ids;
     }
+    // From now on the table cannot be read while the condition holds. What is in it is in KEPT_ROWS now, and nothing is
+    // written any more.
+    void RefuseReads(const std::string& table, const std::string& whileTrue) const {
+        std::string columns;
+        const std::vector<RawDb::Row> rows = Rows("select name from pragma_table_info('" + table + "')");
+        for (const RawDb::Row& row : rows) {
+            const std::string name = row.at(0).substr(1, row.at(0).size() - 2);
+            columns += (columns.empty() ? "abs(LEAST) as " : ", null as ") + name;
+        }
+        RawDb(Database())
+            .Exec("alter table " + table + " rename to KEPT_ROWS; create view " + table +
+                  " as select * from KEPT_ROWS union all select " + columns +
+                  " from (select -9223372036854775807 - 1 as LEAST from sqlite_master where " + whileTrue +
+                  " limit 1); create trigger REFUSE instead of delete on " + table + " begin select 1; end");
+    }
     // Every item has its record, its place and its payloads, and nothing is left of others.
     void ExpectWhole() const {
         EXPECT_EQ(ItemIds(), RecordIds());

@@ -14,15 +14,23 @@ Json LeftJson(const std::vector<EffectsPlan::Left>& left) {
     return json;
 }
 
+Json EffectJson(const EffectOutcome& outcome) {
+    return {{"guid", GuidToText(outcome.guid)},
+            {"kind", outcome.isTransition ? "transition" : "filter"},
+            {"name", outcome.name},
+            {"folder", outcome.folder},
+            {"file", outcome.file}};
+}
+
+std::string PathOf(const EffectOutcome& outcome) {
+    return outcome.folder + (outcome.folder.empty() ? "" : "\\") + outcome.name;
+}
+
 Json AsJson(const ScanResult& result) {
     Json json{{"added", Json::array()}, {"updated", Json::array()}, {"moved", Json::array()}};
-    for (const ScannedEffect& done : result.done) {
-        json[done.what].push_back({{"guid", GuidToText(done.outcome.guid)},
-                                   {"kind", done.outcome.isTransition ? "transition" : "filter"},
-                                   {"name", done.outcome.name},
-                                   {"folder", done.outcome.folder},
-                                   {"file", done.outcome.file}});
-    }
+    for (const ScannedEffect& done : result.done) json[done.what].push_back(EffectJson(done.outcome));
+    json["unseen"] = Json::array();
+    for (const ScannedEffect& unseen : result.unseen) json["unseen"].push_back(EffectJson(unseen.outcome));
     std::vector<EffectsPlan::Left> skipped = result.left;
     skipped.insert(skipped.end(), result.plan.skipped.begin(), result.plan.skipped.end());
     json["unchanged"] = result.plan.unchanged;
@@ -30,10 +38,12 @@ Json AsJson(const ScanResult& result) {
     json["failed"] = LeftJson(result.failed);
     json["unknown"] = LeftJson(result.unknown);
     json["failedBefore"] = LeftJson(result.plan.failedBefore);
-    json["removed"] = result.removed;
-    json["prunedFolders"] = result.pruned;
+    json["removed"] = result.removal.effects;
+    json["prunedFolders"] = result.removal.folders;
     json["notStored"] = result.refused;
-    json["notRemoved"] = result.kept;
+    json["notRemoved"] = result.removal.remains.stored;
+    json["removalUnseen"] = result.removal.remains.unseen;
+    json["itemsLeft"] = result.removal.itemsLeft;
     json["notLast"] = result.notLast;
     json["problems"] = LeftJson(result.plan.problems);
     json["interrupted"] = result.isInterrupted;
@@ -49,7 +59,8 @@ std::string Summary(const ScanResult& result) {
     };
     say(counts["updated"], "updated");
     say(counts["moved"], "moved");
-    say(result.removed.size(), "removed");
+    say(result.unseen.size(), "not seen");
+    say(result.removal.effects.size(), "removed");
     if (!result.plan.unchanged.empty()) summary += ", " + Counted(result.plan.unchanged.size(), "file") + " unchanged";
     say(result.left.size() + result.plan.skipped.size(), "skipped");
     say(result.failed.size(), "failed");
@@ -66,28 +77,29 @@ bool IsUseful(const EffectsPlan& plan) {
 // Broken plugins are the plugins' fault; what could not be looked at or stored is ours, and that known effects vanished
 // is for somebody to know.
 bool IsSound(const ScanResult& result) {
-    return result.refused.empty() && result.kept.empty() && result.removed.empty() && result.unknown.empty() &&
-           result.notLast.empty() && !result.isInterrupted;
+    return result.refused.empty() && result.unseen.empty() && result.removal.IsWhole() &&
+           result.removal.effects.empty() && result.unknown.empty() && result.notLast.empty() && !result.isInterrupted;
 }
 
 }  // namespace
 
 int ReportScan(const ScanResult& result, const Console& console) {
     console.ShowJson(AsJson(result));
-    for (const ScannedEffect& done : result.done) {
-        const std::string& folder = done.outcome.folder;
-        console.Say(std::string(done.what) + " " + folder + (folder.empty() ? "" : "\\") + done.outcome.name);
-    }
-    for (const std::string& path : result.removed) console.Say("removed " + path);
-    for (const std::string& path : result.pruned) console.Say("removed the empty folder " + path);
+    for (const ScannedEffect& done : result.done) console.Say(std::string(done.what) + " " + PathOf(done.outcome));
+    for (const std::string& path : result.removal.effects) console.Say("removed " + path);
+    for (const std::string& path : result.removal.folders) console.Say("removed the empty folder " + path);
     for (const auto& left : result.left) console.Say("skipped " + left.path + ": " + left.reason);
     for (const auto& left : result.plan.skipped) console.Say("skipped " + left.path + ": " + left.reason);
     for (const auto& left : result.plan.failedBefore) console.Say("failed before: " + left.path + ": " + left.reason);
-    for (const std::string& kept : result.kept) console.Complain("cannot remove " + kept);
+    for (const ScannedEffect& unseen : result.unseen) {
+        const EffectOutcome& outcome = unseen.outcome;
+        console.Complain("cannot tell whether " + PathOf(outcome) + " of " + outcome.file + " is " + unseen.what);
+    }
+    for (const std::string& line : result.removal.Lines()) console.Complain(line);
     for (const std::string& path : result.notLast) console.Complain("cannot put what was added last in " + path);
     // Louder than what a scan is meant for.
-    const std::string vanished = Counted(result.removed.size(), "effect") + " of the library vanished";
-    if (!result.removed.empty()) console.Complain(vanished + ": the files have them no more, or failed");
+    const std::string vanished = Counted(result.removal.effects.size(), "effect") + " of the library vanished";
+    if (!result.removal.effects.empty()) console.Complain(vanished + ": the files have them no more, or failed");
     if (result.isInterrupted) {
         console.Complain("interrupted: " + Summary(result));
     } else {

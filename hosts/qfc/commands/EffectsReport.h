@@ -2,6 +2,7 @@
 
 #include "hosts/qfc/cli/Console.h"
 #include "hosts/qfc/commands/EffectsPlan.h"
+#include "hosts/qfc/library/EffectRemoval.h"
 #include "hosts/qfc/library/EffectWriter.h"
 
 #include <string>
@@ -18,13 +19,12 @@ struct ScannedEffect {
 struct ScanResult {
     EffectsPlan plan;
     std::vector<ScannedEffect> done;      // What is stored now.
+    std::vector<ScannedEffect> unseen;    // Nobody knows whether it is.
     std::vector<EffectsPlan::Left> left;  // Plugins without an effect, and effects that were left out.
     std::vector<EffectsPlan::Left> failed;
     std::vector<EffectsPlan::Left> unknown;  // Files that could not be looked at, through no fault of theirs.
     std::vector<std::string> refused;        // Files with an effect that could not be stored.
-    std::vector<std::string> removed;        // Effects that their files lost, by path.
-    std::vector<std::string> pruned;         // Folders that went with them.
-    std::vector<std::string> kept;           // What could not be removed.
+    EffectRemoval removal;                   // Of effects that their files lost.
     std::vector<std::string> notLast;        // Folders that have what was added elsewhere than last.
     bool isInterrupted = false;
 };

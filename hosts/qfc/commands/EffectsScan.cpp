@@ -60,7 +60,7 @@ public:
         while (!waiting.empty() && !m_interrupt.IsRaised()) {
             // What the scan has done so far is to be known to what comes now.
             m_writer.Settle();
-            m_catalogue = EffectCatalogue(m_galleries);
+            if (!LookAgain(waiting)) break;
             Probe(TakeNext(waiting));
         }
         m_writer.Settle();
@@ -82,6 +82,17 @@ private:
             } catch (const Failure& failure) {
                 NoteRefused(path, failure.what());
             }
+        }
+    }
+
+    // Otherwise nobody knows what the files would be to the library, and they are left alone.
+    bool LookAgain(const std::vector<std::string>& waiting) {
+        try {
+            m_catalogue = EffectCatalogue(m_galleries);
+            return true;
+        } catch (const Failure& failure) {
+            for (const std::string& path : waiting) NoteUnknown(path, failure.what());
+            return false;
         }
     }
 
@@ -113,8 +124,7 @@ private:
         const bool isUnknown = report.outcome == Outcome::Unknown || (report.isStarved && isKnown);
         if (report.outcome == Outcome::Effects || (isUnknown && hasEffects)) m_owners.emplace(BaseNameOf(path), path);
         if (isUnknown) {
-            m_result.unknown.push_back({path, report.reason});
-            Complain(path, report.reason);
+            NoteUnknown(path, report.reason);
             return;
         }
         const std::vector<const KnownFile*> before = Before(path, report);
@@ -159,11 +169,8 @@ private:
         }
         if (vanished.empty()) return;
         m_writer.Settle();
-        const EffectRemoval removal = RemoveEffects(m_galleries, vanished);
+        m_result.removal.Append(RemoveEffects(m_galleries, vanished));
         m_writer.ForgetFolders();
-        Append(m_result.removed, removal.effects);
-        Append(m_result.pruned, removal.folders);
-        Append(m_result.kept, removal.kept);
     }
 
     void Store(const EffectSource& source, const std::vector<const KnownFile*>& before) {
@@ -205,17 +212,18 @@ private:
             rows.push_back(std::move(row));
             if (file->path != path) ForgetFailure(file->path);
         }
-        if (!rows.empty() && !DeleteFilter(rows)) m_result.kept.push_back("the row of a file that moved to " + path);
+        if (rows.empty() || DeleteFilter(rows)) return;
+        m_result.removal.remains.stored.push_back("the row of a file that moved to " + path);
     }
 
     void Verify() {
         std::vector<EffectOutcome>& outcomes = m_writer.Outcomes();
         m_result.notLast = VerifyEffects(m_galleries, outcomes);
         for (const EffectOutcome& outcome : outcomes) {
-            if (outcome.isStored) {
-                m_result.done.push_back({outcome, m_whats[outcome.guid]});
-            } else {
+            if (outcome.isStored == false) {
                 NoteRefused(outcome.file);
+            } else {
+                (outcome.isStored ? m_result.done : m_result.unseen).push_back({outcome, m_whats[outcome.guid]});
             }
         }
     }
@@ -225,12 +233,14 @@ private:
         Complain(path, reason);
     }
 
+    void NoteUnknown(const std::string& path, const std::string& reason) {
+        m_result.unknown.push_back({path, reason});
+        Complain(path, reason);
+    }
+
     void Complain(const std::string& path, const std::string& reason) {
         m_progress.Clear();
         m_console.Complain(path + ": " + reason);
-    }
-    static void Append(std::vector<std::string>& to, const std::vector<std::string>& from) {
-        to.insert(to.end(), from.begin(), from.end());
     }
 
     Galleries& m_galleries;

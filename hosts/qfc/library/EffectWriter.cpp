@@ -87,6 +87,13 @@ bool StandsIn(CQFolder& folder, const CQItem& item) {
     return std::find(items.rbegin(), items.rend(), &item) != items.rend();
 }
 
+// The gallery knows the item there, and the database has it.
+std::optional<bool> IsHeld(CQFolder& folder, const GUID& guid) {
+    const std::vector<CQFolder*> holders = FoldersOf(*static_cast<CQGallery*>(folder.GetRoot()), guid);
+    if (std::ranges::find(holders, &folder) == holders.end()) return false;
+    return IsItemStored(*folder.GetDBTools(), guid);
+}
+
 // Waits until the library has run everything that was queued before.
 void AwaitQueuedWork() {
     // Without a gallery this changes nothing, and it runs behind all ordinary work.
@@ -193,7 +200,7 @@ void EffectWriter::Conclude(Pending& pending) {
     if (StandsIn(*pending.folder, *pending.item)) {
         ReleasePayloads(*pending.item);
         static_cast<void>(pending.item.release());  // The gallery's now.
-        pending.outcome.isStored = HoldsItem(*pending.folder, pending.outcome.guid);
+        pending.outcome.isStored = IsHeld(*pending.folder, pending.outcome.guid);
     }
     m_outcomes.push_back(pending.outcome);
 }
@@ -212,7 +219,7 @@ void EffectWriter::Update(const KnownEffect& known, const EffectSource& source) 
         outcome.isStored = UpdateNow(source, gallery, known.guid, *item);
         outcome.name = ToText(item->GetItemName());
         ReleasePayloads(*known.item);
-        const Names after = outcome.isStored ? Names{outcome.name, ShownName(*item)} : before;
+        const Names after = outcome.isStored == true ? Names{outcome.name, ShownName(*item)} : before;
         NoteRenamed(shelf, FoldersOf(gallery, known.guid), before, after);
     }
     const std::vector<CQFolder*> folders = FoldersOf(gallery, known.guid);

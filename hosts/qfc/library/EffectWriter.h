@@ -19,7 +19,7 @@ namespace qfc::host {
 
 // What has become of one effect that was to be stored.
 struct EffectOutcome {
-    bool isStored = false;
+    std::optional<bool> isStored = false;  // Nothing when the library does not tell.
     bool isTransition = false;
     GUID guid{};
     std::string file;
@@ -87,9 +87,9 @@ private:
 };
 
 // Looks for what was stored: for the records, which no callback tells of, and for the placements, which are read once
-// for each folder. What is not there is no longer stored. Gives new filters their numbers behind the others of their
-// folder; transitions have no stored order. No adds under way. Gives the paths of folders whose stored order is another
-// one afterwards.
+// for each folder. What is not there is no longer stored, and of what a look fails nobody knows. Gives new filters
+// their numbers behind the others of their folder; transitions have no stored order. No adds under way. Gives the paths
+// of folders whose stored order is another one afterwards. Throws nothing.
 std::vector<std::string> VerifyEffects(Galleries& galleries, std::vector<EffectOutcome>& outcomes);
 
 }  // namespace qfc::host
