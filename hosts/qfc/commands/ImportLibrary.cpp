@@ -14,8 +14,11 @@
 #include "hosts/qfc/library/Verify.h"
 #include "hosts/qfc/media/FileWalk.h"
 
+#include <algorithm>
+#include <limits>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <set>
 
 namespace qfc::host {
@@ -32,6 +35,7 @@ public:
         for (const GalleryName& name : m_other.Stored()) {
             if (!m_interrupt.IsRaised()) TakeGalleryOf(name);
         }
+        TakeFromElsewhere();
         TakeTags();
     }
 
@@ -39,25 +43,35 @@ public:
         m_console.ShowJson({{"foldersMade", m_foldersMade},
                             {"added", m_added},
                             {"already", m_already},
+                            {"elsewhere", m_elsewhere},
                             {"tagsMade", m_tags.Made()},
                             {"tagged", m_tags.Tagged()},
                             {"failed", m_failed},
                             {"interrupted", m_interrupt.IsRaised()}});
-        const std::string summary = Counted(m_added.size(), "item") + " added, " + std::to_string(m_already.size()) +
-                                    " there already, " + Counted(m_foldersMade.size(), "folder") + " made, " +
-                                    Counted(m_tags.Made().size(), "tag") + " made, " +
-                                    Counted(m_tags.Tagged().size(), "item") + " tagged";
+        const std::string summary =
+            Counted(m_added.size(), "item") + " added, " + std::to_string(m_already.size()) + " there already, " +
+            (m_elsewhere.empty() ? "" : std::to_string(m_elsewhere.size()) + " elsewhere, ") +
+            Counted(m_foldersMade.size(), "folder") + " made, " + Counted(m_tags.Made().size(), "tag") + " made, " +
+            Counted(m_tags.Tagged().size(), "item") + " tagged";
         if (m_interrupt.IsRaised()) {
             m_console.Complain("interrupted: " + summary);
         } else {
             m_console.Say(summary);
         }
         const bool useful = !m_added.empty() || !m_already.empty() || !m_foldersMade.empty() || !m_tags.Made().empty();
-        if (!useful && m_failed.empty() && !m_interrupt.IsRaised()) m_console.Complain("nothing to import");
-        return useful && m_failed.empty() && !m_interrupt.IsRaised() ? kDone : kFailed;
+        if (!useful && m_failed.empty() && m_elsewhere.empty() && !m_interrupt.IsRaised())
+            m_console.Complain("nothing to import");
+        return useful && m_failed.empty() && m_elsewhere.empty() && !m_interrupt.IsRaised() ? kDone : kFailed;
     }
 
 private:
+    // Of the other library, and stored in this one, but not there.
+    struct Waiting {
+        std::string name;
+        CQItem* item;
+        CQFolder* target;
+    };
+
     void TakeGalleryOf(const GalleryName& name) {
         CQGallery* gallery = m_other.Load(name.id);
         if (m_interrupt.IsRaised()) return;  // A large gallery takes its time.
@@ -137,10 +151,16 @@ private:
 
     void TakeItem(CQItem& item, CQFolder& target, CQGallery& gallery) {
         const std::string name = NameIn(gallery, PathOf(target, item));
-        if (CQItem* there = nullptr; IsThere(item, target, gallery, there)) {
+        if (CQItem* there = nullptr; IsThere(item, target, there)) {
             m_already.push_back(name);
             m_console.Say("there already: " + name);
-            if (there != nullptr) m_tags.Note(item, *there, name);
+            m_inPlace.insert(there->GetUniqueID());
+            m_tags.Note(item, *there, name);
+            return;
+        }
+        if (const auto isElsewhere = IsElsewhere(item, gallery); isElsewhere != false) {
+            if (isElsewhere) m_waiting.push_back({name, &item, &target});
+            if (!isElsewhere) NoteFailed(name, "nobody can tell whether the item is there already");
             return;
         }
         target.AddItemFromImportLib(&item);
@@ -166,8 +186,7 @@ private:
                 continue;
             }
             m_tags.Note(*taken.from, *taken.item, taken.name);
-            m_added.push_back(taken.name);
-            m_console.Say("added " + taken.name);
+            NoteAdded(taken.name, taken.guid);
         }
         m_taken.clear();
         if (MendItemOrder(target)) return;
@@ -175,22 +194,81 @@ private:
         m_console.Complain("cannot put what was added last in " + m_failed.back());
     }
 
-    // In the folder already, or stored in this library as another item than the one that would be found here: its row
-    // would be overwritten by the other library's.
-    bool IsThere(CQItem& item, CQFolder& target, CQGallery& gallery, CQItem*& there) {
+    // In the folder already, by its file or by its GUID.
+    static bool IsThere(CQItem& item, CQFolder& target, CQItem*& there) {
         if (target.IsItemInFolder(&target, &item, there, 0)) return true;
-        CQItem* elsewhere = nullptr;
-        if (gallery.IsItemInFolder(&gallery, &item, elsewhere, 1)) return false;
-        if (LoadFresh(*gallery.GetDBTools(), item.GetUniqueID()) == nullptr) return false;
-        there = ItemOf(item.GetUniqueID());
-        return true;
+        if (target.HasItem(item.GetUniqueID(), 0) == 0) return false;
+        const std::vector<CQItem*> items = Items(target);
+        const auto found = std::ranges::find_if(items, [&](CQItem* other) { return other->IsSameItem(&item) != 0; });
+        if (found != items.end()) there = *found;
+        return found != items.end();
     }
-    CQItem* ItemOf(const GUID& guid) {
-        CQItem* item = nullptr;
-        for (CQGallery* gallery : m_galleries.All()) {
-            if (gallery->IsItemHasParentByGuid(guid, item)) return item;
+
+    // Stored in this library, but not as an item that this gallery would place in another folder as well: its row would
+    // be overwritten by the other library's. Nothing when nobody can tell.
+    static std::optional<bool> IsElsewhere(CQItem& item, CQGallery& gallery) {
+        CQItem* known = nullptr;
+        if (gallery.IsItemInFolder(&gallery, &item, known, 1)) return false;
+        return IsItemStored(*gallery.GetDBTools(), item.GetUniqueID());
+    }
+
+    // Behind all galleries: what the other library has in several places, and this one in one of them, gets the others.
+    // What it has only somewhere else was put there by somebody, and stays there alone.
+    void TakeFromElsewhere() {
+        for (const Waiting& waiting : m_waiting) {
+            if (m_interrupt.IsRaised()) return;
+            if (m_inPlace.contains(waiting.item->GetUniqueID())) {
+                Place(waiting);
+            } else {
+                NoteElsewhere(waiting);
+            }
         }
-        return nullptr;
+    }
+
+    // The stored placement alone: two galleries share no object, and a second one would write the item anew.
+    void Place(const Waiting& waiting) {
+        DBTools& tools = *waiting.target->GetDBTools();
+        const int row = waiting.target->GetDBId();
+        const GUID guid = waiting.item->GetUniqueID();
+        const auto placements = StoredPlacements(tools, row);
+        const int last = placements && !placements->empty() ? placements->back().number : -1;
+        if (placements && last < std::numeric_limits<int>::max()) tools.ReOrderItemsDb(guid, row, last + 1);
+        if (IsPlaced(tools, row, guid) == true) {
+            NoteAdded(waiting.name, guid);
+        } else {
+            NoteFailed(waiting.name);
+        }
+    }
+
+    void NoteElsewhere(const Waiting& waiting) {
+        std::vector<std::string> places;
+        try {
+            places = PlacesOf(waiting);
+        } catch (const Failure&) {  // Nobody knows which.
+        }
+        std::string where;
+        for (const std::string& place : places) where += (where.empty() ? "" : ", ") + place;
+        if (where.empty()) where = "another place that cannot be told";
+        m_console.Complain("there already, in " + where + ": the place " + waiting.name + " is not made");
+        m_elsewhere.push_back({{"wanted", waiting.name}, {"there", places}});
+    }
+
+    // In this library. The item gets its tags there.
+    std::vector<std::string> PlacesOf(const Waiting& waiting) {
+        std::vector<std::string> places;
+        for (CQGallery* gallery : m_galleries.All()) {
+            CQItem* here = nullptr;
+            if (!gallery->IsItemHasParentByGuid(waiting.item->GetUniqueID(), here)) continue;
+            for (const std::string& path : PathsOf(*gallery, *here)) places.push_back(NameIn(*gallery, path));
+            if (!places.empty()) m_tags.Note(*waiting.item, *here, places.front());
+        }
+        return places;
+    }
+
+    void NoteAdded(const std::string& name, const GUID& guid) {
+        m_inPlace.insert(guid);
+        m_added.push_back(name);
+        m_console.Say("added " + name);
     }
 
     // Last, since an item may carry tags of any gallery.
@@ -219,6 +297,9 @@ private:
     const Interrupt& m_interrupt;
     const Console& m_console;
     std::vector<Taken> m_taken;  // Of the folder being filled.
+    std::vector<Waiting> m_waiting;
+    std::set<GUID> m_inPlace;  // Items that stand here in a place that the other library has them in.
+    std::vector<Json> m_elsewhere;
     std::vector<std::string> m_foldersMade, m_added, m_already, m_failed;
 };
 

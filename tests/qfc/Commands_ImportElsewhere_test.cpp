@@ -1,0 +1,129 @@
+// import-library and items that stand in other places here than there, or in several galleries.
+#include "CommandsTest.h"
+#include "WithFailingReads.h"
+
+namespace qfc::test {
+namespace {
+
+class CommandsImportElsewhere : public WithFailingReads<CommandsTest> {
+protected:
+    // The other library has F in Media, with an item, and H in the gallery Own; this one as well, without the item.
+    void SetUp() override {
+        for (const std::string& library : {m_folder / "other", m_library}) {
+            const auto run = [&](const Args& arguments) {
+                EXPECT_EQ(QfcProcess(Joined({"--data-dir", library}, arguments), {}).Wait().exit, 0);
+            };
+            run({"gallery", "create", "Own"});
+            run({"mkdir", "H", "--gallery", "Own"});
+            run({"import", Image("first.ppm", 2), "--folder", "F"});
+        }
+        EXPECT_EQ(Other({"import", Image("a.ppm", 1), "--folder", "F"}).exit, 0);
+    }
+    QfcResult Other(const Args& arguments) const {
+        return QfcProcess(Joined({"--data-dir", m_folder / "other"}, arguments), {}).Wait();
+    }
+    std::string OtherDatabase() const { return m_folder / "other/CinelumeDatabase.db"; }
+    static void Exec(const std::string& library, const std::string& sql) { RawDb(library).Exec(sql); }
+    static void AlsoPlaceInH(const std::string& library) {
+        Exec(library,
+             "insert into RELATION_TABLE (PARENT_ID, ITEM_ID, ITEM_INDEX) select (select ID from FOLDER_TABLE where "
+             "FOLDER_NAME = 'H'), ITEM_ID, 0 from ITEM_TABLE where ITEM_NAME = 'a.ppm'");
+    }
+    static void PlaceInHAlone(const std::string& library) {
+        Exec(
+            library,
+            "update RELATION_TABLE set PARENT_ID = (select ID from FOLDER_TABLE where FOLDER_NAME = 'H') where ITEM_ID "
+            "= (select ITEM_ID from ITEM_TABLE where ITEM_NAME = 'a.ppm')");
+    }
+    // As the item came, it was put into H, and called otherwise.
+    void HaveItInHAsMine() const {
+        Done({"import-library", OtherDatabase()});
+        PlaceInHAlone(Database());
+        Done({"rename", "H\\a.ppm", "mine", "--gallery", "Own"});
+    }
+    Names InF() const { return ItemsOf("F"); }
+    Names InH() const { return ItemsOf("H", {"--gallery", "Own"}); }
+    std::string Cell(const std::string& sql) const { return RawDb(Database()).Cell(sql); }
+};
+
+TEST_F(CommandsImportElsewhere, AnItemThatTheOtherHasInTwoGalleriesComesIntoBoth_AsOne) {
+    AlsoPlaceInH(OtherDatabase());
+    const Json report = Done({"import-library", OtherDatabase()});
+    EXPECT_EQ(report["added"], (Json{"Media: F\\a.ppm", "Own: H\\a.ppm"}));
+    EXPECT_EQ(report["elsewhere"], Json::array());
+    EXPECT_EQ(InF(), (Names{"first.ppm", "a.ppm"}));
+    EXPECT_EQ(InH(), Names{"a.ppm"});
+    EXPECT_EQ(Cell("select count(*) from ITEM_TABLE where ITEM_NAME = 'a.ppm'"), "1");
+    EXPECT_EQ(Cell("select count(*) from CACHE_DATA_TABLE where ITEM_ID = (select ITEM_ID from ITEM_TABLE where "
+                   "ITEM_NAME = 'a.ppm')"),
+              "2");
+    ExpectSound();
+    const std::string before = DumpOf(Database());
+    const Json again = Done({"import-library", OtherDatabase()});
+    EXPECT_EQ(again["already"].size(), 3U);
+    EXPECT_EQ(DumpOf(Database()), before);
+}
+
+TEST_F(CommandsImportElsewhere, APlaceInASecondGalleryComesBehindTheOthersThere) {
+    AlsoPlaceInH(OtherDatabase());
+    Done({"import", Image("b.ppm", 3), Image("c.ppm", 4), "--folder", "H", "--gallery", "Own"});
+    Done({"import-library", OtherDatabase()});
+    EXPECT_EQ(InH(), (Names{"b.ppm", "c.ppm", "a.ppm"}));
+}
+
+TEST_F(CommandsImportElsewhere, AnItemThatStandsInOneOfTwoGalleriesGetsTheOther_WhicheverIsFirst_AndStaysWhatItIs) {
+    HaveItInHAsMine();
+    AlsoPlaceInH(OtherDatabase());
+    const Json report = Done({"import-library", OtherDatabase()});
+    EXPECT_EQ(report["added"], Json{"Media: F\\a.ppm"});
+    EXPECT_EQ(InF(), (Names{"first.ppm", "mine"}));
+    EXPECT_EQ(InH(), Names{"mine"});
+    ExpectSound();
+}
+
+TEST_F(CommandsImportElsewhere, AnItemThatStandsInAnotherGalleryAlone_StaysThere_AndIsTold) {
+    HaveItInHAsMine();
+    const std::string before = DumpOf(Database());
+    const QfcResult result = Qfc({"--json", "import-library", OtherDatabase()});
+    EXPECT_EQ(result.exit, 1);
+    EXPECT_EQ(result.err, "qfc: there already, in Own: H\\mine: the place Media: F\\a.ppm is not made\n");
+    const Json report = Json::parse(result.out);
+    EXPECT_EQ(report["elsewhere"], (Json{{{"wanted", "Media: F\\a.ppm"}, {"there", {"Own: H\\mine"}}}}));
+    EXPECT_EQ(report["already"], Json{"Media: F\\first.ppm"});
+    EXPECT_EQ(report["failed"], Json::array());
+    EXPECT_EQ(DumpOf(Database()), before);
+    EXPECT_NE(Qfc({"import-library", OtherDatabase()}).out.find("1 there already, 1 elsewhere, "), std::string::npos);
+}
+
+TEST_F(CommandsImportElsewhere, AnItemThatStandsInAnotherGalleryGetsTheTagsItLacks) {
+    HaveItInHAsMine();
+    EXPECT_EQ(Other({"tag", "create", "Sea"}).exit, 0);
+    EXPECT_EQ(Other({"tag", "add", "Sea", "F\\a.ppm"}).exit, 0);
+    EXPECT_EQ(Document({"import-library", OtherDatabase()}, 1)["tagged"], Json{"Own: H\\mine"});
+}
+
+TEST_F(CommandsImportElsewhere, APlaceThatIsNotStoredIsToldAsFailed) {
+    HaveItInHAsMine();
+    AlsoPlaceInH(OtherDatabase());
+    Exec(Database(), "create trigger lose before insert on RELATION_TABLE begin select raise(ignore); end");
+    const Json report = Document({"import-library", OtherDatabase()}, 1);
+    EXPECT_EQ(report["failed"], Json{"Media: F\\a.ppm"});
+    EXPECT_EQ(InF(), Names{"first.ppm"});
+}
+
+TEST_F(CommandsImportElsewhere, WhateverCannotBeRead_TheItemHereIsNotOverwritten) {
+    HaveItInHAsMine();
+    EXPECT_EQ(Other({"mkdir", "New"}).exit, 0);  // What is written first.
+    EXPECT_EQ(Other({"mv", "F\\a.ppm", "New"}).exit, 0);
+    KeepLibrary();
+    const auto look = [&](const QfcResult& result) {
+        EXPECT_EQ(result.exit, 1);
+        EXPECT_EQ(Cell("select count(*) from ITEM_TABLE where ITEM_NAME = 'mine'"), "1");
+        EXPECT_EQ(Cell("select count(*) from RELATION_TABLE"), "2");
+        EXPECT_NE(result.err.find("qfc: "), std::string::npos);
+    };
+    WithEachFailingRead({"import-library", OtherDatabase()}, look, 1, 1);
+}
+
+}  // namespace
+}  // namespace qfc::test
