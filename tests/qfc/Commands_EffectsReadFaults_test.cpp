@@ -79,7 +79,7 @@ TEST_F(EffectsReadFaults, RemovedEffectsOfAFileAreTold) {
         EXPECT_EQ(ItemIds(), RecordIds());
         EXPECT_EQ(Links(), "0");
     };
-    WithEachFailingRead({"effects", "remove", both}, look, 4);
+    WithEachFailingRead({"effects", "remove", both}, look, 7);
 }
 
 TEST_F(EffectsReadFaults, AClearingTellsWhatWent_AndCountsWhatWasSeenCleared) {
@@ -99,7 +99,7 @@ TEST_F(EffectsReadFaults, AClearingTellsWhatWent_AndCountsWhatWasSeenCleared) {
             EXPECT_THAT(result.out, HasSubstr("2 files cleared\n"));
         }
     };
-    WithEachFailingRead({"effects", "clear", "--yes"}, look, 4);
+    WithEachFailingRead({"effects", "clear", "--yes"}, look, 7);
 }
 
 TEST_F(EffectsReadFaults, AScanTellsWhatItAdded) {
