@@ -115,6 +115,27 @@ TEST_F(CommandsGalleries, RmTakesTheTagsOfAnOwnGallery_SoThatTheNextHasNone) {
     ExpectSound();
 }
 
+TEST_F(CommandsGalleries, ItemsThatAnotherGalleryHolds_AreNotCountedAsRemoved) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    const int row = Done({"mkdir", "B", "--gallery", "Overlays"})["folder"]["row"];
+    RawDb(Database()).Exec("insert into RELATION_TABLE select " + std::to_string(row) + ", ITEM_ID, 0 from ITEM_TABLE");
+    EXPECT_EQ(Done({"gallery", "rm", "Overlays"})["removed"]["items"], 0);
+    EXPECT_EQ(Done({"gallery", "rm", "Media"})["removed"]["items"], 1);
+}
+
+// As other programs, or damage, may leave it.
+TEST_F(CommandsGalleries, AGalleryWithoutAFolder_IsInNobodysWayAndCanBeRemoved) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    Done({"tag", "create", "Sea"});
+    RawDb(Database()).Exec("insert into GALLERY_TABLE values(105, 999)");
+    EXPECT_EQ(Qfc({"find", "a"}).exit, 0);
+    EXPECT_EQ(Qfc({"tag", "list"}).exit, 0);
+    EXPECT_EQ(Qfc({"rm", "A\\a.ppm"}).exit, 0);
+    EXPECT_EQ(Refused({"tree", "--gallery", "105"}), "qfc: cannot load the gallery 105\n");
+    EXPECT_EQ(Qfc({"gallery", "rm", "105"}).out, "removed the gallery 105, which had no folder\n");
+    EXPECT_EQ(Count("GALLERY_TABLE"), "1");
+}
+
 // As "clear" does.
 TEST_F(CommandsGalleries, RmTakesTheTagsOfEveryGalleryThatIsNotPredefined) {
     for (const char* id : {"7", "17", "99"}) {
@@ -176,9 +197,10 @@ TEST_F(CommandsGalleries, RmThatComesToAHalt_SaysWhatWentAndWhatIsStillThere) {
         .Exec(
             "create trigger keep before delete on FOLDER_TABLE when old.FOLDER_NAME = 'B' "
             "begin select raise(abort, 'kept'); end");
-    EXPECT_EQ(Refused({"gallery", "rm", "Media"}),
-              "qfc: cannot remove the gallery Media: the folder B stays; removed: the folder A; still there: the "
-              "gallery, the folder B, the folder C\n");
+    EXPECT_EQ(
+        Refused({"gallery", "rm", "Media"}),
+        "qfc: cannot remove the gallery Media: cannot remove B; 1 of 1 items are not seen in B any more; removed: "
+        "the folder A; still there: the gallery, the folder B, the folder C\n");
     EXPECT_EQ(Count("FOLDER_TABLE where FOLDER_NAME in ('B', 'C')"), "2");
 }
 

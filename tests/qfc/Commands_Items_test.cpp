@@ -309,6 +309,19 @@ TEST_F(CommandsItems, RmdirIsNotDone_WhenAnItemStaysBehindItsLastPlacement) {
     EXPECT_EQ(Count("ITEM_TABLE"), "1");
 }
 
+TEST_F(CommandsItems, RmdirOfSharedItemsThatDoesNotEnd_SaysThatTheirPlacesAreGone) {
+    Done({"import", Image("a.ppm", 1), "--folder", "A"});
+    const int row = Done({"mkdir", "B"})["folder"]["row"];
+    RawDb(Database())
+        .Exec("insert into RELATION_TABLE select " + std::to_string(row) +
+              ", ITEM_ID, 0 from ITEM_TABLE;"
+              "create trigger keep before delete on FOLDER_TABLE begin select raise(abort, 'stays'); end");
+    const QfcResult result = Qfc({"rmdir", "A", "--recursive"});
+    EXPECT_EQ(result.exit, 1);
+    const bool isPlaced = Count("RELATION_TABLE where PARENT_ID <> " + std::to_string(row)) == "1";
+    EXPECT_EQ(result.err == "qfc: cannot remove A\n", isPlaced) << result.err;
+}
+
 TEST_F(CommandsItems, RmdirLeavesItemsThatStandElsewhere) {
     Done({"import", Image("a.ppm", 1), "--folder", "A"});
     const int row = Done({"mkdir", "B", "--gallery", "Overlays"})["folder"]["row"];

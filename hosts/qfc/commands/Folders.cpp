@@ -45,9 +45,6 @@ int Run(const RemoveFolderOptions& options, const Console& console) {
     const bool isGone = done.isStored == false;
     if (isGone) console.Say("removed " + path);
     for (const std::string& line : done.Lines()) console.Complain(line);
-    if (done.areLinksLeft) {
-        console.Complain(path + " is removed, but links of tags to its items are left; check lists them");
-    }
     console.ShowJson({{"removed", isGone ? removed : Json(nullptr)},
                       {"failed", done.folders.stored},
                       {"unseen", done.folders.unseen},
@@ -55,8 +52,9 @@ int Run(const RemoveFolderOptions& options, const Console& console) {
                       {"itemsUnseen", done.items.unseen},
                       {"itemsBefore", done.itemsBefore},
                       {"itemsInFolder", done.itemsPlaced},
-                      {"linksLeft", done.areLinksLeft}});
-    return done.isWhole && !done.areLinksLeft ? kDone : kFailed;
+                      {"linksLeft", !done.links.stored.empty()},
+                      {"linksUnseen", !done.links.unseen.empty()}});
+    return done.IsDone() ? kDone : kFailed;
 }
 
 }  // namespace qfc::host

@@ -45,11 +45,9 @@ public:
           m_name(Galleries::NameOf(gallery)),
           m_tags(session) {
         for (CQFolder* folder : SubFolders(gallery)) m_folders.emplace_back(folder->GetDBId(), ShownName(*folder));
-        std::set<GUID> items;
         for (CQFolder* folder : WholeTree(gallery)) {
-            for (const CQItem* item : Items(*folder)) items.insert(item->GetUniqueID());
+            for (const CQItem* item : Items(*folder)) m_items.insert(item->GetUniqueID());
         }
-        m_items = items.size();
         // Another gallery may get the id of this one, and would have its tags.
         if (!IsOwnGallery(m_name.id)) return;
         const auto isOwn = [&](const CTagCategory& category) { return category.m_nGallery == m_name.id; };
@@ -73,9 +71,20 @@ public:
     }
 
     const GalleryName& Name() const { return m_name; }
-    std::size_t ItemsBefore() const { return m_items; }
+    // Those that other galleries hold stay.
+    std::size_t ItemsGone() const {
+        return static_cast<std::size_t>(
+            std::ranges::count_if(m_items, [&](const GUID& item) { return IsItemGone(m_tools, item); }));
+    }
     std::size_t TagsGone() const { return m_tagsGone; }
-    bool AreLinksLeft() const { return m_linksLeft; }
+    // What is to be said of links to the items of folders that went; empty when there are none.
+    std::vector<std::string> LinkLines() const {
+        std::vector<std::string> lines;
+        const std::string items = "links of tags to items of the gallery " + m_name.name;
+        if (!m_links.stored.empty()) lines.push_back(items + " are left; check lists them");
+        if (!m_links.unseen.empty()) lines.push_back("cannot tell whether " + items + " are left");
+        return lines;
+    }
     // It was deleted, and nobody could look.
     bool MayBeGone() const { return m_mayBeGone; }
 
@@ -91,9 +100,9 @@ private:
             if (interrupt.IsRaised()) throw Failure("interrupted");
             const std::string name = ShownName(*folder);
             const FolderRemoval done = RemoveFolder(m_galleries, *folder);
-            if (done.areLinksLeft) m_linksLeft = true;
-            if (done.isStored == true) throw Failure("the folder " + name + " stays");
+            if (!done.isBegun && done.isStored == true) throw Failure("the folder " + name + " stays");
             if (!done.isWhole) throw Failure(done.Text());
+            m_links.Add(done.links);
         }
     }
 
@@ -129,9 +138,9 @@ private:
     Tags m_tags;
     std::vector<std::pair<int, std::string>> m_folders;  // Rows and names, as they were.
     std::vector<CTagCategory> m_categories;              // Those that are to go.
-    std::size_t m_items = 0;                             // Before anything went.
+    std::set<GUID> m_items;                              // Before anything went.
     std::size_t m_tagsGone = 0;
-    bool m_linksLeft = false;
+    Remains m_links;
     bool m_mayBeGone = false;
 };
 
@@ -143,6 +152,7 @@ int ReportHalf(const GalleryRemoval& removal, const std::string& reason, const C
     if (gone.IsEmpty() && !removal.MayBeGone()) throw Failure(text);
     const Parts kept = removal.Kept();
     const Parts unseen = removal.Unseen();
+    for (const std::string& line : removal.LinkLines()) console.Complain(line);
     console.Complain(text + (gone.IsEmpty() ? "" : "; removed: " + gone.Text()) +
                      "; still there: " + (removal.MayBeGone() ? "maybe the gallery" : "the gallery") +
                      (kept.IsEmpty() ? "" : ", " + kept.Text()) + (unseen.IsEmpty() ? "" : ", maybe " + unseen.Text()));
@@ -152,6 +162,17 @@ int ReportHalf(const GalleryRemoval& removal, const std::string& reason, const C
                       {"kept", kept.AsJson()},
                       {"unseen", unseen.AsJson()}});
     return kFailed;
+}
+
+// Of a gallery that has nothing else, and so cannot be loaded.
+int RemoveRow(const Galleries& galleries, const GalleryName& gallery, const Console& console) {
+    QFCLibraryManager::fnDeleteGallery({gallery.id});
+    const std::vector<GalleryName> stored = galleries.Stored();
+    const std::string name = "the gallery " + std::to_string(gallery.id);
+    if (std::ranges::find(stored, gallery.id, &GalleryName::id) != stored.end()) throw Failure("cannot remove " + name);
+    console.Say("removed " + name + ", which had no folder");
+    console.ShowJson({{"removed", {{"id", gallery.id}, {"name", gallery.name}, {"items", 0}, {"tags", 0}}}});
+    return kDone;
 }
 
 }  // namespace
@@ -183,6 +204,8 @@ int Run(const GalleryRemoveOptions& options, const Console& console) {
     const ChangeLock lock;
     const Session session;
     Galleries galleries(session);
+    const GalleryName wanted = galleries.Resolve(options.gallery);
+    if (galleries.IsWithoutFolder(wanted.id)) return RemoveRow(galleries, wanted, console);
     CQGallery* gallery = galleries.Find(options.gallery);
     if (gallery == nullptr) throw Failure("the gallery " + options.gallery + " is not stored");
     GalleryRemoval removal(session, galleries, *gallery);
@@ -192,17 +215,14 @@ int Run(const GalleryRemoveOptions& options, const Console& console) {
         return ReportHalf(removal, failure.what(), console);
     }
     const GalleryName& name = removal.Name();
+    const std::size_t items = removal.ItemsGone();
     const std::size_t tags = removal.TagsGone();
-    console.Say("removed the gallery " + name.name + " with " + Counted(removal.ItemsBefore(), "item") +
+    console.Say("removed the gallery " + name.name + " with " + Counted(items, "item") +
                 (tags > 0 ? " and " + Counted(tags, "tag") : ""));
-    if (removal.AreLinksLeft()) {
-        console.Complain("the gallery " + name.name +
-                         " is removed, but links of tags to its items are left; check "
-                         "lists them");
-    }
-    console.ShowJson(
-        {{"removed", {{"id", name.id}, {"name", name.name}, {"items", removal.ItemsBefore()}, {"tags", tags}}}});
-    return removal.AreLinksLeft() ? kFailed : kDone;
+    const std::vector<std::string> links = removal.LinkLines();
+    for (const std::string& line : links) console.Complain(line);
+    console.ShowJson({{"removed", {{"id", name.id}, {"name", name.name}, {"items", items}, {"tags", tags}}}});
+    return links.empty() ? kDone : kFailed;
 }
 
 }  // namespace qfc::host

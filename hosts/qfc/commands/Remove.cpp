@@ -119,12 +119,13 @@ private:
 // What became of the item itself, and of what still names it.
 void LookAtItem(Galleries& galleries, DBTools& tools, const GUID& id, Removed& removed) {
     const std::string guid = GuidToText(id);
-    if (removed.remains.stored.empty()) {
+    // What still has a place, or may have one, is not left behind.
+    if (removed.remains.IsEmpty()) {
         const auto isLeft = IsLeftBehind(galleries, tools, id);
         if (isLeft == true) removed.remains.Note("the item " + guid + ", which no folder holds; check lists it", true);
-        if (!isLeft && removed.remains.IsEmpty()) removed.remains.Note("the item " + guid, std::nullopt);
+        if (!isLeft) removed.remains.Note("the item " + guid, std::nullopt);
     }
-    if (!ReleaseLinks(tools, {id}).empty()) removed.remains.stored.push_back("the links of tags to the item " + guid);
+    removed.remains.Add(ReleaseLinks(tools, {id}));
 }
 
 }  // namespace

@@ -33,11 +33,13 @@ void StoreName(const std::string& old, const std::string& name, const std::funct
 }
 
 std::optional<std::string> StoredItemName(const CQGallery& gallery, const GUID& guid) {
+    if (IsItemGone(*gallery.GetDBTools(), guid)) throw Failure("the item is gone");
     const auto fresh = LoadFresh(*gallery.GetDBTools(), guid);
     return fresh != nullptr ? std::optional(ToText(fresh->GetItemName())) : std::nullopt;
 }
 
 std::optional<std::string> StoredFolderName(const CQFolder& folder) {
+    if (IsFolderGone(*folder.GetDBTools(), folder.GetDBId())) throw Failure("the folder is gone");
     const auto stored = LoadStoredFolder(*folder.GetDBTools(), folder.GetDBId());
     return stored ? std::optional(stored->name) : std::nullopt;
 }

@@ -37,9 +37,7 @@ public:
     void Go(EffectRemoval& removal) {
         const bool isDone = Delete();
         if (!isDone) LookAtRecords(removal);
-        for (const GUID& guid : ReleaseLinks(m_tools, Guids())) {
-            removal.remains.stored.push_back("the links of tags to " + GuidToText(guid));
-        }
+        removal.remains.Add(ReleaseLinks(m_tools, Guids()));
         LookAtFolders(isDone, removal);
         for (const Leaving& leaving : m_leaving) LookAtItem(leaving, removal);
     }
@@ -141,7 +139,7 @@ private:
         }
         // In a place that is stored it is not left behind.
         const auto isLeft =
-            places.stored.empty() ? IsLeftBehind(m_galleries, m_tools, leaving.guid) : std::optional<bool>(false);
+            places.IsEmpty() ? IsLeftBehind(m_galleries, m_tools, leaving.guid) : std::optional<bool>(false);
         if (isLeft == true) removal.itemsLeft.push_back(leaving.name);
         if (!isLeft && places.unseen.empty()) places.unseen.push_back("the item " + leaving.name);
         if (isLeft == false) Add(places.stored, nowhere);

@@ -78,7 +78,11 @@ std::optional<FoundFolder> FolderByPath(CQGallery& gallery, const std::string& t
 
 // What may have been meant instead of an item that is not there.
 std::string ItemHint(CQGallery& gallery, const std::string& text) {
-    if (FolderByPath(gallery, text)) return "; it is a folder";
+    try {
+        if (FolderByPath(gallery, text)) return "; it is a folder";
+    } catch (const Failure&) {  // Several are called so.
+        return "; it is a folder";
+    }
     const std::vector<std::string> components = SplitPath(text);
     return components.size() == 1 ? Elsewhere(gallery, components.front()) : "";
 }

@@ -5,8 +5,10 @@
 #include "hosts/qfc/library/Paths.h"
 #include "hosts/qfc/library/Tags.h"
 #include "hosts/qfc/library/Text.h"
+#include "hosts/qfc/library/Verify.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace qfc::host {
 namespace {
@@ -54,8 +56,13 @@ GalleryName ByName(const std::string& name, const std::vector<GalleryName>& stor
     throw Failure("several galleries are called " + name + "; name one by its id: " + ids);
 }
 
+// Rows of other programs may have no name.
+std::string LabelOf(const GalleryName& gallery) {
+    return gallery.name.empty() ? std::to_string(gallery.id) : gallery.name;
+}
+
 [[noreturn]] void ThrowCannotLoad(const GalleryName& gallery) {
-    throw Failure("cannot load the gallery " + gallery.name);
+    throw Failure("cannot load the gallery " + LabelOf(gallery));
 }
 
 }  // namespace
@@ -136,11 +143,26 @@ CQGallery* Galleries::Find(const std::string& idOrName) {
 std::vector<CQGallery*> Galleries::All() {
     std::vector<CQGallery*> galleries;
     for (const GalleryName& stored : Stored()) {
-        CQGallery* gallery = Load(stored.id);
-        if (gallery == nullptr) ThrowCannotLoad(stored);
-        galleries.push_back(gallery);
+        if (CQGallery* gallery = Load(stored.id)) {
+            galleries.push_back(gallery);
+        } else if (IsStored(stored.id) && !IsWithoutFolder(stored.id)) {  // Another qfc may just have removed it.
+            ThrowCannotLoad(stored);
+        }
     }
     return galleries;
+}
+
+bool Galleries::IsWithoutFolder(int id) const {
+    std::vector<StoredGallery> rows;
+    if (!QFCLibraryManager::fnListGalleries(rows)) throw Failure("cannot list the galleries");
+    const auto row = std::ranges::find(rows, id, &StoredGallery::galleryId);
+    if (row == rows.end()) return false;
+    const ULONGLONG session = QFCLibraryManager::StartDbSession4ImportLib(ToCString(LibraryPath()));
+    if (session == 0) return false;
+    DBTools& tools = *reinterpret_cast<DBTools*>(static_cast<std::uintptr_t>(session));
+    const bool isGone = IsFolderGone(tools, row->rootFolder);
+    QFCLibraryManager::EndDbSession4ImportLib(session);
+    return isGone;
 }
 
 CQGallery& Galleries::Counterpart(const GalleryName& other) {

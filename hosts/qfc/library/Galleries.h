@@ -42,8 +42,11 @@ public:
     CQGallery& Open(const std::string& idOrName);
     // The same, but makes nothing: null for a predefined gallery that is not stored.
     CQGallery* Find(const std::string& idOrName);
-    // Every stored gallery, loaded. Throws Failure when one cannot be: nobody would know what it holds.
+    // Every stored gallery, loaded, but not those without a folder, which hold nothing. Throws Failure when one cannot
+    // be loaded: nobody would know what it holds.
     std::vector<CQGallery*> All();
+    // The gallery's row names a folder that the database does not have. Such a gallery cannot be loaded.
+    bool IsWithoutFolder(int id) const;
 
     // The gallery of this library that answers to one of another: the same predefined one, else the one of that name.
     // Made when missing.

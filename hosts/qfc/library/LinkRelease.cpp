@@ -3,11 +3,10 @@
 #include "api/QFCLib.h"
 #include "hosts/qfc/library/Verify.h"
 
-#include <algorithm>
 #include <functional>
-#include <iterator>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 
 namespace qfc::host {
@@ -25,27 +24,37 @@ void WithStandIns(const std::vector<GUID>& guids, const std::function<void(const
     act(pointers);
 }
 
+// Nothing when the library does not tell. An item that is stored has its links rightly.
+std::optional<bool> AreLinksLeft(DBTools& tools, const GUID& item) {
+    const auto tags = StoredLinks(tools, item);
+    if (tags && tags->empty()) return false;
+    const auto isStored = IsItemStored(tools, item);
+    if (isStored == true) return false;
+    if (!isStored || !tags) return std::nullopt;
+    return true;
+}
+
 }  // namespace
 
-std::vector<GUID> ReleaseLinks(DBTools& tools, const std::vector<GUID>& items) {
+Remains ReleaseLinks(DBTools& tools, const std::vector<GUID>& items) {
     std::map<GUID, std::vector<GUID>> links;
-    std::set<GUID> linked;
+    std::vector<GUID> looked;
     for (const GUID& item : items) {
         const auto tags = StoredLinks(tools, item);
         if (tags && tags->empty()) continue;
         const auto isStored = IsItemStored(tools, item);
         if (isStored == true) continue;
-        linked.insert(item);
+        looked.push_back(item);
         if (!isStored) continue;  // It may stay, and would lose its tags.
         for (const GUID& tag : tags.value_or(std::set<GUID>{})) links[tag].push_back(item);
     }
     for (const auto& [tag, carriers] : links) UnlinkStored(carriers, {tag});
-    std::vector<GUID> left;
-    std::ranges::copy_if(linked, std::back_inserter(left), [&](const GUID& item) {
-        const auto tags = StoredLinks(tools, item);
-        return !tags || !tags->empty();
-    });
-    return left;
+    Remains remains;
+    for (const GUID& item : looked) {
+        const std::string name = "the links of tags to the item " + GuidToText(item);
+        remains.Note(name, AreLinksLeft(tools, item));
+    }
+    return remains;
 }
 
 void LinkStored(const std::vector<GUID>& items, const std::list<GUID>& tags) {

@@ -7,6 +7,11 @@ void Remains::Note(const std::string& what, std::optional<bool> isStored) {
     if (!isStored) unseen.push_back(what);
 }
 
+void Remains::Add(const Remains& more) {
+    stored.insert(stored.end(), more.stored.begin(), more.stored.end());
+    unseen.insert(unseen.end(), more.unseen.begin(), more.unseen.end());
+}
+
 std::vector<std::string> Remains::Lines() const {
     std::vector<std::string> lines;
     for (const std::string& what : stored) lines.push_back("cannot remove " + what);

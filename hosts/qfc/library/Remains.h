@@ -15,6 +15,7 @@ struct Remains {
     bool IsEmpty() const { return stored.empty() && unseen.empty(); }
     // Of what a look came to; nothing when it failed.
     void Note(const std::string& what, std::optional<bool> isStored);
+    void Add(const Remains& more);
     // "cannot remove F\a", "cannot tell whether F\b is removed".
     std::vector<std::string> Lines() const;
 };

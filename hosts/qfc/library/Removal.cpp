@@ -15,15 +15,23 @@ namespace {
 
 // What a folder is made of, as it was before.
 struct Parts {
-    std::map<int, std::string> folders;  // Paths by row.
-    std::map<GUID, std::string> items;   // One path each.
+    struct Part {
+        std::string path;
+        std::set<GUID> items;
+    };
+    std::map<int, Part> folders;        // By row.
+    std::map<GUID, std::string> items;  // One path each.
 };
 
 Parts PartsOf(CQFolder& folder) {
     Parts parts;
-    for (CQFolder* part : WholeTree(folder)) {
-        parts.folders[part->GetDBId()] = PathOf(*part);
-        for (const CQItem* item : Items(*part)) parts.items.emplace(item->GetUniqueID(), PathOf(*part, *item));
+    for (CQFolder* each : WholeTree(folder)) {
+        Parts::Part& part = parts.folders[each->GetDBId()];
+        part.path = PathOf(*each);
+        for (const CQItem* item : Items(*each)) {
+            part.items.insert(item->GetUniqueID());
+            parts.items.emplace(item->GetUniqueID(), PathOf(*each, *item));
+        }
     }
     return parts;
 }
@@ -42,16 +50,10 @@ public:
     // root: the row of the folder that was to go.
     void LookAtFolders(int root) {
         m_removal.itemsBefore = m_parts.items.size();
-        for (const auto& [row, path] : m_parts.folders) {
-            auto isStored = IsFolderStored(m_tools, row);
-            const auto placed = StoredItems(m_tools, row);
-            if (isStored == false && !placed) isStored.reset();
-            m_removal.folders.Note(path, isStored);
+        for (const auto& [row, part] : m_parts.folders) {
+            const auto isStored = LookAtFolder(row, part);
+            m_removal.folders.Note(part.path, isStored);
             if (row == root) m_removal.isStored = isStored;
-            if (isStored == false) m_removal.isBegun = true;
-            for (const GUID& guid : placed.value_or(std::vector<GUID>{})) {
-                if (m_placed.insert(guid).second && isStored == false) m_removal.items.stored.push_back(NameOf(guid));
-            }
         }
         m_removal.itemsPlaced = m_placed.size();
     }
@@ -61,11 +63,29 @@ public:
             if (m_placed.contains(guid)) continue;
             const auto isStored = IsItemStored(m_tools, guid);
             if (isStored == false) m_removal.isBegun = true;
-            if (isStored != false) m_removal.items.Note(NameOf(guid), IsLeftBehind(galleries, m_tools, guid));
+            if (isStored == false) continue;
+            const bool isUnseen = m_unread.contains(guid);
+            m_removal.items.Note(NameOf(guid), isUnseen ? std::nullopt : IsLeftBehind(galleries, m_tools, guid));
         }
     }
 
 private:
+    // Whether its row is stored; nothing when that, or what is placed in it, cannot be told.
+    std::optional<bool> LookAtFolder(int row, const Parts::Part& part) {
+        const auto isStored = IsFolderStored(m_tools, row);
+        const auto placed = StoredItems(m_tools, row);
+        if (isStored == false) m_removal.isBegun = true;
+        if (!placed) {
+            m_unread.insert(part.items.begin(), part.items.end());
+            return isStored == false ? std::nullopt : isStored;
+        }
+        const std::set<GUID> now(placed->begin(), placed->end());
+        if (!std::includes(now.begin(), now.end(), part.items.begin(), part.items.end())) m_removal.isBegun = true;
+        for (const GUID& guid : now) {
+            if (m_placed.insert(guid).second && isStored == false) m_removal.items.stored.push_back(NameOf(guid));
+        }
+        return isStored;
+    }
     std::string NameOf(const GUID& guid) const {
         const auto known = m_parts.items.find(guid);
         return known != m_parts.items.end() ? known->second + " " + GuidToText(guid) : GuidToText(guid);
@@ -74,7 +94,8 @@ private:
     DBTools& m_tools;
     const Parts& m_parts;
     FolderRemoval& m_removal;
-    std::set<GUID> m_placed;
+    std::set<GUID> m_placed;  // In one of these folders still.
+    std::set<GUID> m_unread;  // Of folders that do not tell.
 };
 
 }  // namespace
@@ -94,16 +115,27 @@ void RefuseUnseenFolders(CQFolder& folder) {
 }
 
 std::vector<std::string> FolderRemoval::Lines() const {
-    if (!isBegun && !folders.stored.empty()) return {"cannot remove " + path};
-    std::vector<std::string> lines = folders.Lines();
+    std::vector<std::string> lines;
+    if (!isBegun && !folders.stored.empty()) {
+        lines.push_back("cannot remove " + path);
+    } else {
+        lines = folders.Lines();
+        for (std::string& line : lines) line += isStored == false ? "; check lists what is left" : "";
+    }
     for (const std::string& item : items.stored) {
         lines.push_back("the item " + item + " is left without a folder; check lists it");
     }
     for (const std::string& item : items.unseen) lines.push_back("cannot tell whether " + item + " is removed");
-    if (isStored == true && itemsPlaced < itemsBefore) {
-        lines.push_back("of the " + std::to_string(itemsBefore) + " items in " + path + " only " +
-                        std::to_string(itemsPlaced) + " are seen there now");
+    if (isStored == true && isBegun && itemsPlaced < itemsBefore) {
+        lines.push_back(std::to_string(itemsBefore - itemsPlaced) + " of " + std::to_string(itemsBefore) +
+                        " items are not seen in " + path + " any more");
     }
+    if (!links.stored.empty()) {
+        lines.push_back((isStored == false ? path + " is removed, but links of tags to its items are left"
+                                           : "links of tags to items of " + path + " are left") +
+                        "; check lists them");
+    }
+    if (!links.unseen.empty()) lines.push_back("cannot tell whether links of tags to items of " + path + " are left");
     return lines;
 }
 
@@ -127,7 +159,7 @@ FolderRemoval RemoveFolder(Galleries& galleries, CQFolder& folder) {
     const int row = folder.GetDBId();
     const Parts parts = PartsOf(folder);
     QFCLibraryManager::fnDeleteFolder(ToHandle(&folder));
-    removal.areLinksLeft = !ReleaseLinks(tools, GuidsOf(parts.items)).empty();
+    removal.links = ReleaseLinks(tools, GuidsOf(parts.items));
     Looking looking(tools, parts, removal);
     looking.LookAtFolders(row);
     looking.LookAtItems(galleries);

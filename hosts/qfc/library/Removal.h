@@ -26,9 +26,10 @@ struct FolderRemoval {
     Remains items;                 // Those that are left without a folder, or nobody knows.
     std::size_t itemsBefore = 0;
     std::size_t itemsPlaced = 0;  // Those of them that are seen in these folders still.
-    bool areLinksLeft = false;
+    Remains links;                // Of tags to items that are gone.
 
-    // What to complain of, the links not included; empty when all went.
+    bool IsDone() const { return isWhole && links.IsEmpty(); }
+    // What to complain of; empty when all went.
     std::vector<std::string> Lines() const;
     std::string Text() const;  // The same in one line.
 };
