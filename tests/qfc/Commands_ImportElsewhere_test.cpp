@@ -111,6 +111,24 @@ TEST_F(CommandsImportElsewhere, APlaceThatIsNotStoredIsToldAsFailed) {
     EXPECT_EQ(InF(), Names{"first.ppm"});
 }
 
+TEST_F(CommandsImportElsewhere, WhateverCannotBeRead_WhatCameOrMayHaveIsTold) {
+    EXPECT_EQ(Other({"import", Image("b.ppm", 5), "--folder", "New\\Deep"}).exit, 0);
+    KeepLibrary();
+    const auto look = [&](const QfcResult& result) {
+        const std::string told = result.out + result.err;
+        EXPECT_NE(told.find(" added, "), std::string::npos);
+        for (const std::string name : {"a.ppm", "b.ppm"}) {
+            const bool isHere = Cell("select count(*) from ITEM_TABLE where ITEM_NAME = '" + name + "'") != "0";
+            if (isHere) {
+                EXPECT_NE(told.find(name), std::string::npos) << name;
+            } else {
+                EXPECT_EQ(result.exit, 1);
+            }
+        }
+    };
+    WithEachFailingRead({"import-library", OtherDatabase()}, look);
+}
+
 TEST_F(CommandsImportElsewhere, WhateverCannotBeRead_TheItemHereIsNotOverwritten) {
     HaveItInHAsMine();
     EXPECT_EQ(Other({"mkdir", "New"}).exit, 0);  // What is written first.

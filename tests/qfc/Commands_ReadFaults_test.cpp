@@ -182,7 +182,10 @@ TEST_F(CommandsReadFaults, WhatCannotBeSeenMade_IsNotSaidToBeMissing) {
 // The folder is made once, whatever could not be seen of it in between.
 TEST_F(CommandsReadFaults, AFolderThatCouldNotBeSeenMade_IsNotMadeTwice) {
     const std::string first = Image("x.ppm", 11), second = Image("y.ppm", 12);
-    WithEachFailingRead({"import", first, second, "--folder", "N\\M"}, [&](const QfcResult&) {
+    WithEachFailingRead({"import", first, second, "--folder", "N\\M"}, [&](const QfcResult& result) {
+        for (const std::string name : {"x.ppm", "y.ppm"}) {
+            if (Stored(name) != "0") ExpectNamed(result, name);
+        }
         for (const std::string name : {"N", "M"}) {
             EXPECT_LE(std::stoi(Sql("select count(*) from FOLDER_TABLE where FOLDER_NAME = '" + name + "'")), 1);
         }

@@ -148,6 +148,10 @@ private:
     void Collect(AddQueue& queue) {
         for (const AddQueue::Outcome& outcome : queue.TakeOutcomes()) {
             if (!outcome.stored) {
+                NoteRefused(outcome.file, "the library cannot be looked at; it may be stored");
+                continue;
+            }
+            if (!*outcome.stored) {
                 NoteRefused(outcome.file);
                 continue;
             }

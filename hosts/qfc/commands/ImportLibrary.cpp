@@ -31,12 +31,17 @@ public:
                   const Console& console)
         : m_galleries(galleries), m_other(other), m_tags(tags), m_interrupt(interrupt), m_console(console) {}
 
+    // What fails on the way is noted; what came before is told all the same.
     void Go() {
-        for (const GalleryName& name : m_other.Stored()) {
-            if (!m_interrupt.IsRaised()) TakeGalleryOf(name);
+        try {
+            for (const GalleryName& name : m_other.Stored()) {
+                if (!m_interrupt.IsRaised()) TakeGalleryOf(name);
+            }
+            TakeFromElsewhere();
+            TakeTags();
+        } catch (const Failure& failure) {
+            NoteFailed("the rest", failure.what());
         }
-        TakeFromElsewhere();
-        TakeTags();
     }
 
     int Report() const {
@@ -110,14 +115,27 @@ private:
             RestoreTrusty(*folder);
             const FolderMaker::Marks marks{folder->GetAdopt(), folder->GetTrusty(), folder->GetExtra(),
                                            folder->GetFolderID()};
-            CQFolder* target = maker.Make(path, marks);
+            std::string why;
+            CQFolder* target = MakeFolder(maker, path, marks, why);
             progress.Clear();
+            if (target == nullptr) NoteFailed(NameIn(to, PathOf(*folder)), why);
             TakeItems(*folder, target, to);
         }
         for (const std::string& path : maker.Made()) m_foldersMade.push_back(NameIn(to, path));
         for (const std::string& path : maker.NotLast()) {
             m_failed.push_back(NameIn(to, path));
             m_console.Complain("cannot put the folder " + m_failed.back() + " last");
+        }
+    }
+
+    // Null when it cannot be made; the other folders come all the same.
+    static CQFolder* MakeFolder(FolderMaker& maker, const std::vector<std::string>& path,
+                                const FolderMaker::Marks& marks, std::string& why) {
+        try {
+            return maker.Make(path, marks);
+        } catch (const Failure& failure) {
+            why = failure.what();
+            return nullptr;
         }
     }
 
@@ -137,7 +155,6 @@ private:
     }
 
     void TakeItems(CQFolder& from, CQFolder* target, CQGallery& gallery) {
-        if (target == nullptr) NoteFailed(NameIn(gallery, PathOf(from)));
         for (CQItem* item : Items(from)) {
             if (m_interrupt.IsRaised()) break;
             if (target == nullptr) {
@@ -179,10 +196,10 @@ private:
     // The database has to place them in the folder as well, which one look tells of all of them.
     void CountTaken(CQFolder& target, const CQGallery& gallery) {
         if (m_taken.empty()) return;
-        const std::set<GUID> stored = StoredItemSet(*target.GetDBTools(), target.GetDBId());
+        const auto stored = StoredItemSet(*target.GetDBTools(), target.GetDBId());
         for (const Taken& taken : m_taken) {
-            if (!stored.contains(taken.guid)) {
-                NoteFailed(taken.name);
+            if (!stored || !stored->contains(taken.guid)) {
+                NoteFailed(taken.name, stored ? "" : "the library cannot be looked at; it may have come");
                 continue;
             }
             m_tags.Note(*taken.from, *taken.item, taken.name);

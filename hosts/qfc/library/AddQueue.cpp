@@ -82,16 +82,16 @@ std::vector<CQFolder*> AddQueue::MendOrders() {
 }
 
 void AddQueue::LookAtPlacements(std::vector<Outcome>& outcomes) {
-    std::map<int, std::set<GUID>> folders;
+    std::map<int, std::optional<std::set<GUID>>> folders;
     m_rowsRead = 0;
     for (Outcome& outcome : outcomes) {
-        if (!outcome.stored) continue;
+        if (outcome.stored != true) continue;
         const auto [folder, isNew] = folders.try_emplace(outcome.folderRow);
         if (isNew) {
             folder->second = StoredItemSet(*m_gallery.GetDBTools(), outcome.folderRow);
-            m_rowsRead += folder->second.size();
+            m_rowsRead += folder->second ? folder->second->size() : 0;
         }
-        outcome.stored = folder->second.contains(outcome.guid);
+        outcome.stored = folder->second ? std::optional(folder->second->contains(outcome.guid)) : std::nullopt;
     }
 }
 

@@ -7,6 +7,7 @@
 #include <list>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -29,7 +30,7 @@ namespace qfc::host {
 class AddQueue {
 public:
     struct Outcome {
-        bool stored = false;
+        std::optional<bool> stored = false;  // Nothing when the library does not tell.
         std::string file;
         std::string name;
         std::string folder;  // Path, as shown.

@@ -97,9 +97,10 @@ std::optional<std::vector<int>> StoredSubFolders(DBTools& tools, int folderRow) 
     });
 }
 
-std::set<GUID> StoredItemSet(DBTools& tools, int folderRow) {
+std::optional<std::set<GUID>> StoredItemSet(DBTools& tools, int folderRow) {
     const auto stored = StoredItems(tools, folderRow);
-    return stored ? std::set<GUID>(stored->begin(), stored->end()) : std::set<GUID>{};
+    if (!stored) return std::nullopt;
+    return std::set<GUID>(stored->begin(), stored->end());
 }
 
 std::optional<bool> IsPlaced(DBTools& tools, int folderRow, const GUID& guid) {

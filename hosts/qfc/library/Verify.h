@@ -43,8 +43,8 @@ std::optional<std::vector<StoredPlacement>> StoredPlacements(DBTools& tools, int
 std::optional<std::vector<GUID>> StoredItems(DBTools& tools, int folderRow);
 // The rows of the sub-folders of a folder row; nothing when the database cannot be read.
 std::optional<std::vector<int>> StoredSubFolders(DBTools& tools, int folderRow);
-// The same as StoredItems for many look-ups; nothing is placed in a folder that cannot be read.
-std::set<GUID> StoredItemSet(DBTools& tools, int folderRow);
+// The same for many look-ups.
+std::optional<std::set<GUID>> StoredItemSet(DBTools& tools, int folderRow);
 // Whether the database places the item in that folder row. Nothing when it cannot be read.
 std::optional<bool> IsPlaced(DBTools& tools, int folderRow, const GUID& guid);
 
