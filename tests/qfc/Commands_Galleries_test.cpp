@@ -132,8 +132,19 @@ TEST_F(CommandsGalleries, AGalleryWithoutAFolder_IsInNobodysWayAndCanBeRemoved) 
     EXPECT_EQ(Qfc({"tag", "list"}).exit, 0);
     EXPECT_EQ(Qfc({"rm", "A\\a.ppm"}).exit, 0);
     EXPECT_EQ(Refused({"tree", "--gallery", "105"}), "qfc: cannot load the gallery 105\n");
-    EXPECT_EQ(Qfc({"gallery", "rm", "105"}).out, "removed the gallery 105, which had no folder\n");
+    EXPECT_EQ(Qfc({"gallery", "rm", "105"}).out,
+              "removed the gallery 105, which had no folder; if it has tags, they stay\n");
     EXPECT_EQ(Count("GALLERY_TABLE"), "1");
+}
+
+// What stands below the folder that is gone would go without a word.
+TEST_F(CommandsGalleries, AGalleryThatLostItsFolderOnly_IsNotPassedOverAndNotRemoved) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    RawDb(Database()).Exec("delete from FOLDER_TABLE where PARENT_ID = -1");
+    const std::string before = ReadFile(Database());
+    EXPECT_EQ(Refused({"find", "a"}), "qfc: cannot load the gallery 1\n");
+    EXPECT_EQ(Refused({"gallery", "rm", "Media"}), "qfc: cannot load the gallery Media\n");
+    EXPECT_EQ(ReadFile(Database()), before);
 }
 
 // As "clear" does.

@@ -166,11 +166,16 @@ int ReportHalf(const GalleryRemoval& removal, const std::string& reason, const C
 
 // Of a gallery that has nothing else, and so cannot be loaded.
 int RemoveRow(const Galleries& galleries, const GalleryName& gallery, const Console& console) {
-    QFCLibraryManager::fnDeleteGallery({gallery.id});
-    const std::vector<GalleryName> stored = galleries.Stored();
     const std::string name = "the gallery " + std::to_string(gallery.id);
+    QFCLibraryManager::fnDeleteGallery({gallery.id});
+    std::vector<GalleryName> stored;
+    try {
+        stored = galleries.Stored();
+    } catch (const Failure& failure) {
+        throw Failure(name + " may be removed: " + failure.what());
+    }
     if (std::ranges::find(stored, gallery.id, &GalleryName::id) != stored.end()) throw Failure("cannot remove " + name);
-    console.Say("removed " + name + ", which had no folder");
+    console.Say("removed " + name + ", which had no folder; if it has tags, they stay");
     console.ShowJson({{"removed", {{"id", gallery.id}, {"name", gallery.name}, {"items", 0}, {"tags", 0}}}});
     return kDone;
 }

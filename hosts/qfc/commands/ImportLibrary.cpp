@@ -24,6 +24,8 @@
 namespace qfc::host {
 namespace {
 
+constexpr const char* kUnseen = "the library cannot be looked at; it may have come";
+
 // Brings another library into this one and keeps what came of it.
 class LibraryImport {
 public:
@@ -199,7 +201,7 @@ private:
         const auto stored = StoredItemSet(*target.GetDBTools(), target.GetDBId());
         for (const Taken& taken : m_taken) {
             if (!stored || !stored->contains(taken.guid)) {
-                NoteFailed(taken.name, stored ? "" : "the library cannot be looked at; it may have come");
+                NoteFailed(taken.name, stored ? "" : kUnseen);
                 continue;
             }
             m_tags.Note(*taken.from, *taken.item, taken.name);
@@ -250,10 +252,11 @@ private:
         const auto placements = StoredPlacements(tools, row);
         const int last = placements && !placements->empty() ? placements->back().number : -1;
         if (placements && last < std::numeric_limits<int>::max()) tools.ReOrderItemsDb(guid, row, last + 1);
-        if (IsPlaced(tools, row, guid) == true) {
+        const auto isPlaced = IsPlaced(tools, row, guid);
+        if (isPlaced == true) {
             NoteAdded(waiting.name, guid);
         } else {
-            NoteFailed(waiting.name);
+            NoteFailed(waiting.name, isPlaced ? "" : kUnseen);
         }
     }
 
@@ -290,7 +293,11 @@ private:
 
     // Last, since an item may carry tags of any gallery.
     void TakeTags() {
-        m_tags.Take([&] { return m_interrupt.IsRaised(); });
+        try {
+            m_tags.Take([&] { return m_interrupt.IsRaised(); });
+        } catch (const Failure& failure) {
+            NoteFailed("all tags", failure.what());
+        }
         for (const std::string& name : m_tags.Made()) m_console.Say("made the tag " + name);
         for (const std::string& name : m_tags.Tagged()) m_console.Say("tagged " + name);
         for (const std::string& name : m_tags.Failed()) NoteFailed(name);

@@ -160,9 +160,12 @@ bool Galleries::IsWithoutFolder(int id) const {
     const ULONGLONG session = QFCLibraryManager::StartDbSession4ImportLib(ToCString(LibraryPath()));
     if (session == 0) return false;
     DBTools& tools = *reinterpret_cast<DBTools*>(static_cast<std::uintptr_t>(session));
-    const bool isGone = IsFolderGone(tools, row->rootFolder);
+    const auto folders = StoredSubFolders(tools, row->rootFolder);
+    const auto items = StoredItems(tools, row->rootFolder);
+    const bool isHollow =
+        IsFolderGone(tools, row->rootFolder) && folders && folders->empty() && items && items->empty();
     QFCLibraryManager::EndDbSession4ImportLib(session);
-    return isGone;
+    return isHollow;
 }
 
 CQGallery& Galleries::Counterpart(const GalleryName& other) {

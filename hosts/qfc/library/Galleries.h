@@ -45,7 +45,8 @@ public:
     // Every stored gallery, loaded, but not those without a folder, which hold nothing. Throws Failure when one cannot
     // be loaded: nobody would know what it holds.
     std::vector<CQGallery*> All();
-    // The gallery's row names a folder that the database does not have. Such a gallery cannot be loaded.
+    // The gallery's row names a folder that the database does not have, and nothing stands below or in that. Such a
+    // gallery cannot be loaded.
     bool IsWithoutFolder(int id) const;
 
     // The gallery of this library that answers to one of another: the same predefined one, else the one of that name.
