@@ -68,6 +68,32 @@ TEST_F(CommandsFolders, RmdirRecursive_LeavesAnItemThatAnotherFolderHolds) {
     EXPECT_GT(Done({"show", "B\\a.ppm"})["bitmapCache"]["bytes"], 0);
 }
 
+// Without those above it, it would have no parent.
+TEST_F(CommandsFolders, RmdirRecursive_AFolderThatStaysKeepsThoseAboveIt) {
+    Done({"import", Image("a.ppm"), "--folder", "A\\B\\C"});
+    Done({"mkdir", "A\\D"});
+    RawDb(Database())
+        .Exec(
+            "create trigger keep before delete on FOLDER_TABLE when old.FOLDER_NAME = 'B' "
+            "begin select raise(abort, 'kept'); end");
+    EXPECT_EQ(Qfc({"rmdir", "A", "--recursive"}).err,
+              "qfc: cannot remove A\\B\nqfc: 2 of 4 folders and 1 of 1 items are not seen in A any more\n");
+    EXPECT_EQ(FoldersOf("\\"), Names{"A"});
+    EXPECT_EQ(FoldersOf("A"), Names{"B"});
+    EXPECT_EQ(FoldersOf("A\\B"), Names{});
+    ExpectSound();
+}
+
+TEST_F(CommandsFolders, RmdirRecursive_ShowsOnATerminalHowFarItIs) {
+    Done({"mkdir", "A\\B\\C"});
+    QfcProcess process(WithLibrary({"rmdir", "A", "--recursive"}), {.terminal = true, .outToTerminal = true});
+    const QfcResult result = process.Wait();
+    EXPECT_EQ(result.exit, 0);
+    for (const char* step : {"1/3 A\\B\\C", "2/3 A\\B", "3/3 A"}) {
+        EXPECT_NE(result.err.find(step), std::string::npos) << step;
+    }
+}
+
 TEST_F(CommandsFolders, RmdirRefusesTheGallery) {
     Done({"mkdir", "A"});
     Refused({"rmdir", "\\"});

@@ -19,8 +19,21 @@ protected:
     std::string Links() const { return Sql("select count(*) from TAG_ITEM_RELATION_TABLE"); }
 };
 
-TEST_P(CommandsRemovalSignals, AFolderGoesAsAWhole) {
+TEST_P(CommandsRemovalSignals, AFolderTakesItsItemsAlong) {
     EXPECT_EQ(Interrupted({"rmdir", "F", "--recursive"}).exit, 0);
+    EXPECT_EQ(Sql("select count(*) from ITEM_TABLE"), "0");
+    EXPECT_EQ(Links(), "0");
+    ExpectSound();
+}
+
+TEST_P(CommandsRemovalSignals, TheFoldersAboveItAreLeftAlone) {
+    Done({"mkdir", "G\\H\\I"});
+    Done({"mv", "F", "G\\H\\I"});
+    const QfcResult result = Interrupted({"rmdir", "G", "--recursive"});
+    EXPECT_EQ(result.exit, 1);
+    EXPECT_EQ(result.err, "qfc: interrupted\nqfc: 1 of 4 folders and 3 of 3 items are not seen in G any more\n");
+    EXPECT_EQ(FoldersOf("G\\H"), Names{"I"});
+    EXPECT_EQ(FoldersOf("G\\H\\I"), Names{});
     EXPECT_EQ(Sql("select count(*) from ITEM_TABLE"), "0");
     EXPECT_EQ(Links(), "0");
     ExpectSound();

@@ -89,7 +89,7 @@ QfcProcess::QfcProcess(const std::vector<std::string>& arguments, const QfcWorld
     }
     m_child = fork();
     if (m_child == 0) {
-        dup2(out[1], STDOUT_FILENO);
+        dup2(world.outToTerminal ? m_terminal : out[1], STDOUT_FILENO);
         dup2(world.terminal ? m_terminal : m_err, STDERR_FILENO);
         EnterWorld(world);
         Become(arguments);

@@ -27,7 +27,8 @@ struct QfcWorld {
     std::optional<long> largestFile = std::nullopt;  // bytes: writing beyond fails, as on a full disk
     bool narrowPipe = false;                         // its output waits for the reader after a page
     std::optional<FailingRead> failingRead = std::nullopt;
-    bool terminal = false;  // its error stream is one
+    bool terminal = false;       // its error stream is one
+    bool outToTerminal = false;  // and so is its standard output, which comes with the errors
 };
 
 // One run of the built program, to be talked to while it runs.

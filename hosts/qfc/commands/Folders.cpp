@@ -1,3 +1,4 @@
+#include "hosts/qfc/Progress.h"
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/commands/Describe.h"
@@ -39,8 +40,11 @@ int Run(const RemoveFolderOptions& options, const Console& console) {
     const bool filled = !SubFolders(folder).empty() || !Items(folder).empty();
     if (filled && !options.recursive) throw Failure(path + " is not empty; --recursive removes it with all it holds");
     const Json removed = FolderJson(folder);
-    const Interrupt interrupt;  // A folder that is begun goes as a whole.
-    const FolderRemoval done = RemoveFolder(galleries, folder);
+    const Interrupt interrupt;
+    Progress progress(stdout, WholeTree(folder).size(), console.IsJson() || console.IsQuiet());
+    const RemovalStep step = [&](const std::string& next) { progress.Step(next); };
+    const FolderRemoval done = RemoveFolder(galleries, folder, step, interrupt.Flag());
+    progress.Clear();
     if (!done.isBegun && !done.isWhole) throw Failure(done.Text());
     const bool isGone = done.isStored == false;
     if (isGone) console.Say("removed " + path);

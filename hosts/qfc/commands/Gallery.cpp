@@ -1,4 +1,5 @@
 #include "api/QFCLib.h"
+#include "hosts/qfc/Progress.h"
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
 #include "hosts/qfc/commands/Interrupt.h"
@@ -35,6 +36,12 @@ struct Parts {
     Json AsJson() const { return {{"folders", folders}, {"tags", tags}}; }
 };
 
+// Throws Failure when the galleries cannot be read.
+bool HasRow(const Galleries& galleries, int id) {
+    const std::vector<GalleryName> stored = galleries.Stored();
+    return std::ranges::find(stored, id, &GalleryName::id) != stored.end();
+}
+
 // Removes one gallery, and knows how far it came.
 class GalleryRemoval {
 public:
@@ -55,16 +62,15 @@ public:
     }
 
     // Throws Failure with what it came to a halt at.
-    void Go() {
+    void Go(const Console& console) {
         RefuseUnseenFolders(m_gallery);
         const Interrupt interrupt;
-        DeleteFolders(interrupt);
+        DeleteFolders(interrupt, console);
         if (!m_categories.empty()) DeleteTags();
         const bool deleted = QFCLibraryManager::fnDeleteGallery({m_name.id}) != 0;
         m_galleries.Close(m_gallery);
         m_mayBeGone = deleted;
-        const std::vector<GalleryName> stored = m_galleries.Stored();
-        if (!deleted || std::ranges::find(stored, m_name.id, &GalleryName::id) != stored.end()) {
+        if (!deleted || HasRow(m_galleries, m_name.id)) {
             m_mayBeGone = false;
             throw Failure("its row stays");
         }
@@ -95,11 +101,13 @@ public:
 
 private:
     // Deleting a gallery alone would leave its items and payloads behind: the folders go first.
-    void DeleteFolders(const Interrupt& interrupt) {
+    void DeleteFolders(const Interrupt& interrupt, const Console& console) {
+        Progress progress(stdout, WholeTree(m_gallery).size() - 1, console.IsJson() || console.IsQuiet());
+        const RemovalStep step = [&](const std::string& next) { progress.Step(next); };
         for (CQFolder* folder : SubFolders(m_gallery)) {
             if (interrupt.IsRaised()) throw Failure("interrupted");
             const std::string name = ShownName(*folder);
-            const FolderRemoval done = RemoveFolder(m_galleries, *folder);
+            const FolderRemoval done = RemoveFolder(m_galleries, *folder, step, interrupt.Flag());
             if (!done.isBegun && done.isStored == true) throw Failure("the folder " + name + " stays");
             if (!done.isWhole) throw Failure(done.Text());
             m_links.Add(done.links);
@@ -168,13 +176,13 @@ int ReportHalf(const GalleryRemoval& removal, const std::string& reason, const C
 int RemoveRow(const Galleries& galleries, const GalleryName& gallery, const Console& console) {
     const std::string name = "the gallery " + std::to_string(gallery.id);
     QFCLibraryManager::fnDeleteGallery({gallery.id});
-    std::vector<GalleryName> stored;
+    bool isStored = true;
     try {
-        stored = galleries.Stored();
+        isStored = HasRow(galleries, gallery.id);
     } catch (const Failure& failure) {
         throw Failure(name + " may be removed: " + failure.what());
     }
-    if (std::ranges::find(stored, gallery.id, &GalleryName::id) != stored.end()) throw Failure("cannot remove " + name);
+    if (isStored) throw Failure("cannot remove " + name);
     console.Say("removed " + name + ", which had no folder; if it has tags, they stay");
     console.ShowJson({{"removed", {{"id", gallery.id}, {"name", gallery.name}, {"items", 0}, {"tags", 0}}}});
     return kDone;
@@ -215,7 +223,7 @@ int Run(const GalleryRemoveOptions& options, const Console& console) {
     if (gallery == nullptr) throw Failure("the gallery " + options.gallery + " is not stored");
     GalleryRemoval removal(session, galleries, *gallery);
     try {
-        removal.Go();
+        removal.Go(console);
     } catch (const Failure& failure) {
         return ReportHalf(removal, failure.what(), console);
     }

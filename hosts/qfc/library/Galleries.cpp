@@ -3,12 +3,12 @@
 #include "api/QFCLib.h"
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/library/Paths.h"
+#include "hosts/qfc/library/ReadSession.h"
 #include "hosts/qfc/library/Tags.h"
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Verify.h"
 
 #include <algorithm>
-#include <cstdint>
 
 namespace qfc::host {
 namespace {
@@ -157,15 +157,11 @@ bool Galleries::IsWithoutFolder(int id) const {
     if (!QFCLibraryManager::fnListGalleries(rows)) throw Failure("cannot list the galleries");
     const auto row = std::ranges::find(rows, id, &StoredGallery::galleryId);
     if (row == rows.end()) return false;
-    const ULONGLONG session = QFCLibraryManager::StartDbSession4ImportLib(ToCString(LibraryPath()));
-    if (session == 0) return false;
-    DBTools& tools = *reinterpret_cast<DBTools*>(static_cast<std::uintptr_t>(session));
-    const auto folders = StoredSubFolders(tools, row->rootFolder);
-    const auto items = StoredItems(tools, row->rootFolder);
-    const bool isHollow =
-        IsFolderGone(tools, row->rootFolder) && folders && folders->empty() && items && items->empty();
-    QFCLibraryManager::EndDbSession4ImportLib(session);
-    return isHollow;
+    const ReadSession reader(LibraryPath());
+    if (!reader.IsOpen()) return false;
+    const auto folders = StoredSubFolders(reader.Tools(), row->rootFolder);
+    const auto items = StoredItems(reader.Tools(), row->rootFolder);
+    return IsFolderGone(reader.Tools(), row->rootFolder) && folders && folders->empty() && items && items->empty();
 }
 
 CQGallery& Galleries::Counterpart(const GalleryName& other) {

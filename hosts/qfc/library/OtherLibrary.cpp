@@ -2,11 +2,9 @@
 
 #include "api/QFCLib.h"
 #include "hosts/qfc/cli/Exit.h"
-#include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Verify.h"
 #include "items/CQGallery.h"
 
-#include <cstdint>
 #include <filesystem>
 
 namespace qfc::host {
@@ -28,27 +26,24 @@ OtherLibrary::OtherLibrary(const std::string& file) {
     if (!fnSnapshotLibrary(file.c_str(), copy.c_str())) {
         throw Failure("cannot read " + file + ": " + ReasonOf(file));
     }
-    m_session = QFCLibraryManager::StartDbSession4ImportLib(ToCString(copy));
-    if (m_session == 0) throw Failure("cannot read " + file + ": it is no library");
+    m_reader.emplace(copy);
+    if (!m_reader->IsOpen()) throw Failure("cannot read " + file + ": it is no library");
 }
 
 OtherLibrary::~OtherLibrary() {
     for (const CQGallery* gallery : m_galleries) QFCLibraryManager::fnCloseSessionGallery(ToHandle(gallery));
-    QFCLibraryManager::EndDbSession4ImportLib(m_session);
 }
 
-DBTools* OtherLibrary::Tools() const { return reinterpret_cast<DBTools*>(static_cast<std::uintptr_t>(m_session)); }
-
-std::vector<GalleryName> OtherLibrary::Stored() const { return Galleries::Stored(Tools()); }
+std::vector<GalleryName> OtherLibrary::Stored() const { return Galleries::Stored(&m_reader->Tools()); }
 
 std::vector<CTagCategory> OtherLibrary::Categories() const {
     std::vector<CTagCategory> categories;
-    if (!Tools()->LoadTags(categories)) throw Failure("cannot read the tags of the other library");
+    if (!m_reader->Tools().LoadTags(categories)) throw Failure("cannot read the tags of the other library");
     return categories;
 }
 
 CQGallery* OtherLibrary::Load(int id) {
-    CQGallery* gallery = AsGallery(QFCLibraryManager::fnLoadGallery(id, Tools()));
+    CQGallery* gallery = AsGallery(QFCLibraryManager::fnLoadGallery(id, &m_reader->Tools()));
     if (gallery != nullptr) m_galleries.push_back(gallery);
     return gallery;
 }
@@ -70,7 +65,7 @@ std::vector<UnseenFolders> OtherLibrary::Unseen(const std::vector<CQFolder*>& lo
 void OtherLibrary::CountBelow(int row, std::set<int>& known, UnseenFolders& unseen) const {
     std::vector<int> waiting{row};
     while (!waiting.empty()) {
-        const auto children = StoredSubFolders(*Tools(), waiting.back());
+        const auto children = StoredSubFolders(m_reader->Tools(), waiting.back());
         waiting.pop_back();
         if (!children) {
             unseen.isReadable = false;
@@ -80,7 +75,7 @@ void OtherLibrary::CountBelow(int row, std::set<int>& known, UnseenFolders& unse
             if (!known.insert(child).second) continue;
             waiting.push_back(child);
             ++unseen.folders;
-            const auto items = StoredItems(*Tools(), child);
+            const auto items = StoredItems(m_reader->Tools(), child);
             unseen.items += items ? items->size() : 0;
             unseen.isReadable = unseen.isReadable && items.has_value();
         }

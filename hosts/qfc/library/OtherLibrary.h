@@ -2,16 +2,17 @@
 
 #include "hosts/qfc/library/Galleries.h"
 #include "hosts/qfc/library/LibraryFile.h"
+#include "hosts/qfc/library/ReadSession.h"
 #include "tags/TagRecords.h"
 
 #include <cstddef>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
 class CQFolder;
 class CQGallery;
-class DBTools;
 
 namespace qfc::host {
 
@@ -44,10 +45,9 @@ public:
 
 private:
     void CountBelow(int row, std::set<int>& known, UnseenFolders& unseen) const;
-    DBTools* Tools() const;
 
     TemporaryFolder m_folder;
-    unsigned long long m_session = 0;
+    std::optional<ReadSession> m_reader;
     std::vector<CQGallery*> m_galleries;
 };
 

@@ -7,6 +7,7 @@
 #include "hosts/qfc/library/Verify.h"
 
 #include <algorithm>
+#include <fmt/format.h>
 #include <map>
 #include <set>
 
@@ -36,6 +37,24 @@ Parts PartsOf(CQFolder& folder) {
     return parts;
 }
 
+// Why it was left at that; empty when all went. A folder whose row may stay keeps those above it: they would leave it
+// without a parent.
+std::string TakeFromBelow(DBTools& tools, CQFolder& folder, const RemovalStep& step, const std::atomic<bool>& stop) {
+    std::vector<CQFolder*> tree = WholeTree(folder);
+    std::ranges::reverse(tree);
+    for (CQFolder* each : tree) {
+        const std::string path = PathOf(*each);
+        const int row = each->GetDBId();
+        if (stop && each != tree.front()) return "interrupted";
+        step(path);
+        QFCLibraryManager::fnDeleteFolder(ToHandle(each));
+        Remains remains;
+        remains.Note(path, IsFolderStored(tools, row));
+        if (!remains.IsEmpty()) return remains.Lines().front();
+    }
+    return {};
+}
+
 std::vector<GUID> GuidsOf(const std::map<GUID, std::string>& items) {
     std::vector<GUID> guids;
     for (const auto& [guid, path] : items) guids.push_back(guid);
@@ -49,6 +68,7 @@ public:
 
     // root: the row of the folder that was to go.
     void LookAtFolders(int root) {
+        m_removal.foldersBefore = m_parts.folders.size();
         m_removal.itemsBefore = m_parts.items.size();
         for (const auto& [row, part] : m_parts.folders) {
             const auto isStored = LookAtFolder(row, part);
@@ -114,10 +134,22 @@ void RefuseUnseenFolders(CQFolder& folder) {
     }
 }
 
+std::string FolderRemoval::CountsGone() const {
+    const std::size_t foldersGone = foldersBefore - folders.stored.size() - folders.unseen.size();
+    std::string text;
+    if (foldersGone > 0) text = fmt::format("{} of {} folders", foldersGone, foldersBefore);
+    if (itemsPlaced >= itemsBefore) return text;
+    return text + fmt::format("{}{} of {} items", text.empty() ? "" : " and ", itemsBefore - itemsPlaced, itemsBefore);
+}
+
 std::vector<std::string> FolderRemoval::Lines() const {
     std::vector<std::string> lines;
     if (!isBegun && !folders.stored.empty()) {
         lines.push_back("cannot remove " + path);
+    } else if (!halt.empty()) {
+        // Those above it were left alone; a line for each of them says nothing new.
+        lines = Remains{{}, folders.unseen}.Lines();
+        if (std::ranges::find(lines, halt) == lines.end()) lines.insert(lines.begin(), halt);
     } else {
         lines = folders.Lines();
         for (std::string& line : lines) line += isStored == false ? "; check lists what is left" : "";
@@ -126,9 +158,9 @@ std::vector<std::string> FolderRemoval::Lines() const {
         lines.push_back("the item " + item + " is left without a folder; check lists it");
     }
     for (const std::string& item : items.unseen) lines.push_back("cannot tell whether " + item + " is removed");
-    if (isStored == true && isBegun && itemsPlaced < itemsBefore) {
-        lines.push_back(std::to_string(itemsBefore - itemsPlaced) + " of " + std::to_string(itemsBefore) +
-                        " items are not seen in " + path + " any more");
+    if (isStored == true && isBegun) {
+        const std::string went = CountsGone();
+        if (!went.empty()) lines.push_back(went + " are not seen in " + path + " any more");
     }
     if (!links.stored.empty()) {
         lines.push_back((isStored == false ? path + " is removed, but links of tags to its items are left"
@@ -145,7 +177,8 @@ std::string FolderRemoval::Text() const {
     return text;
 }
 
-FolderRemoval RemoveFolder(Galleries& galleries, CQFolder& folder) {
+FolderRemoval RemoveFolder(Galleries& galleries, CQFolder& folder, const RemovalStep& step,
+                           const std::atomic<bool>& stop) {
     FolderRemoval removal;
     removal.path = PathOf(folder);
     // A folder without a row may not be given to the library: it would take the last one of its parent instead.
@@ -158,11 +191,12 @@ FolderRemoval RemoveFolder(Galleries& galleries, CQFolder& folder) {
     DBTools& tools = *folder.GetDBTools();
     const int row = folder.GetDBId();
     const Parts parts = PartsOf(folder);
-    QFCLibraryManager::fnDeleteFolder(ToHandle(&folder));
+    removal.halt = TakeFromBelow(tools, folder, step, stop);
     removal.links = ReleaseLinks(tools, GuidsOf(parts.items));
     Looking looking(tools, parts, removal);
     looking.LookAtFolders(row);
     looking.LookAtItems(galleries);
+    if (removal.isStored == false) removal.halt.clear();
     removal.isWhole = removal.folders.IsEmpty() && removal.items.IsEmpty();
     return removal;
 }

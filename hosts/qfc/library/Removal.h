@@ -4,6 +4,8 @@
 #include "hosts/qfc/library/Remains.h"
 #include "platform/framework/Guid.h"
 
+#include <atomic>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -22,7 +24,9 @@ struct FolderRemoval {
     std::optional<bool> isStored;  // The folder itself; nothing when the library does not tell.
     bool isWhole = false;          // It went with all that was below, items that no other folder holds included.
     bool isBegun = false;          // Something of it went.
+    std::string halt;              // Why folders were left alone; empty when none were.
     Remains folders;               // By path, the folder itself too.
+    std::size_t foldersBefore = 0;
     Remains items;                 // Those that are left without a folder, or nobody knows.
     std::size_t itemsBefore = 0;
     std::size_t itemsPlaced = 0;  // Those of them that are seen in these folders still.
@@ -32,10 +36,19 @@ struct FolderRemoval {
     // What to complain of; empty when all went.
     std::vector<std::string> Lines() const;
     std::string Text() const;  // The same in one line.
+
+private:
+    // "1 of 2 folders and 3 of 4 items"; empty when none went.
+    std::string CountsGone() const;
 };
-// The folder with everything below it; its object is gone afterwards. Throws Failure, having removed nothing, as
-// RefuseUnseenFolders does; a look that fails afterwards throws nothing.
-FolderRemoval RemoveFolder(Galleries& galleries, CQFolder& folder);
+// Is told the path of the folder that goes next.
+using RemovalStep = std::function<void(const std::string& path)>;
+// The folder with everything below it, one by one from below: one that does not go keeps those above it, and a folder's
+// items go with it. Stopped, it leaves the folders alone that it has not begun; the first is. Objects of what went are
+// gone afterwards. Throws Failure, having removed nothing, as RefuseUnseenFolders does; a look that fails afterwards
+// throws nothing.
+FolderRemoval RemoveFolder(Galleries& galleries, CQFolder& folder, const RemovalStep& step,
+                           const std::atomic<bool>& stop);
 
 // The item's placement in the folder, and the item itself with its last placement: its object may be gone afterwards.
 // Whether the placement is still stored; nothing when the library does not tell. Throws nothing.

@@ -5,15 +5,10 @@
 #include "hosts/qfc/library/Text.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <list>
 
 namespace qfc::host {
 namespace {
-
-DBTools& ToolsOf(unsigned long long session) {
-    return *reinterpret_cast<DBTools*>(static_cast<std::uintptr_t>(session));
-}
 
 std::set<GUID> GuidsIn(CppSQLite3Query& query, const char* column) {
     std::set<GUID> guids;
@@ -52,22 +47,14 @@ FoundTag OnlyOne(const std::vector<FoundTag>& found, const std::string& text, co
 
 }  // namespace
 
-Tags::Tags(const Session&) {
-    m_session = QFCLibraryManager::StartDbSession4ImportLib(ToCString(LibraryPath()));
-    if (m_session == 0) throw Failure("cannot read the tags of " + LibraryPath());
-    try {
-        Reload();
-    } catch (const Failure&) {
-        QFCLibraryManager::EndDbSession4ImportLib(m_session);
-        throw;
-    }
+Tags::Tags(const Session&) : m_reader(LibraryPath()) {
+    if (!m_reader.IsOpen()) throw Failure("cannot read the tags of " + LibraryPath());
+    Reload();
 }
-
-Tags::~Tags() { QFCLibraryManager::EndDbSession4ImportLib(m_session); }
 
 void Tags::Reload() {
     std::vector<CTagCategory> categories;
-    if (!ToolsOf(m_session).LoadTags(categories)) throw Failure("cannot read the tags of " + LibraryPath());
+    if (!m_reader.Tools().LoadTags(categories)) throw Failure("cannot read the tags of " + LibraryPath());
     const auto galleries = Galleries::Stored(nullptr);
     m_categories = std::move(categories);
     std::ranges::stable_sort(m_categories, {}, &CTagCategory::m_nGallery);
@@ -97,19 +84,19 @@ std::string Tags::GalleryName(int gallery) const {
 
 std::set<GUID> Tags::CarriersOf(const GUID& tag) const {
     CppSQLite3Query query;
-    if (!ToolsOf(m_session).QueryTagItems(tag, query)) throw Failure("cannot read the links of a tag");
+    if (!m_reader.Tools().QueryTagItems(tag, query)) throw Failure("cannot read the links of a tag");
     return GuidsIn(query, "ITEM_GUID");
 }
 
 bool Tags::HasLinks(const GUID& tag) const {
     CppSQLite3Query query;
-    if (!ToolsOf(m_session).QueryTagItems(tag, query)) throw Failure("cannot read the links of a tag");
+    if (!m_reader.Tools().QueryTagItems(tag, query)) throw Failure("cannot read the links of a tag");
     return !query.eof();
 }
 
 std::set<GUID> Tags::LinksOf(const GUID& item) const {
     CppSQLite3Query query;
-    if (!ToolsOf(m_session).QueryItemTags(item, query)) throw Failure("cannot read the links of an item");
+    if (!m_reader.Tools().QueryItemTags(item, query)) throw Failure("cannot read the links of an item");
     return GuidsIn(query, "TAGS_GUID");
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hosts/qfc/library/Galleries.h"
+#include "hosts/qfc/library/ReadSession.h"
 #include "platform/framework/Guid.h"
 #include "tags/TagRecords.h"
 
@@ -28,7 +29,6 @@ struct FoundTag {
 class Tags {
 public:
     explicit Tags(const Session&);
-    ~Tags();
     Tags(const Tags&) = delete;
     Tags& operator=(const Tags&) = delete;
 
@@ -71,7 +71,7 @@ public:
 private:
     FoundTag Entry(const CTagCategory& category, const CLibTag& tag) const;
 
-    unsigned long long m_session = 0;
+    ReadSession m_reader;
     std::map<int, std::string> m_galleryNames;
     std::vector<CTagCategory> m_categories;
     std::map<GUID, FoundTag> m_byGuid;
