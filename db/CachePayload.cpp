@@ -57,6 +57,7 @@ bool UnpackPayload(const StoredPayload& row, std::span<std::byte> target) {
     auto length = static_cast<unsigned>(target.size());
     const auto compressedSize = static_cast<unsigned>(row.compressedSize);
     const int result = Decompress(compressedSize, row.bytes.data(), &length, target.data());
+    if (result == kCompressionNoMemory) throw std::bad_alloc();
     return result == kCompressionSucceeded && length == target.size();
 }
 

@@ -21,7 +21,7 @@ bool PayloadIsSound(const StoredPayload& row);
 
 // Brings a sound row's payload into `target`, which must be of rawSize bytes. Raw bytes that fall short of it leave the
 // rest zero. False when the row is not sound or does not decompress to exactly its raw size; `target` is undefined
-// then.
+// then. Throws std::bad_alloc when there is no memory to begin with.
 bool UnpackPayload(const StoredPayload& row, std::span<std::byte> target);
 
 }  // namespace qfc

@@ -44,7 +44,7 @@ bool Unpack(const qfc::StoredPayload& stored, Block& block) {
     } else {
         block = Block(block.release(), nSize);
     }
-    return qfc::UnpackPayload(stored, block.bytes());
+    return qfc::UnlessMemoryEnds([&] { return qfc::UnpackPayload(stored, block.bytes()); });
 }
 
 // `nDefaultSize` stands for an announced size that is missing.

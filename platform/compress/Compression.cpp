@@ -17,8 +17,11 @@ struct ContextDeleter {
     void operator()(ZSTD_DCtx* context) const { ZSTD_freeDCtx(context); }
 };
 
-std::unique_ptr<ZSTD_CCtx, ContextDeleter> NewCompressor() {
-    std::unique_ptr<ZSTD_CCtx, ContextDeleter> context(ZSTD_createCCtx());
+using Compressor = std::unique_ptr<ZSTD_CCtx, ContextDeleter>;
+using Decompressor = std::unique_ptr<ZSTD_DCtx, ContextDeleter>;
+
+Compressor NewCompressor() {
+    Compressor context(ZSTD_createCCtx());
     if (context == nullptr) return nullptr;
     ZSTD_CCtx_setParameter(context.get(), ZSTD_c_compressionLevel, kLevel);
     ZSTD_CCtx_setParameter(context.get(), ZSTD_c_checksumFlag, 1);
@@ -37,17 +40,21 @@ int Finish(std::size_t result, unsigned* destinationLength) {
     return kCompressionSucceeded;
 }
 
-// Contexts are expensive to make: each thread keeps its own.
+// Contexts are expensive to make: each thread keeps its own. One that could not be made is tried again next time.
 int ZstdCompress(unsigned sourceLength, const void* source, unsigned* destinationLength, void* destination) {
-    thread_local const auto context = NewCompressor();
-    if (context == nullptr || !IsUsable(sourceLength, source, destinationLength, destination)) return kFailed;
+    thread_local Compressor context;
+    if (!IsUsable(sourceLength, source, destinationLength, destination)) return kFailed;
+    if (context == nullptr) context = NewCompressor();
+    if (context == nullptr) return kCompressionNoMemory;
     return Finish(ZSTD_compress2(context.get(), destination, *destinationLength, source, sourceLength),
                   destinationLength);
 }
 
 int ZstdDecompress(unsigned sourceLength, const void* source, unsigned* destinationLength, void* destination) {
-    thread_local const std::unique_ptr<ZSTD_DCtx, ContextDeleter> context(ZSTD_createDCtx());
-    if (context == nullptr || !IsUsable(sourceLength, source, destinationLength, destination)) return kFailed;
+    thread_local Decompressor context;
+    if (!IsUsable(sourceLength, source, destinationLength, destination)) return kFailed;
+    if (context == nullptr) context.reset(ZSTD_createDCtx());
+    if (context == nullptr) return kCompressionNoMemory;
     return Finish(ZSTD_decompressDCtx(context.get(), destination, *destinationLength, source, sourceLength),
                   destinationLength);
 }

@@ -6,7 +6,7 @@
 #include <string_view>
 
 // Character by character between the ANSI code page and Unicode, for whatever page is in force. Every function may be
-// called from any thread: each thread has converters of its own.
+// called from any thread: each thread has converters of its own. Throws std::bad_alloc when it cannot get one.
 namespace qfc {
 
 // The character at the start of a text that is not empty.

@@ -7,6 +7,7 @@
 #include <iconv.h>
 #include <list>
 #include <mutex>
+#include <new>
 #include <strings.h>
 
 namespace qfc {
@@ -86,17 +87,24 @@ private:
 struct Converters {
     explicit Converters(const CodePage& of)
         : page(of), toUnicode(kUnicode, of.name.c_str()), fromUnicode(of.name.c_str(), kUnicode) {}
+    bool AreOpen() const { return toUnicode.IsOpen() && fromUnicode.IsOpen(); }
     const CodePage& page;
     Descriptor toUnicode;
     Descriptor fromUnicode;
 };
 
+// Pages are known to have converters before they are chosen: what keeps one from opening is a lack of memory or file
+// descriptors, and passes. Question marks in place of every name would be stored.
 const Converters& ConvertersFor(const CodePage& page) {
     thread_local std::list<Converters> known;
     for (const Converters& converters : known) {
         if (&converters.page == &page) return converters;
     }
-    return known.emplace_back(page);
+    if (!known.emplace_back(page).AreOpen()) {
+        known.pop_back();
+        throw std::bad_alloc();
+    }
+    return known.back();
 }
 
 bool IsHole(char32_t character) {
@@ -133,10 +141,14 @@ bool AppendPage(const CodePage& page, const Descriptor& fromUnicode, std::string
     return true;
 }
 
-// Texts of the interface end at a NUL and are searched for ASCII characters, so the page has to contain ASCII.
+// Texts of the interface end at a NUL and are searched for ASCII characters, so the page has to contain ASCII. In pages
+// that shift between sets some of its bytes are no characters: texts cannot be converted one by one.
 bool ContainsAscii(const CodePage& page) {
     const Converters converters(page);
-    if (!converters.toUnicode.IsOpen() || !converters.fromUnicode.IsOpen()) return false;
+    if (!converters.AreOpen()) return false;
+    for (char c = 1; c < 0x7F; ++c) {
+        if (!DecodePage(page, converters.toUnicode, {&c, 1}).valid) return false;
+    }
     for (const char* c = "AZaz09/."; *c != '\0'; ++c) {
         const DecodedCharacter decoded = DecodePage(page, converters.toUnicode, {c, 1});
         if (!decoded.valid || decoded.character != static_cast<char32_t>(*c)) return false;

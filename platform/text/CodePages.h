@@ -15,9 +15,10 @@ QFCLIB_API bool SetAnsiCodePage(const char* iconvName);
 const char* AnsiCodePage();
 bool IsAnsiUtf8();
 
-// None of the conversions fails. While the code page is UTF-8 the two between bytes keep every byte, valid or not;
-// otherwise '?' stands for what does not convert, and the five holes of CP1252 pass as control characters. Towards
-// UTF-16 what does not convert becomes U+FFFD. All may be called from any thread.
+// None of the conversions fails but for a lack of memory or of descriptors, with std::bad_alloc. While the code page is
+// UTF-8 the two between bytes keep every byte, valid or not; otherwise '?' stands for what does not convert, and the
+// five holes of CP1252 pass as control characters. Towards UTF-16 what does not convert becomes U+FFFD. All may be
+// called from any thread.
 std::string AnsiToUtf8(std::string_view text);
 std::string Utf8ToAnsi(std::string_view text);
 std::u16string AnsiToUtf16(std::string_view text);

@@ -2,9 +2,11 @@
 #include "items/ItemTypes.h"
 #include "platform/compress/Compression.h"
 #include "tests/items/ItemLibrary.h"
+#include "tests/support/ConverterFaults.h"
 
 #include <gtest/gtest.h>
 #include <memory>
+#include <thread>
 
 namespace {
 
@@ -168,6 +170,21 @@ TEST_F(CQItem_DbBuffers, CompressedRowsWithoutDecompressor_EndTheBufferAndItsSiz
     EXPECT_TRUE(pItem->PayloadInMemory(qfc::kBlackBox).empty());
     EXPECT_EQ(pItem->GetBlackBoxSize(), 0u);
     EXPECT_EQ(CountOf("CACHE_DATA_TABLE where " + compressed), "1") << "the row stays";
+}
+
+// A thread's first payload, while there is no memory for what unpacks it.
+TEST_F(CQItem_DbBuffers, CompressedRowsThatCannotBeUnpackedNow_AreReadTheNextTime) {
+    const auto pItem = Restarted();
+    std::thread([&] {
+        {
+            const ConverterFaults faults;
+            EXPECT_EQ(pItem->LoadCacheDataFromDb(1), 0);
+            EXPECT_EQ(faults.Refused(), 1);
+        }
+        EXPECT_EQ(pItem->LoadCacheDataFromDb(1), 1);
+    }).join();
+    const auto loaded = pItem->PayloadInMemory(qfc::kBlackBox);
+    EXPECT_EQ(loaded.size(), 3000u);
 }
 
 TEST_F(CQItem_DbBuffers, RawRowsWithoutDecompressor_AreRead) {

@@ -31,6 +31,24 @@ TEST_F(CodePages, UnknownPagesAreRefusedAndChangeNothing) {
     EXPECT_STREQ(qfc::AnsiCodePage(), "CP1252");
 }
 
+// Their texts cannot be converted character by character, and nothing that is not ASCII would come back.
+TEST_F(CodePages, PagesThatShiftBetweenSetsAreRefused) {
+    for (const char* name : {"ISO-2022-JP", "ISO-2022-JP-2", "ISO-2022-KR", "ISO-2022-CN", "UTF-7", "HZ"}) {
+        EXPECT_FALSE(qfc::SetAnsiCodePage(name)) << name;
+    }
+}
+
+TEST_F(CodePages, PagesThatContainAsciiAreTaken) {
+    for (const char* name :
+         {"CP1250", "CP1251",     "CP1252", "CP1255",     "CP1256",     "CP1258",  "CP437",  "CP850",
+          "CP866",  "CP932",      "CP936",  "CP949",      "CP950",      "GB18030", "EUC-JP", "EUC-KR",
+          "EUC-TW", "BIG5-HKSCS", "KOI8-R", "ISO-8859-1", "ISO-8859-8", "TIS-620", "TCVN",   "MACINTOSH"}) {
+        EXPECT_TRUE(qfc::SetAnsiCodePage(name)) << name;
+        const std::string text = "A\\b|c-d_e";
+        EXPECT_EQ(qfc::Utf8ToAnsi(qfc::AnsiToUtf8(text)), text) << name;
+    }
+}
+
 TEST_F(CodePages, Utf8CanBeChosenAgainInAnySpelling) {
     ASSERT_TRUE(qfc::SetAnsiCodePage("CP1252"));
     ASSERT_TRUE(qfc::SetAnsiCodePage("utf8"));

@@ -27,7 +27,7 @@ struct FolderRemoval {
     std::string halt;              // Why folders were left alone; empty when none were.
     Remains folders;               // By path, the folder itself too.
     std::size_t foldersBefore = 0;
-    Remains items;                 // Those that are left without a folder, or nobody knows.
+    Remains items;  // Those that are left without a folder, or nobody knows.
     std::size_t itemsBefore = 0;
     std::size_t itemsPlaced = 0;  // Those of them that are seen in these folders still.
     Remains links;                // Of tags to items that are gone.

@@ -1,0 +1,19 @@
+#pragma once
+
+namespace qfc::test {
+
+// Lets the calling thread make no converter of texts and no context of the compressor while an object lives, as when
+// memory or descriptors run out inside of the libraries that make them. A program that links the source file has
+// definitions of its own of what makes them. One at a time on a thread.
+class ConverterFaults {
+public:
+    ConverterFaults();
+    ~ConverterFaults();
+    ConverterFaults(const ConverterFaults&) = delete;
+    ConverterFaults& operator=(const ConverterFaults&) = delete;
+
+    // How many could not be made.
+    int Refused() const;
+};
+
+}  // namespace qfc::test
