@@ -110,6 +110,7 @@ private:
     bool ReadFilters(DS_Filter_File_Record& file);
     bool ReadFiltersOfEach(std::vector<DS_Filter_File_Record>& files);
     bool ReadFiltersOfAll(std::vector<DS_Filter_File_Record>& files);
+    bool AskWhetherKept(const CString& text, bool& bKept);
     bool KeepsText(const CString& text);
     template <typename Record>
     bool RunForNames(const char* sql, std::span<const Record> records);

@@ -207,14 +207,17 @@ bool DBToolsInternal::LoadTransitions(std::vector<DS_Transition_Record>& transit
 
 // A file whose texts are UTF-16 puts a substitute for each byte that forms no character, and two names may become one.
 // Only texts that are not clean are asked about, so that all others send the given statements alone.
+bool DBToolsInternal::AskWhetherKept(const CString& text, bool& bKept) {
+    bKept = IsCleanText(text);
+    return bKept || Attempt([&] {
+               const auto row = qfc::statement::Compile(Connection(), sql::kGiveBackText, text).execQuery();
+               bKept = std::string_view(row.getStringField(0)) == text.GetString();
+           });
+}
+
 bool DBToolsInternal::KeepsText(const CString& text) {
-    if (IsCleanText(text)) return true;
     bool bKept = false;
-    const bool bAsked = Attempt([&] {
-        const auto row = qfc::statement::Compile(Connection(), sql::kGiveBackText, text).execQuery();
-        bKept = std::string_view(row.getStringField(0)) == text.GetString();
-    });
-    return bAsked && bKept;
+    return AskWhetherKept(text, bKept) && bKept;
 }
 
 bool DBToolsInternal::WriteFilterFile(const DS_Filter_File_Record& file) {
@@ -232,22 +235,38 @@ bool DBToolsInternal::WriteTransition(const DS_Transition_Record& transition) {
                transition.guidItem);
 }
 
+// A name that the file does not keep has no record, but its substitute may be the name of another one.
 template <typename Record>
 bool DBToolsInternal::RunForNames(const char* sql, std::span<const Record> records) {
+    std::vector<const CString*> names;
+    bool bAsked = true;
+    const bool bGathered = Attempt([&] {
+        names.clear();
+        for (const Record& record : records) {
+            bool bKept = false;
+            bAsked = bAsked && AskWhetherKept(record.strFileName, bKept);
+            if (bKept) names.push_back(&record.strFileName);
+        }
+    });
+    if (!bGathered || !bAsked || names.empty()) return bGathered && bAsked;
     return Attempt([&] {
-        CppSQLite3Statement compiled = Connection().compileStatement((sql + Marks(records.size())).c_str());
+        CppSQLite3Statement compiled = Connection().compileStatement((sql + Marks(names.size())).c_str());
         int parameter = 0;
-        for (const Record& record : records) qfc::statement::Bind(compiled, ++parameter, record.strFileName);
+        for (const CString* const pName : names) qfc::statement::Bind(compiled, ++parameter, *pName);
         compiled.execDML();
     });
 }
 
 bool DBToolsInternal::DeleteFilterFileRows(const CString& fileName) {
-    return Run(sql::kDeleteFilterFile, fileName) && Run(sql::kDeleteFiltersOfFile, fileName);
+    bool bKept = false;
+    if (!HasConnection() || !AskWhetherKept(fileName, bKept)) return false;
+    return !bKept || (Run(sql::kDeleteFilterFile, fileName) && Run(sql::kDeleteFiltersOfFile, fileName));
 }
 
 bool DBToolsInternal::DeleteTransitionRows(const CString& fileName) {
-    return Run(sql::kDeleteTransitionsOfFile, fileName);
+    bool bKept = false;
+    if (!HasConnection() || !AskWhetherKept(fileName, bKept)) return false;
+    return !bKept || Run(sql::kDeleteTransitionsOfFile, fileName);
 }
 
 // Each single deletion reads its whole table, having no key to use; one for many names reads it once.

@@ -88,7 +88,8 @@ public:
     // All or nothing: an unknown id among them leaves every gallery in place. Items and payloads stay behind.
     static int fnDeleteGallery(const std::vector<int> galleryIds);
     // A folder below the parent (empty path: the gallery itself), as its last child; null when the name is taken. The
-    // gallery owns it.
+    // gallery owns it. Its index is one more than the number of its siblings: where some were removed before, it may
+    // stand further ahead after the next load, unless the host sets the index.
     static CQFolder* fnCreateFolder(ULONGLONG hGallery, const CString& strParentPath, const CString& strName,
                                     DWORD dwFirst, DWORD dwSecond, DWORD dwThird, DWORD dwFolderId);
     static int fnUpdateFolder(ULONGLONG hFolder, CString strName, DWORD dwAdopt, DWORD dwTrusty, DWORD dwTypeExtra,

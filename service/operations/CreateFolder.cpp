@@ -44,6 +44,7 @@ CQFolder* LibraryOperation_CreateFolder::FindParent() const {
 
 int LibraryOperation_CreateFolder::IndexBelow(CQFolder& parent) const {
     if (m_dwOrderIndex != kBehindSiblings) return static_cast<int>(m_dwOrderIndex);
+    // Kept: where siblings were removed, others may have that index or a higher one, and come behind at the next load.
     const auto* const pSiblings = parent.GetFolderList();
     return (pSiblings != nullptr ? static_cast<int>(pSiblings->GetCount()) : 0) + 1;
 }

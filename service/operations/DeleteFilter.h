@@ -15,8 +15,9 @@ public:
     LibraryOperation_DeleteFilter(ULONGLONG hGallery, const std::vector<DS_Filter_File_Record>* pFiles,
                                   DBTools* pDBTools);
 
-    // 0, and nothing done, without gallery, records or database, or when the store refuses one of the files. 0, too,
-    // when a folder cannot be deleted: what was deleted before stays so.
+    // 0, and nothing done, without gallery, records or database, or when the store refuses one of the files. Otherwise
+    // 1, whether or not the database takes the empty folders: as with fnDeleteFolder their objects are gone, their rows
+    // may stay.
     int execute() override;
 
 private:

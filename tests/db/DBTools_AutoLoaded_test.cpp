@@ -47,6 +47,27 @@ TEST_F(DBToolsAutoLoaded, PathIsStoredAndLookedForWithoutConversion) {
     EXPECT_TRUE(m_tools->IsFileAutoLoaded(kPath, 5));
 }
 
+// Kept: bound as given, and a library made without template holds texts as UTF-16, where each byte that forms no
+// character becomes the same substitute.
+TEST_F(DBToolsAutoLoaded, InALibraryOfUtf16_PathsThatDifferInSuchBytesAloneAreOne) {
+    ASSERT_TRUE(m_tools->InsertAutoLoadedFile("/m/b\xE4r.wav", 5));
+    EXPECT_TRUE(m_tools->IsFileAutoLoaded("/m/b\xE4r.wav", 5));
+    EXPECT_TRUE(m_tools->IsFileAutoLoaded("/m/b\xF6r.wav", 5));
+    EXPECT_FALSE(m_tools->IsFileAutoLoaded("/m/c\xE4r.wav", 5));
+}
+
+TEST_F(DBToolsAutoLoaded, InALibraryOfUtf8_PathsAreKeptByteForByteWhateverTheyAre) {
+    m_tools.reset();
+    m_path = m_folder / "utf8.db";
+    RawDb(m_path).Exec("PRAGMA encoding = 'UTF-8'; CREATE TABLE made(a); DROP TABLE made");
+    Open();
+    EXPECT_TRUE(m_tools->InsertAutoLoadedFile("/m/b\xE4r.wav", 5));
+    EXPECT_TRUE(m_tools->IsFileAutoLoaded("/m/b\xE4r.wav", 5));
+    EXPECT_FALSE(m_tools->IsFileAutoLoaded("/m/b\xF6r.wav", 5));
+    EXPECT_TRUE(m_tools->InsertAutoLoadedFile("/m/b\xF6r.wav", 5));
+    EXPECT_EQ(Count("ITEM_AUTO_LOADED_TABLE"), "2");
+}
+
 TEST_F(DBToolsAutoLoaded, TwoFilesOfOneFolderAreTwoRows) {
     EXPECT_TRUE(m_tools->InsertAutoLoadedFile("a", 5));
     EXPECT_TRUE(m_tools->InsertAutoLoadedFile("b", 5));

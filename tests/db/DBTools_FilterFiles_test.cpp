@@ -202,6 +202,26 @@ TEST_F(DBToolsEffectNames, ThatTheFileWouldChange_AreRefusedAndNothingIsWritten)
     for (const char* table : {"FLT_FILE_TABLE", "FLT_TABLE", "TRANSITION_TABLE"}) EXPECT_EQ(Count(table), "0") << table;
 }
 
+// Its substitute is the name of another one.
+TEST_F(DBToolsEffectNames, ThatTheFileWouldChange_TakeNoOtherRecordAlong) {
+    for (const bool bShortcuts : {true, false}) {
+        m_tools->SetShortcuts(bShortcuts);
+        ASSERT_TRUE(m_tools->SaveFilterFile(MakeFile("a\xEF\xBF\xBD.so", {1})));
+        ASSERT_TRUE(m_tools->SaveTransition(MakeTransition("a\xEF\xBF\xBD.so", 2)));
+        ASSERT_TRUE(m_tools->SaveFilterFile(MakeFile("b.so", {3})));
+        ASSERT_TRUE(m_tools->SaveTransition(MakeTransition("b.so", 4)));
+        EXPECT_TRUE(m_tools->DeleteFilterFile("a\xFF.so"));
+        EXPECT_TRUE(m_tools->DeleteTransitionFile("a\xFF.so"));
+        EXPECT_TRUE(m_tools->DeleteFilterFiles(std::vector{MakeFile("a\xFF.so", {}), MakeFile("b.so", {})}));
+        EXPECT_TRUE(
+            m_tools->DeleteTransitionFiles(std::vector{MakeTransition("a\xFE.so", 2), MakeTransition("b.so", 4)}));
+        EXPECT_TRUE(m_tools->DeleteFilterFiles(std::vector{MakeFile("a\xFF.so", {}), MakeFile("a\xFE.so", {})}));
+        ASSERT_EQ(Files().size(), 1u);
+        EXPECT_EQ(Files()[0].filters.size(), 1u);
+        EXPECT_EQ(AllTransitions().size(), 1u);
+    }
+}
+
 TEST_F(DBToolsEffectNames, OfOtherCharacters_AreKept) {
     for (const char* name : {"/fx/\xF0\x9F\x8E\x9E.so", "\xEF\xBF\xBD", "\xE2\x82\xAC", "a\x01", ""}) {
         ASSERT_TRUE(m_tools->SaveFilterFile(MakeFile(name, {1}))) << name;

@@ -93,6 +93,20 @@ TEST_F(Story, ItemsKeepTheOrderTheyWereGiven) {
     EXPECT_EQ(Tree(), "Clips( a b c ) ");
 }
 
+// Kept: new ones are numbered by how many there are, and removals leave the numbers of the others.
+TEST_F(Story, WhatIsAddedAfterARemovalMayStandFurtherAheadAfterTheNextLoad) {
+    for (const char* name : {"A", "B", "C"}) ASSERT_NE(MakeFolder("Clips", name), nullptr);
+    const GUID first = AddItem("a")->GetUniqueID(), second = AddItem("b")->GetUniqueID();
+    AddItem("c");
+    for (const char* name : {"Clips\\A", "Clips\\B"}) ASSERT_EQ(Manager::fnDeleteFolder(ToHandle(Folder(name))), 1);
+    Manager::fnDeleteItem(ToHandle(m_pClips), {first, second}, 1);
+    ASSERT_NE(MakeFolder("Clips", "D"), nullptr);
+    AddItem("d");
+    EXPECT_EQ(Tree(), "Clips( c d C( ) D( ) ) ");
+    Restart();
+    EXPECT_EQ(Tree(), "Clips( d c D( ) C( ) ) ");
+}
+
 TEST_F(Story, AFolderMovesToAnotherParentWithEverythingInIt) {
     CQFolder* const pRain = MakeFolder("Clips", "Rain");
     CQFolder* const pWeather = MakeFolder("", "Weather");

@@ -244,6 +244,24 @@ TEST_F(EffectsScan, ARecordThatCannotBeStoredFailsTheScanAndTheNextOneMendsIt) {
     EXPECT_THAT(Listed(), ElementsAre("Light\\Glow", "Wipes\\Wipe"));
 }
 
+TEST_F(EffectsScan, WhatIsLeftOfAnEffectThatCannotBeStoredIsTold) {
+    const std::string wipe = Plugin("wipe.so", "transition Wipe\n");
+    Scan();
+    const std::string fade = Plugin("fade.so", "transition Fade\n");
+    const std::string glow = Plugin("glow.so", "filter Glow\n");
+    RefuseWrites(Database(), "TRANSITION_TABLE");
+    RawDb(Database())
+        .Exec(
+            "create trigger keep before insert on ITEM_TABLE when new.ITEM_NAME = 'Glow' "
+            "begin select raise(abort, 'kept'); end");
+    const QfcResult result = Qfc({"effects", "scan", m_plugins.Path()});
+    EXPECT_EQ(result.exit, 1);
+    const std::string refused = ": cannot be stored in the library";
+    EXPECT_THAT(result.err,
+                HasSubstr(fade + refused + "; Fades\\Fade stands there without its parameters, scan again\n"));
+    EXPECT_THAT(result.err, HasSubstr(glow + refused + "; the new folder Light is empty\n"));
+}
+
 TEST_F(EffectsScan, KilledAtAnyMoment_TheNextScanMakesItWhole) {
     Names names;
     for (int i = 0; i < 6; ++i) {

@@ -141,10 +141,44 @@ TEST_F(CommandsGalleries, AGalleryWithoutAFolder_IsInNobodysWayAndCanBeRemoved) 
 TEST_F(CommandsGalleries, AGalleryThatLostItsFolderOnly_IsNotPassedOverAndNotRemoved) {
     Done({"import", Image("a.ppm"), "--folder", "A"});
     RawDb(Database()).Exec("delete from FOLDER_TABLE where PARENT_ID = -1");
-    const std::string before = ReadFile(Database());
-    EXPECT_EQ(Refused({"find", "a"}), "qfc: cannot load the gallery 1\n");
-    EXPECT_EQ(Refused({"gallery", "rm", "Media"}), "qfc: cannot load the gallery Media\n");
-    EXPECT_EQ(ReadFile(Database()), before);
+    for (const char* damage : {"", "update RELATION_TABLE set PARENT_ID = 1; delete from FOLDER_TABLE"}) {
+        RawDb(Database()).Exec(damage);  // Folders below it, then items in it.
+        const std::string before = ReadFile(Database());
+        EXPECT_EQ(Refused({"find", "a"}), "qfc: cannot load the gallery 1\n");
+        EXPECT_EQ(Refused({"gallery", "rm", "Media"}), "qfc: cannot load the gallery Media\n");
+        EXPECT_EQ(ReadFile(Database()), before);
+    }
+}
+
+// Below that number stand the folders of all galleries, and none of them is this one's.
+TEST_F(CommandsGalleries, AGalleryWhoseFolderIsNoRowNumber_IsInNobodysWay) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    for (const char* root : {"-1", "NULL", "'abc'", "99999999999", "x'00'"}) {
+        RawDb(Database()).Exec(std::string("insert into GALLERY_TABLE values(105, ") + root + ")");
+        EXPECT_EQ(Qfc({"find", "a"}).exit, 0) << root;
+        EXPECT_EQ(Qfc({"tag", "list"}).exit, 1) << root;  // There are none.
+        EXPECT_NE(Refused({"gallery", "rm", "105"}).find("cannot remove the gallery 105"), std::string::npos) << root;
+        RawDb(Database()).Exec("delete from GALLERY_TABLE where GALLERY_FOLDER_ID = 105");
+    }
+}
+
+// Every row of the id would go, and with them the only way to the folders of the others.
+TEST_F(CommandsGalleries, AGalleryThatIsStoredTwice_IsNotRemoved) {
+    Done({"gallery", "create", "Own"});
+    Done({"import", Image("a.ppm"), "--folder", "H", "--gallery", "Own"});
+    const std::string first =
+        RawDb(Database()).Cell("select GALLERY_ID from GALLERY_TABLE where GALLERY_FOLDER_ID = 100");
+    for (const char* other : {"999", "(select ID from FOLDER_TABLE where FOLDER_NAME = 'H')"}) {
+        for (const char* before : {"", "-"}) {
+            RawDb(Database())
+                .Exec(
+                    "delete from GALLERY_TABLE where GALLERY_FOLDER_ID = 100; insert into GALLERY_TABLE values(100, " +
+                    (*before != '\0' ? other : first) + "), (100, " + (*before != '\0' ? first : other) + ")");
+            const std::string file = ReadFile(Database());
+            EXPECT_EQ(Refused({"gallery", "rm", "100"}), "qfc: the id 100 is stored 2 times; check lists it\n");
+            EXPECT_EQ(ReadFile(Database()), file);
+        }
+    }
 }
 
 // As "clear" does.

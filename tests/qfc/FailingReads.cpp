@@ -1,5 +1,5 @@
-// Loaded into the program before all else: one read of a file fails, counted from the first write to it. The
-// environment names the file, the number of the read, and a file that is made when it was that read's turn.
+// Loaded into the program before all else: one read of a file fails, counted from the first write to it, or from the
+// start. The environment names the file, the number of the read, and a file that is made when it was that read's turn.
 #include <atomic>
 #include <cerrno>
 #include <climits>
@@ -25,7 +25,8 @@ bool IsTheFile(int file) {
 }
 
 bool IsItsTurn(int file) {
-    if (!g_isWritten || !IsTheFile(file)) return false;
+    const bool isCounted = g_isWritten || std::getenv("QFC_FAILING_READS_FROM_START") != nullptr;
+    if (!isCounted || !IsTheFile(file)) return false;
     const char* const number = std::getenv("QFC_FAILING_READ");
     if (number == nullptr || ++g_reads != std::atol(number)) return false;
     if (const char* const mark = std::getenv("QFC_FAILING_READ_MARK")) close(open(mark, O_CREAT | O_WRONLY, 0600));

@@ -25,6 +25,7 @@ void MakeReadFail(const FailingRead& read) {
     setenv("QFC_FAILING_READS_OF", read.file.c_str(), 1);
     setenv("QFC_FAILING_READ", std::to_string(read.number).c_str(), 1);
     setenv("QFC_FAILING_READ_MARK", read.mark.c_str(), 1);
+    if (read.fromStart) setenv("QFC_FAILING_READS_FROM_START", "1", 1);
     setenv("LD_PRELOAD", QFC_FAILING_READS, 1);
     // The sanitizer wants to be the first of all libraries; what stands before it replaces four calls only.
     const char* const options = std::getenv("ASAN_OPTIONS");

@@ -14,11 +14,13 @@ struct QfcResult {
     std::string err;
 };
 
-// The read of a file that fails, counted from the first write to it. When it was its turn there is a file at mark.
+// The read of a file that fails, counted from the first write to it or from the start. When it was its turn there is a
+// file at mark.
 struct FailingRead {
     std::string file;
     int number = 1;
     std::string mark;
+    bool fromStart = false;
 };
 
 // Under which conditions the program runs.

@@ -24,11 +24,24 @@ protected:
     // read fails.
     void WithEachFailingRead(const std::vector<std::string>& arguments,
                              const std::function<void(const QfcResult&)>& look, int step = 1, int exit = 0) const {
+        WithEachFailingRead(arguments, look, step, exit, false);
+    }
+    // The same from the start on: reads that a change is decided by.
+    void WithEachFailingReadFromTheStart(const std::vector<std::string>& arguments,
+                                         const std::function<void(const QfcResult&)>& look) const {
+        WithEachFailingRead(arguments, look, 1, 0, true);
+    }
+
+private:
+    void WithEachFailingRead(const std::vector<std::string>& arguments,
+                             const std::function<void(const QfcResult&)>& look, int step, int exit,
+                             bool fromStart) const {
         int failed = 0;
         for (QfcWorld world;; failed += step) {
             std::filesystem::copy_file(Kept(), this->Database(), std::filesystem::copy_options::overwrite_existing);
             std::filesystem::remove(this->m_folder / "mark");
-            world.failingRead = {std::filesystem::canonical(this->Database()), failed + 1, this->m_folder / "mark"};
+            world.failingRead = {std::filesystem::canonical(this->Database()), failed + 1, this->m_folder / "mark",
+                                 fromStart};
             const QfcResult result = this->Qfc(arguments, world);
             SCOPED_TRACE("read " + std::to_string(failed + 1) + ": " + result.out + result.err);
             const bool hasFailed = std::filesystem::exists(this->m_folder / "mark");
@@ -41,7 +54,6 @@ protected:
         EXPECT_GT(failed, 0);
     }
 
-private:
     std::string Kept() const { return this->m_folder / "before.db"; }
 };
 

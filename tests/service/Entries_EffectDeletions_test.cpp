@@ -89,6 +89,24 @@ TEST_F(EntriesEffects, Deleting_WhatTheStoreRefuses_ChangesNothing) {
     EXPECT_NE(Folder("More"), nullptr);  // Nothing was pruned either.
 }
 
+// Kept: as with fnDeleteFolder.
+TEST_F(EntriesEffects, Deleting_AnswersOneAlsoWhenAnEmptyFolderStaysStored) {
+    const GUID filter = AddFilter("Glow", "More");
+    const GUID transition = AddTransition("Fade", "Clips");
+    RawDb(DatabaseFile())
+        .Exec("create trigger keep before delete on FOLDER_TABLE begin select raise(abort, 'kept'); end");
+    EXPECT_EQ(Manager::fnDeleteFilter({MakeFilterFile("Glow.so", {filter})}, m_hMedia), 1);
+    EXPECT_EQ(Folder("More"), nullptr);
+    EXPECT_EQ(Manager::fnDeleteTransition({MakeTransitionRecord("Fade.so", transition)}, m_hMedia), 1);
+    EXPECT_EQ(Folder("Clips"), nullptr);
+    EXPECT_TRUE(FilterFiles().empty());
+    EXPECT_TRUE(TransitionRecords().empty());
+    EXPECT_EQ(CountRows("ITEM_TABLE"), 0);
+    Restart();
+    EXPECT_NE(Folder("More"), nullptr);
+    EXPECT_NE(Folder("Clips"), nullptr);
+}
+
 TEST_F(EntriesEffects, DeleteOperations_WithoutGalleryRecordsOrDatabase_Fail) {
     const std::vector<DS_Filter_File_Record> files{MakeFilterFile("a.so", {})};
     const std::vector<DS_Transition_Record> transitions;

@@ -22,10 +22,6 @@ Json EffectJson(const EffectOutcome& outcome) {
             {"file", outcome.file}};
 }
 
-std::string PathOf(const EffectOutcome& outcome) {
-    return outcome.folder + (outcome.folder.empty() ? "" : "\\") + outcome.name;
-}
-
 Json AsJson(const ScanResult& result) {
     Json json{{"added", Json::array()}, {"updated", Json::array()}, {"moved", Json::array()}};
     for (const ScannedEffect& done : result.done) json[done.what].push_back(EffectJson(done.outcome));
@@ -82,6 +78,10 @@ bool IsSound(const ScanResult& result) {
 }
 
 }  // namespace
+
+std::string PathOf(const EffectOutcome& outcome) {
+    return outcome.folder + (outcome.folder.empty() ? "" : "\\") + outcome.name;
+}
 
 int ReportScan(const ScanResult& result, const Console& console) {
     console.ShowJson(AsJson(result));

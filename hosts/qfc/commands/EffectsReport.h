@@ -29,6 +29,9 @@ struct ScanResult {
     bool isInterrupted = false;
 };
 
+// Of the item, as shown.
+std::string PathOf(const EffectOutcome& outcome);
+
 // Tells it, and gives the exit code.
 int ReportScan(const ScanResult& result, const Console& console);
 

@@ -221,11 +221,17 @@ private:
         m_result.notLast = VerifyEffects(m_galleries, outcomes);
         for (const EffectOutcome& outcome : outcomes) {
             if (outcome.isStored == false) {
-                NoteRefused(outcome.file);
+                NoteRefused(outcome.file, "cannot be stored in the library" + RestOf(outcome));
             } else {
                 (outcome.isStored ? m_result.done : m_result.unseen).push_back({outcome, m_whats[outcome.guid]});
             }
         }
+    }
+
+    // What there is of an effect that is not stored.
+    static std::string RestOf(const EffectOutcome& outcome) {
+        if (outcome.isItemLeft) return "; " + PathOf(outcome) + " stands there without its parameters, scan again";
+        return outcome.isFolderLeft ? "; the new folder " + outcome.folder + " is empty" : "";
     }
 
     void NoteRefused(const std::string& path, const std::string& reason = "cannot be stored in the library") {

@@ -57,7 +57,8 @@ int Run(const RemoveFolderOptions& options, const Console& console) {
                       {"itemsBefore", done.itemsBefore},
                       {"itemsInFolder", done.itemsPlaced},
                       {"linksLeft", !done.links.stored.empty()},
-                      {"linksUnseen", !done.links.unseen.empty()}});
+                      {"linksUnseen", !done.links.unseen.empty()},
+                      {"interrupted", done.IsInterrupted()}});
     return done.IsDone() ? kDone : kFailed;
 }
 

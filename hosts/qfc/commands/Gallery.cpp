@@ -218,6 +218,11 @@ int Run(const GalleryRemoveOptions& options, const Console& console) {
     const Session session;
     Galleries galleries(session);
     const GalleryName wanted = galleries.Resolve(options.gallery);
+    // All of them would go, but the folders of the first alone.
+    if (const std::size_t rows = galleries.CountRows(wanted.id); rows > 1) {
+        throw Failure("the id " + std::to_string(wanted.id) + " is stored " + std::to_string(rows) +
+                      " times; check lists it");
+    }
     if (galleries.IsWithoutFolder(wanted.id)) return RemoveRow(galleries, wanted, console);
     CQGallery* gallery = galleries.Find(options.gallery);
     if (gallery == nullptr) throw Failure("the gallery " + options.gallery + " is not stored");

@@ -66,6 +66,7 @@ public:
         if (!m_plan.already.empty()) summary += ", " + std::to_string(m_plan.already.size()) + " there already";
         if (!m_broken.empty()) summary += ", " + std::to_string(m_broken.size()) + " not readable";
         if (!m_refused.empty()) summary += ", " + std::to_string(m_refused.size()) + " not stored";
+        if (!m_unseen.empty()) summary += ", " + std::to_string(m_unseen.size()) + " not seen";
         if (!m_remembered.empty()) summary += ", " + std::to_string(m_remembered.size()) + " imported before";
         if (m_skipped > 0) summary += ", " + std::to_string(m_skipped) + " no media";
         if (m_interrupt.IsRaised()) {
@@ -75,8 +76,8 @@ public:
         }
         // Broken files are the files' fault; what could not be stored is ours.
         const bool useful = !m_added.empty() || !m_plan.already.empty() || !m_remembered.empty();
-        if (!useful && m_refused.empty()) m_console.Complain("nothing to import");
-        const bool isWhole = m_refused.empty() && m_forgotten.empty() && m_notLast.empty();
+        if (!useful && m_refused.empty() && m_unseen.empty()) m_console.Complain("nothing to import");
+        const bool isWhole = m_refused.empty() && m_unseen.empty() && m_forgotten.empty() && m_notLast.empty();
         return useful && isWhole && !m_interrupt.IsRaised() ? kDone : kFailed;
     }
 
@@ -86,21 +87,27 @@ private:
     void LeaveOutRemembered() {
         if (!m_isAutomatic) return;
         std::erase_if(m_plan.files, [&](const ImportPlan::File& file) {
-            if (!QFCLibraryManager::fnIsItemInAutoLoadedByPathTable(file.path.c_str(), m_gallery.GetDBId()))
-                return false;
+            if (!IsRemembered(file.path)) return false;
             m_remembered.push_back(file.path);
             return true;
         });
         for (const std::string& path : m_remembered) Tell("imported before: " + path);
     }
 
+    // The library says no as well when it cannot look: it is asked twice, so that what kept it from looking may pass.
+    bool IsRemembered(const std::string& path) const {
+        const auto ask = [&] {
+            return QFCLibraryManager::fnIsItemInAutoLoadedByPathTable(path.c_str(), m_gallery.GetDBId()) != 0;
+        };
+        return ask() || ask();
+    }
+
     // Only what is stored: a file that was remembered too early would be lost.
     void Remember(const std::string& path) {
         if (!m_isAutomatic) return;
-        const int root = m_gallery.GetDBId();
-        if (QFCLibraryManager::fnIsItemInAutoLoadedByPathTable(path.c_str(), root)) return;
-        QFCLibraryManager::fnAddItemIntoAutoLodedByPathTable(path.c_str(), root);
-        if (QFCLibraryManager::fnIsItemInAutoLoadedByPathTable(path.c_str(), root)) return;
+        if (IsRemembered(path)) return;
+        QFCLibraryManager::fnAddItemIntoAutoLodedByPathTable(path.c_str(), m_gallery.GetDBId());
+        if (IsRemembered(path)) return;
         m_forgotten.push_back(path);
         m_progress.Clear();
         m_console.Complain(path + ": cannot be remembered in the library");
@@ -148,7 +155,7 @@ private:
     void Collect(AddQueue& queue) {
         for (const AddQueue::Outcome& outcome : queue.TakeOutcomes()) {
             if (!outcome.stored) {
-                NoteRefused(outcome.file, "the library cannot be looked at; it may be stored");
+                NoteUnseen(outcome.file);
                 continue;
             }
             if (!*outcome.stored) {
@@ -176,6 +183,12 @@ private:
         m_console.Complain(path + ": " + reason);
     }
 
+    void NoteUnseen(const std::string& path) {
+        m_unseen.push_back(path);
+        m_progress.Clear();
+        m_console.Complain(path + ": the library cannot be looked at; it may be stored");
+    }
+
     void NoteOrder(const std::string& what, const std::string& path) {
         m_notLast.push_back(path);
         m_progress.Clear();
@@ -198,6 +211,7 @@ private:
         }
         for (const auto& broken : m_broken) json["broken"].push_back({{"file", broken.path}, {"error", broken.text}});
         json["notStored"] = m_refused;
+        json["unseen"] = m_unseen;
         json["notLast"] = m_notLast;
         if (m_isAutomatic) json["importedBefore"] = m_remembered;
         if (m_isAutomatic) json["notRemembered"] = m_forgotten;
@@ -216,6 +230,7 @@ private:
     std::vector<AddQueue::Outcome> m_added;
     std::vector<WalkProblem> m_broken;
     std::vector<std::string> m_refused;
+    std::vector<std::string> m_unseen;      // Nobody knows whether they are stored.
     std::vector<std::string> m_notLast;     // Folders with items, or folders, whose stored order is another one.
     std::vector<std::string> m_remembered;  // Left out.
     std::vector<std::string> m_forgotten;   // Stored, but not remembered.

@@ -24,8 +24,6 @@
 namespace qfc::host {
 namespace {
 
-constexpr const char* kUnseen = "the library cannot be looked at; it may have come";
-
 // Brings another library into this one and keeps what came of it.
 class LibraryImport {
 public:
@@ -54,21 +52,23 @@ public:
                             {"tagsMade", m_tags.Made()},
                             {"tagged", m_tags.Tagged()},
                             {"failed", m_failed},
+                            {"unseen", m_unseen},
                             {"interrupted", m_interrupt.IsRaised()}});
         const std::string summary =
             Counted(m_added.size(), "item") + " added, " + std::to_string(m_already.size()) + " there already, " +
             (m_elsewhere.empty() ? "" : std::to_string(m_elsewhere.size()) + " elsewhere, ") +
             Counted(m_foldersMade.size(), "folder") + " made, " + Counted(m_tags.Made().size(), "tag") + " made, " +
-            Counted(m_tags.Tagged().size(), "item") + " tagged";
+            Counted(m_tags.Tagged().size(), "item") + " tagged" +
+            (m_unseen.empty() ? "" : ", " + std::to_string(m_unseen.size()) + " not seen");
         if (m_interrupt.IsRaised()) {
             m_console.Complain("interrupted: " + summary);
         } else {
             m_console.Say(summary);
         }
         const bool useful = !m_added.empty() || !m_already.empty() || !m_foldersMade.empty() || !m_tags.Made().empty();
-        if (!useful && m_failed.empty() && m_elsewhere.empty() && !m_interrupt.IsRaised())
-            m_console.Complain("nothing to import");
-        return useful && m_failed.empty() && m_elsewhere.empty() && !m_interrupt.IsRaised() ? kDone : kFailed;
+        const bool isWhole = m_failed.empty() && m_unseen.empty() && m_elsewhere.empty() && !m_interrupt.IsRaised();
+        if (!useful && isWhole) m_console.Complain("nothing to import");
+        return useful && isWhole ? kDone : kFailed;
     }
 
 private:
@@ -104,7 +104,7 @@ private:
 
     void TakeGallery(CQGallery& from, CQGallery& to) {
         const std::vector<CQFolder*> folders = WholeTree(from);
-        NoteUnseen(folders, to);
+        NoteTooDeep(folders, to);
         std::map<const CQFolder*, std::vector<std::string>> paths;
         FolderMaker maker(to, FolderMaker::Names::kStored);
         Progress progress(stdout, folders.size() - 1, m_console.IsJson() || m_console.IsQuiet());
@@ -114,11 +114,8 @@ private:
             path.push_back(ComponentOf(*folder));
             paths[folder] = path;
             progress.Step(path.back());
-            RestoreTrusty(*folder);
-            const FolderMaker::Marks marks{folder->GetAdopt(), folder->GetTrusty(), folder->GetExtra(),
-                                           folder->GetFolderID()};
             std::string why;
-            CQFolder* target = MakeFolder(maker, path, marks, why);
+            CQFolder* target = MakeFolder(maker, path, *folder, why);
             progress.Clear();
             if (target == nullptr) NoteFailed(NameIn(to, PathOf(*folder)), why);
             TakeItems(*folder, target, to);
@@ -131,17 +128,18 @@ private:
     }
 
     // Null when it cannot be made; the other folders come all the same.
-    static CQFolder* MakeFolder(FolderMaker& maker, const std::vector<std::string>& path,
-                                const FolderMaker::Marks& marks, std::string& why) {
+    static CQFolder* MakeFolder(FolderMaker& maker, const std::vector<std::string>& path, CQFolder& from,
+                                std::string& why) {
         try {
-            return maker.Make(path, marks);
+            if (!RestoreTrusty(from)) throw Failure("it cannot be read there");
+            return maker.Make(path, {from.GetAdopt(), from.GetTrusty(), from.GetExtra(), from.GetFolderID()});
         } catch (const Failure& failure) {
             why = failure.what();
             return nullptr;
         }
     }
 
-    void NoteUnseen(const std::vector<CQFolder*>& folders, const CQGallery& to) {
+    void NoteTooDeep(const std::vector<CQFolder*>& folders, const CQGallery& to) {
         for (const UnseenFolders& unseen : m_other.Unseen(folders)) {
             const std::string what = Counted(unseen.folders, "folder") + " with " + Counted(unseen.items, "item") +
                                      " below #" + std::to_string(unseen.above->GetDBId()) + " there";
@@ -185,11 +183,9 @@ private:
         target.AddItemFromImportLib(&item);
         CQItem* taken = nullptr;
         const bool found = target.IsItemInFolder(&target, &item, taken, 0) != 0 && taken != nullptr;
-        if (found && HoldsItem(target, taken->GetUniqueID())) {
-            m_taken.push_back({name, taken->GetUniqueID(), &item, taken});
-        } else {
-            NoteFailed(name);
-        }
+        const auto isHeld = found ? HoldsItem(target, taken->GetUniqueID()) : false;
+        if (isHeld == false) NoteFailed(name);
+        if (isHeld != false) m_taken.push_back({name, taken->GetUniqueID(), &item, taken});
         // Both copies would otherwise stay in memory until the end.
         if (found) ReleasePayloads(*taken);
         ReleasePayloads(item);
@@ -200,12 +196,16 @@ private:
         if (m_taken.empty()) return;
         const auto stored = StoredItemSet(*target.GetDBTools(), target.GetDBId());
         for (const Taken& taken : m_taken) {
-            if (!stored || !stored->contains(taken.guid)) {
-                NoteFailed(taken.name, stored ? "" : kUnseen);
-                continue;
+            const bool isPlaced = stored && stored->contains(taken.guid);
+            const auto isStored = isPlaced ? IsItemStored(*target.GetDBTools(), taken.guid) : std::nullopt;
+            if (isStored == true) {
+                m_tags.Note(*taken.from, *taken.item, taken.name);
+                NoteAdded(taken.name, taken.guid);
+            } else if (isStored == false || (stored && !isPlaced)) {
+                NoteFailed(taken.name);
+            } else {
+                NoteUnseen(taken.name);
             }
-            m_tags.Note(*taken.from, *taken.item, taken.name);
-            NoteAdded(taken.name, taken.guid);
         }
         m_taken.clear();
         if (MendItemOrder(target)) return;
@@ -255,8 +255,10 @@ private:
         const auto isPlaced = IsPlaced(tools, row, guid);
         if (isPlaced == true) {
             NoteAdded(waiting.name, guid);
+        } else if (isPlaced == false) {
+            NoteFailed(waiting.name);
         } else {
-            NoteFailed(waiting.name, isPlaced ? "" : kUnseen);
+            NoteUnseen(waiting.name);
         }
     }
 
@@ -293,11 +295,7 @@ private:
 
     // Last, since an item may carry tags of any gallery.
     void TakeTags() {
-        try {
-            m_tags.Take([&] { return m_interrupt.IsRaised(); });
-        } catch (const Failure& failure) {
-            NoteFailed("all tags", failure.what());
-        }
+        m_tags.Take([&] { return m_interrupt.IsRaised(); });
         for (const std::string& name : m_tags.Made()) m_console.Say("made the tag " + name);
         for (const std::string& name : m_tags.Tagged()) m_console.Say("tagged " + name);
         for (const std::string& name : m_tags.Failed()) NoteFailed(name);
@@ -306,6 +304,11 @@ private:
     void NoteFailed(const std::string& name, const std::string& why = {}) {
         m_failed.push_back(name);
         m_console.Complain("cannot bring in " + name + (why.empty() ? "" : ": " + why));
+    }
+
+    void NoteUnseen(const std::string& name) {
+        m_unseen.push_back(name);
+        m_console.Complain("cannot tell whether " + name + " came: the library cannot be looked at");
     }
 
     struct Taken {
@@ -325,6 +328,7 @@ private:
     std::set<GUID> m_inPlace;  // Items that stand here in a place that the other library has them in.
     std::vector<Json> m_elsewhere;
     std::vector<std::string> m_foldersMade, m_added, m_already, m_failed;
+    std::vector<std::string> m_unseen;  // Nobody knows whether they came.
 };
 
 }  // namespace

@@ -36,7 +36,7 @@ void RefuseItemTarget(CQGallery& gallery, CQFolder& target, const CQItem& item) 
 
 bool AddPlacement(CQGallery& gallery, CQFolder& target, CQItem& item) {
     QFCLibraryManager::fnAddItem(ToHandle(&gallery), {ToCString(StoredPathOf(target))}, &item);
-    return HoldsItem(target, item.GetUniqueID()) &&
+    return HoldsItem(target, item.GetUniqueID()) == true &&
            IsPlaced(*gallery.GetDBTools(), target.GetDBId(), item.GetUniqueID()) == true;
 }
 

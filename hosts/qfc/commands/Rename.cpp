@@ -62,7 +62,7 @@ Json RenameItem(const FoundItem& found, const std::string& name) {
 Json RenameFolder(CQFolder& folder, const std::string& name) {
     RefuseFolderClash(*folder.GetParent(), folder, name);
     if (folder.GetDBId() == -1) throw Failure(PathOf(folder) + " is not stored in the library");
-    RestoreTrusty(folder);
+    if (!RestoreTrusty(folder)) throw Failure("cannot read the folder " + PathOf(folder));
     const auto write = [&](const std::string& text) {
         QFCLibraryManager::fnUpdateFolder(ToHandle(&folder), ToCString(text), folder.GetAdopt(), folder.GetTrusty(),
                                           folder.GetExtra());

@@ -22,22 +22,24 @@ void StoreItemOrder(CQFolder& folder) {
     auto stored = StoredItems(*folder.GetDBTools(), folder.GetDBId());
     // A damaged library may place items that do not exist; the tree leaves them out.
     const auto unknown = [&](const GUID& guid) { return std::ranges::find(wanted, guid) == wanted.end(); };
-    if (stored) std::erase_if(*stored, unknown);
-    if (stored != wanted) {
-        throw Failure("cannot store the order of " + PathOf(folder));
-    }
+    if (!stored) throw Failure("cannot tell whether the order of " + PathOf(folder) + " is stored");
+    std::erase_if(*stored, unknown);
+    if (stored != wanted) throw Failure("cannot store the order of " + PathOf(folder));
 }
 
 void StoreFolderOrder(CQFolder& parent) {
     const std::vector<CQFolder*> folders = SubFolders(parent);
     for (std::size_t i = 0; i < folders.size(); ++i) folders[i]->SetIndex(static_cast<int>(i) + 1);
     // The whole tree below is written.
-    for (CQFolder* folder : WholeTree(parent)) RestoreTrusty(*folder);
+    for (CQFolder* folder : WholeTree(parent)) {
+        if (!RestoreTrusty(*folder)) throw Failure("cannot read the folder " + PathOf(*folder));
+    }
     parent.UpdateSubFolderIndexDB();
     for (const CQFolder* folder : folders) {
         const auto stored = LoadStoredFolder(*parent.GetDBTools(), folder->GetDBId());
-        const bool seen = stored && stored->index == folder->GetIndex();
-        if (folders.size() > 1 && !seen) throw Failure("cannot store the place of " + PathOf(*folder));
+        if (folders.size() < 2 || (stored && stored->index == folder->GetIndex())) continue;
+        if (stored) throw Failure("cannot store the place of " + PathOf(*folder));
+        throw Failure("cannot tell whether the place of " + PathOf(*folder) + " is stored");
     }
 }
 

@@ -85,13 +85,17 @@ void AddQueue::LookAtPlacements(std::vector<Outcome>& outcomes) {
     std::map<int, std::optional<std::set<GUID>>> folders;
     m_rowsRead = 0;
     for (Outcome& outcome : outcomes) {
-        if (outcome.stored != true) continue;
+        if (outcome.stored == false) continue;
         const auto [folder, isNew] = folders.try_emplace(outcome.folderRow);
         if (isNew) {
             folder->second = StoredItemSet(*m_gallery.GetDBTools(), outcome.folderRow);
             m_rowsRead += folder->second ? folder->second->size() : 0;
         }
-        outcome.stored = folder->second ? std::optional(folder->second->contains(outcome.guid)) : std::nullopt;
+        if (folder->second && !folder->second->contains(outcome.guid)) {
+            outcome.stored = false;
+        } else if (!folder->second || !outcome.stored) {
+            outcome.stored = folder->second ? IsItemStored(*m_gallery.GetDBTools(), outcome.guid) : std::nullopt;
+        }
     }
 }
 

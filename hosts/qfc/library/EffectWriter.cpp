@@ -87,13 +87,6 @@ bool StandsIn(CQFolder& folder, const CQItem& item) {
     return std::find(items.rbegin(), items.rend(), &item) != items.rend();
 }
 
-// The gallery knows the item there, and the database has it.
-std::optional<bool> IsHeld(CQFolder& folder, const GUID& guid) {
-    const std::vector<CQFolder*> holders = FoldersOf(*static_cast<CQGallery*>(folder.GetRoot()), guid);
-    if (std::ranges::find(holders, &folder) == holders.end()) return false;
-    return IsItemStored(*folder.GetDBTools(), guid);
-}
-
 // Waits until the library has run everything that was queued before.
 void AwaitQueuedWork() {
     // Without a gallery this changes nothing, and it runs behind all ordinary work.
@@ -130,6 +123,7 @@ void EffectWriter::Add(const EffectSource& source, const std::vector<std::string
     Pending pending;
     pending.outcome = OutcomeOf(source);
     pending.item = MakeEffectItem(source);
+    const std::size_t foldersBefore = shelf.folders->Made().size();
     pending.folder = pending.item != nullptr ? shelf.folders->Make(folder) : nullptr;
     if (pending.folder == nullptr) {
         m_outcomes.push_back(pending.outcome);
@@ -139,6 +133,7 @@ void EffectWriter::Add(const EffectSource& source, const std::vector<std::string
     pending.outcome.name = ToText(pending.item->GetItemName());
     pending.outcome.folder = JoinPath(folder);
     pending.outcome.folderRow = pending.folder->GetDBId();
+    pending.outcome.isFolderNew = shelf.folders->Made().size() > foldersBefore;
     if (!QueueAdd(source, *shelf.gallery, shelf.folders->StoredPath(*pending.folder), *pending.item)) {
         m_outcomes.push_back(pending.outcome);
         return;
@@ -200,7 +195,7 @@ void EffectWriter::Conclude(Pending& pending) {
     if (StandsIn(*pending.folder, *pending.item)) {
         ReleasePayloads(*pending.item);
         static_cast<void>(pending.item.release());  // The gallery's now.
-        pending.outcome.isStored = IsHeld(*pending.folder, pending.outcome.guid);
+        pending.outcome.isStored = HoldsItem(*pending.folder, pending.outcome.guid);
     }
     m_outcomes.push_back(pending.outcome);
 }

@@ -26,6 +26,10 @@ struct EffectOutcome {
     std::string name;
     std::string folder;  // Path, as shown.
     int folderRow = -1;  // -1 when it stayed where it was.
+    bool isFolderNew = false;
+    // Of one that is not stored:
+    bool isItemLeft = false;    // Its item stands in the folder, without the record.
+    bool isFolderLeft = false;  // The new folder stands, and nothing is in it.
 };
 
 // Puts effects into the library: filters into the Filters gallery, transitions into the Transitions gallery, each item
@@ -87,9 +91,9 @@ private:
 };
 
 // Looks for what was stored: for the records, which no callback tells of, and for the placements, which are read once
-// for each folder. What is not there is no longer stored, and of what a look fails nobody knows. Gives new filters
-// their numbers behind the others of their folder; transitions have no stored order. No adds under way. Gives the paths
-// of folders whose stored order is another one afterwards. Throws nothing.
+// for each folder. What is not there is no longer stored, with what is left of it noted, and of what a look fails
+// nobody knows. Gives new filters their numbers behind the others of their folder; transitions have no stored order. No
+// adds under way. Gives the paths of folders whose stored order is another one afterwards. Throws nothing.
 std::vector<std::string> VerifyEffects(Galleries& galleries, std::vector<EffectOutcome>& outcomes);
 
 }  // namespace qfc::host

@@ -46,6 +46,19 @@ public:
         return Both(Both(isStored, hasBoth), IsPlacedThere(tools, outcome));
     }
 
+    // What is left of one that is not stored.
+    void LookForRest(EffectOutcome& outcome) {
+        CQGallery* gallery = GalleryOf(outcome);
+        if (gallery == nullptr || outcome.folderRow == -1) return;
+        DBTools& tools = *gallery->GetDBTools();
+        outcome.isItemLeft =
+            IsItemStored(tools, outcome.guid) == true && IsPlaced(tools, outcome.folderRow, outcome.guid) == true;
+        if (!outcome.isFolderNew || IsFolderStored(tools, outcome.folderRow) != true) return;
+        const auto items = StoredItems(tools, outcome.folderRow);
+        const auto folders = StoredSubFolders(tools, outcome.folderRow);
+        outcome.isFolderLeft = items && items->empty() && folders && folders->empty();
+    }
+
     std::vector<std::string> MendOrders(const std::vector<EffectOutcome>& outcomes) {
         std::set<CQFolder*> folders;
         for (const EffectOutcome& outcome : outcomes) {
@@ -94,7 +107,10 @@ private:
 std::vector<std::string> VerifyEffects(Galleries& galleries, std::vector<EffectOutcome>& outcomes) {
     if (outcomes.empty()) return {};
     Looking looking(galleries);
-    for (EffectOutcome& outcome : outcomes) outcome.isStored = looking.IsStored(outcome);
+    for (EffectOutcome& outcome : outcomes) {
+        outcome.isStored = looking.IsStored(outcome);
+        if (outcome.isStored == false) looking.LookForRest(outcome);
+    }
     return looking.MendOrders(outcomes);
 }
 

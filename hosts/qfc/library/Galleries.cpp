@@ -61,6 +61,12 @@ std::string LabelOf(const GalleryName& gallery) {
     return gallery.name.empty() ? std::to_string(gallery.id) : gallery.name;
 }
 
+std::vector<StoredGallery> StoredRows(DBTools* other = nullptr) {
+    std::vector<StoredGallery> rows;
+    if (!QFCLibraryManager::fnListGalleries(rows, other)) throw Failure("cannot list the galleries");
+    return rows;
+}
+
 [[noreturn]] void ThrowCannotLoad(const GalleryName& gallery) {
     throw Failure("cannot load the gallery " + LabelOf(gallery));
 }
@@ -81,8 +87,7 @@ std::vector<std::string> PredefinedNames() {
 bool IsOwnGallery(int id) { return !PredefinedName(id); }
 
 std::vector<GalleryName> Galleries::Stored(DBTools* other) {
-    std::vector<StoredGallery> rows;
-    if (!QFCLibraryManager::fnListGalleries(rows, other)) throw Failure("cannot list the galleries");
+    const std::vector<StoredGallery> rows = StoredRows(other);
     std::vector<GalleryName> galleries;
     for (const StoredGallery& row : rows) {
         const bool known = std::ranges::find(galleries, row.galleryId, &GalleryName::id) != galleries.end();
@@ -152,11 +157,15 @@ std::vector<CQGallery*> Galleries::All() {
     return galleries;
 }
 
+std::size_t Galleries::CountRows(int id) const {
+    return static_cast<std::size_t>(std::ranges::count(StoredRows(), id, &StoredGallery::galleryId));
+}
+
 bool Galleries::IsWithoutFolder(int id) const {
-    std::vector<StoredGallery> rows;
-    if (!QFCLibraryManager::fnListGalleries(rows)) throw Failure("cannot list the galleries");
+    const std::vector<StoredGallery> rows = StoredRows();
     const auto row = std::ranges::find(rows, id, &StoredGallery::galleryId);
     if (row == rows.end()) return false;
+    if (row->rootFolder < 0) return true;  // Every gallery's folder stands below that number, none in it.
     const ReadSession reader(LibraryPath());
     if (!reader.IsOpen()) return false;
     const auto folders = StoredSubFolders(reader.Tools(), row->rootFolder);

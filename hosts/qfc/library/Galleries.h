@@ -45,6 +45,8 @@ public:
     // Every stored gallery, loaded, but not those without a folder, which hold nothing. Throws Failure when one cannot
     // be loaded: nobody would know what it holds.
     std::vector<CQGallery*> All();
+    // How many rows the library has of the id; of several the first alone is reached.
+    std::size_t CountRows(int id) const;
     // The gallery's row names a folder that the database does not have, and nothing stands below or in that. Such a
     // gallery cannot be loaded.
     bool IsWithoutFolder(int id) const;

@@ -40,6 +40,12 @@ bool IsInOrder(const std::vector<StoredPlacement>& order) {
     return std::ranges::adjacent_find(order, std::greater_equal<>(), &StoredPlacement::number) == order.end();
 }
 
+// What keeps a look from seeing anything may have passed.
+std::optional<std::vector<StoredPlacement>> LookTwice(DBTools& tools, int folderRow) {
+    auto placements = StoredPlacements(tools, folderRow);
+    return placements ? std::move(placements) : StoredPlacements(tools, folderRow);
+}
+
 }  // namespace
 
 CQFolder& PlacementOf(const FoundItem& found) {
@@ -73,7 +79,7 @@ void RequireReachable(CQGallery& gallery, const CQFolder& folder) {
 }
 
 bool StoreFolder(CQFolder& folder) {
-    RestoreTrusty(folder);
+    if (!RestoreTrusty(folder)) return false;
     QFCLibraryManager::fnUpdateFolder(ToHandle(&folder), folder.GetFolderName(), folder.GetAdopt(), folder.GetTrusty(),
                                       folder.GetExtra());
     const auto stored = LoadStoredFolder(*folder.GetDBTools(), folder.GetDBId());
@@ -82,7 +88,7 @@ bool StoreFolder(CQFolder& folder) {
 
 bool MendItemOrder(CQFolder& folder) {
     DBTools& tools = *folder.GetDBTools();
-    const auto placements = StoredPlacements(tools, folder.GetDBId());
+    const auto placements = LookTwice(tools, folder.GetDBId());
     if (!placements) return false;
     std::vector<StoredPlacement> order = InTreeOrder(folder, *placements);
     if (IsInOrder(order)) return true;
@@ -92,7 +98,7 @@ bool MendItemOrder(CQFolder& folder) {
         order[i].number = order[i - 1].number + 1;
         if (!tools.ReOrderItemsDb(order[i].item, folder.GetDBId(), order[i].number)) return false;
     }
-    const auto stored = StoredPlacements(tools, folder.GetDBId());
+    const auto stored = LookTwice(tools, folder.GetDBId());
     return stored && IsInOrder(InTreeOrder(folder, *stored));
 }
 

@@ -37,22 +37,33 @@ Parts PartsOf(CQFolder& folder) {
     return parts;
 }
 
-// Why it was left at that; empty when all went. A folder whose row may stay keeps those above it: they would leave it
-// without a parent.
-std::string TakeFromBelow(DBTools& tools, CQFolder& folder, const RemovalStep& step, const std::atomic<bool>& stop) {
+constexpr const char* kInterrupted = "interrupted";
+
+// How far a removal went.
+struct Way {
+    std::string halt;         // Why it was left at that; empty when it went to its end.
+    std::set<int> untouched;  // Rows of the folders left alone.
+};
+
+// A folder whose row may stay keeps those above it: they would leave it without a parent.
+Way TakeFromBelow(DBTools& tools, CQFolder& folder, const RemovalStep& step, const std::atomic<bool>& stop) {
     std::vector<CQFolder*> tree = WholeTree(folder);
     std::ranges::reverse(tree);
+    Way way;
+    for (const CQFolder* each : tree) way.untouched.insert(each->GetDBId());
     for (CQFolder* each : tree) {
         const std::string path = PathOf(*each);
         const int row = each->GetDBId();
-        if (stop && each != tree.front()) return "interrupted";
+        if (stop && each != tree.front()) way.halt = kInterrupted;
+        if (!way.halt.empty()) break;
+        way.untouched.erase(row);
         step(path);
         QFCLibraryManager::fnDeleteFolder(ToHandle(each));
         Remains remains;
         remains.Note(path, IsFolderStored(tools, row));
-        if (!remains.IsEmpty()) return remains.Lines().front();
+        if (!remains.IsEmpty()) way.halt = remains.Lines().front();
     }
-    return {};
+    return way;
 }
 
 std::vector<GUID> GuidsOf(const std::map<GUID, std::string>& items) {
@@ -67,12 +78,13 @@ public:
         : m_tools(tools), m_parts(parts), m_removal(removal) {}
 
     // root: the row of the folder that was to go.
-    void LookAtFolders(int root) {
+    void LookAtFolders(int root, const std::set<int>& untouched) {
         m_removal.foldersBefore = m_parts.folders.size();
         m_removal.itemsBefore = m_parts.items.size();
         for (const auto& [row, part] : m_parts.folders) {
             const auto isStored = LookAtFolder(row, part);
-            m_removal.folders.Note(part.path, isStored);
+            if (isStored == false) ++m_removal.foldersGone;
+            if (!untouched.contains(row)) m_removal.folders.Note(part.path, isStored);
             if (row == root) m_removal.isStored = isStored;
         }
         m_removal.itemsPlaced = m_placed.size();
@@ -134,8 +146,9 @@ void RefuseUnseenFolders(CQFolder& folder) {
     }
 }
 
+bool FolderRemoval::IsInterrupted() const { return halt == kInterrupted; }
+
 std::string FolderRemoval::CountsGone() const {
-    const std::size_t foldersGone = foldersBefore - folders.stored.size() - folders.unseen.size();
     std::string text;
     if (foldersGone > 0) text = fmt::format("{} of {} folders", foldersGone, foldersBefore);
     if (itemsPlaced >= itemsBefore) return text;
@@ -146,13 +159,10 @@ std::vector<std::string> FolderRemoval::Lines() const {
     std::vector<std::string> lines;
     if (!isBegun && !folders.stored.empty()) {
         lines.push_back("cannot remove " + path);
-    } else if (!halt.empty()) {
-        // Those above it were left alone; a line for each of them says nothing new.
-        lines = Remains{{}, folders.unseen}.Lines();
-        if (std::ranges::find(lines, halt) == lines.end()) lines.insert(lines.begin(), halt);
     } else {
         lines = folders.Lines();
         for (std::string& line : lines) line += isStored == false ? "; check lists what is left" : "";
+        if (!halt.empty() && std::ranges::find(lines, halt) == lines.end()) lines.insert(lines.begin(), halt);
     }
     for (const std::string& item : items.stored) {
         lines.push_back("the item " + item + " is left without a folder; check lists it");
@@ -191,13 +201,14 @@ FolderRemoval RemoveFolder(Galleries& galleries, CQFolder& folder, const Removal
     DBTools& tools = *folder.GetDBTools();
     const int row = folder.GetDBId();
     const Parts parts = PartsOf(folder);
-    removal.halt = TakeFromBelow(tools, folder, step, stop);
+    Way way = TakeFromBelow(tools, folder, step, stop);
+    removal.halt = std::move(way.halt);
     removal.links = ReleaseLinks(tools, GuidsOf(parts.items));
     Looking looking(tools, parts, removal);
-    looking.LookAtFolders(row);
+    looking.LookAtFolders(row, way.untouched);
     looking.LookAtItems(galleries);
     if (removal.isStored == false) removal.halt.clear();
-    removal.isWhole = removal.folders.IsEmpty() && removal.items.IsEmpty();
+    removal.isWhole = removal.halt.empty() && removal.folders.IsEmpty() && removal.items.IsEmpty();
     return removal;
 }
 

@@ -25,14 +25,16 @@ struct FolderRemoval {
     bool isWhole = false;          // It went with all that was below, items that no other folder holds included.
     bool isBegun = false;          // Something of it went.
     std::string halt;              // Why folders were left alone; empty when none were.
-    Remains folders;               // By path, the folder itself too.
+    Remains folders;               // By path, the folder itself too; without those that were left alone.
     std::size_t foldersBefore = 0;
+    std::size_t foldersGone = 0;
     Remains items;  // Those that are left without a folder, or nobody knows.
     std::size_t itemsBefore = 0;
     std::size_t itemsPlaced = 0;  // Those of them that are seen in these folders still.
     Remains links;                // Of tags to items that are gone.
 
     bool IsDone() const { return isWhole && links.IsEmpty(); }
+    bool IsInterrupted() const;
     // What to complain of; empty when all went.
     std::vector<std::string> Lines() const;
     std::string Text() const;  // The same in one line.

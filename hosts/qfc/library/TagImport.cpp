@@ -122,6 +122,16 @@ void TagImport::TakeCategory(const CTagCategory& there, int gallery) {
     for (const CLibTag& tag : missing) m_made.push_back(QualifiedName(*m_tags.ByGuid(tag.m_guid)));
 }
 
+// What could not be seen the first time may be the second.
+bool TagImport::TryLink(const std::vector<CQItem*>& items, const std::vector<GUID>& tags) {
+    try {
+        m_changes.Link(items, {tags.begin(), tags.end()}, "cannot tag");
+        return true;
+    } catch (const Failure&) {
+        return false;
+    }
+}
+
 void TagImport::Link(const std::function<bool()>& isInterrupted) {
     std::map<std::vector<GUID>, std::vector<const Item*>> groups;
     for (const Item& item : m_items) {
@@ -138,12 +148,8 @@ void TagImport::Link(const std::function<bool()>& isInterrupted) {
         if (isInterrupted()) break;
         std::vector<CQItem*> items;
         for (const Item* item : group) items.push_back(item->here);
-        try {
-            m_changes.Link(items, {tags.begin(), tags.end()}, "cannot tag");
-            tagged.insert(group.begin(), group.end());
-        } catch (const Failure&) {
-            refused.insert(group.begin(), group.end());
-        }
+        const bool isDone = TryLink(items, tags) || TryLink(items, tags);
+        (isDone ? tagged : refused).insert(group.begin(), group.end());
     }
     for (const Item& item : m_items) {
         if (tagged.contains(&item)) m_tagged.push_back(item.name);

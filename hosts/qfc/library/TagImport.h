@@ -50,6 +50,7 @@ private:
     GUID FreeGuid(const GUID& wanted) const;
     std::optional<int> GalleryFor(int from) const;
     void Link(const std::function<bool()>& isInterrupted);
+    bool TryLink(const std::vector<CQItem*>& items, const std::vector<GUID>& tags);
 
     Tags& m_tags;
     TagChanges& m_changes;

@@ -34,12 +34,13 @@ bool StandsIn(CQFolder& folder, const GUID& guid) {
     return std::any_of(items.rbegin(), items.rend(), [&](const CQItem* item) { return item->GetUniqueID() == guid; });
 }
 
-bool HoldsItem(CQFolder& folder, const GUID& guid) {
+std::optional<bool> HoldsItem(CQFolder& folder, const GUID& guid) {
     auto* gallery = static_cast<CQGallery*>(folder.GetRoot());
     DBTools* tools = folder.GetDBTools();
     if (gallery == nullptr || tools == nullptr || !StandsIn(folder, guid)) return false;
     const std::vector<CQFolder*> holders = FoldersOf(*gallery, guid);
-    return std::ranges::find(holders, &folder) != holders.end() && LoadFresh(*tools, guid) != nullptr;
+    if (std::ranges::find(holders, &folder) == holders.end()) return false;
+    return IsItemStored(*tools, guid);
 }
 
 std::optional<bool> IsItemStored(DBTools& tools, const GUID& guid) {
@@ -114,15 +115,20 @@ std::optional<StoredFolder> LoadStoredFolder(DBTools& tools, int folderRow) {
         CppSQLite3Query query;
         if (!tools.QueryFolder(folderRow, query) || query.eof()) return std::nullopt;
         return StoredFolder{query.getIntField("PARENT_ID", -1), query.getIntField("ORDER_INDEX", -1),
-                            static_cast<unsigned>(query.getIntField("TRUSTY_TYPE", 0)),
                             query.getStringField("FOLDER_NAME")};
     });
 }
 
-void RestoreTrusty(CQFolder& folder) {
-    if (folder.GetDBTools() == nullptr) return;
-    const auto stored = LoadStoredFolder(*folder.GetDBTools(), folder.GetDBId());
-    if (stored) folder.SetTrusty(stored->trusty);
+bool RestoreTrusty(CQFolder& folder) {
+    if (folder.GetDBTools() == nullptr) return true;
+    // Alone: another library may be of before folders had all columns.
+    const auto trusty = Guarded([&]() -> std::optional<unsigned> {
+        CppSQLite3Query query;
+        if (!folder.GetDBTools()->QueryFolder(folder.GetDBId(), query) || query.eof()) return std::nullopt;
+        return static_cast<unsigned>(query.getIntField("TRUSTY_TYPE", 0));
+    });
+    if (trusty) folder.SetTrusty(*trusty);
+    return trusty.has_value();
 }
 
 std::optional<bool> IsFolderStored(DBTools& tools, int folderRow) {

@@ -22,9 +22,9 @@ std::unique_ptr<CQItem> LoadFresh(DBTools& tools, const GUID& guid);
 
 // The item stands in the loaded folder. Looks at what was added last first.
 bool StandsIn(CQFolder& folder, const GUID& guid);
-// It stands in the folder, its gallery knows it there, and the database has its row; whether the database also places
-// it there is not looked at.
-bool HoldsItem(CQFolder& folder, const GUID& guid);
+// Whether it stands in the folder, its gallery knows it there, and the database has its row, of which nobody knows when
+// that cannot be read; whether the database also places it there is not looked at.
+std::optional<bool> HoldsItem(CQFolder& folder, const GUID& guid);
 
 // Whether the database has such an item. Nothing when it cannot be read.
 std::optional<bool> IsItemStored(DBTools& tools, const GUID& guid);
@@ -51,14 +51,13 @@ std::optional<bool> IsPlaced(DBTools& tools, int folderRow, const GUID& guid);
 struct StoredFolder {
     int parentRow = -1;
     int index = -1;
-    unsigned trusty = 0;
     std::string name;
 };
 // The folder's row; nothing when there is none or it cannot be read.
 std::optional<StoredFolder> LoadStoredFolder(DBTools& tools, int folderRow);
 // Gives the folder the trusty mask that its row has. Loading adds bits to the mask of some names, which a later write
-// of the folder would store.
-void RestoreTrusty(CQFolder& folder);
+// of the folder would store. False when the row cannot be read: the folder is not to be written then.
+bool RestoreTrusty(CQFolder& folder);
 // Whether the database has such a row. Nothing when it cannot be read.
 std::optional<bool> IsFolderStored(DBTools& tools, int folderRow);
 // True when the database answers and says that there is no such row.
