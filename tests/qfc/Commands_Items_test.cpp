@@ -100,6 +100,23 @@ TEST_F(CommandsItems, RenameOfAVideo_KeepsItsFilm) {
     EXPECT_EQ(Done({"show", "A\\movie"})["film"]["frames"], 10);
 }
 
+TEST_F(CommandsItems, ShowOfAnItemWithAPayloadThatCannotBeRead_ShowsTheRestAndSaysSo) {
+    Done({"import", Video("v.mp4"), "--folder", "A"});
+    const char* const payloads[] = {"bitmap cache", "black box", "film"};
+    for (int kind = 0; kind < 3; ++kind) {
+        const std::string row = "CACHE_DATA_TABLE set COMPRESSED_DATA = ";
+        const std::string where = " where CACHE_DATA_TYPE = " + std::to_string(kind);
+        const std::string kept = RawDb(Database()).Cell("select COMPRESSED_DATA from CACHE_DATA_TABLE" + where);
+        RawDb(Database()).Exec("update " + row + "x'00'" + where);
+        const QfcResult result = Qfc({"show", "A\\v.mp4"});
+        EXPECT_EQ(result.exit, 1);
+        EXPECT_EQ(result.err, std::string("qfc: cannot read the ") + payloads[kind] + " of the item\n");
+        EXPECT_NE(result.out.find("v.mp4"), std::string::npos);
+        RawDb(Database()).Exec("update " + row + kept + where);
+    }
+    EXPECT_EQ(Qfc({"show", "A\\v.mp4"}).exit, 0);
+}
+
 TEST_F(CommandsItems, RenameOfASharedItem_ShowsInEveryFolder) {
     Done({"import", Image("a.ppm"), "--folder", "A"});
     Done({"mkdir", "B"});

@@ -5,9 +5,11 @@
 #include "hosts/qfc/commands/TagText.h"
 #include "hosts/qfc/library/Find.h"
 #include "hosts/qfc/library/Text.h"
+#include "hosts/qfc/library/Verify.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
+#include <tuple>
 
 namespace qfc::host {
 namespace {
@@ -45,6 +47,19 @@ Json Details(CQGallery& gallery, CQItem& item, const Tags& tags) {
     return json;
 }
 
+// Those of which the library has more than could be loaded: damage, or a look that failed.
+std::vector<std::string> UnreadablePayloads(CQItem& item, DBTools& tools) {
+    const std::tuple<const char*, int, bool> payloads[] = {{"bitmap cache", 0, item.GetCache() != nullptr},
+                                                           {"black box", 1, item.GetBlackBox() != nullptr},
+                                                           {"film", 2, item.TryLoadFilm() != 0}};
+    std::vector<std::string> unreadable;
+    for (const auto& [name, kind, isLoaded] : payloads) {
+        if (!isLoaded && StoredPayloadSize(tools, std::as_const(item).GetUniqueID(), kind) != 0)
+            unreadable.emplace_back(name);
+    }
+    return unreadable;
+}
+
 std::string ValueText(const Json& value) {
     if (value.is_string()) return value.get<std::string>();
     if (value.is_null()) return "-";
@@ -69,7 +84,9 @@ int Run(const ShowOptions& options, const Console& console) {
         console.Show(fmt::format("{:<18}  {}", key, text.empty() ? "-" : text));
     }
     console.ShowJson(json);
-    return kDone;
+    const auto unreadable = UnreadablePayloads(*found.item, *found.gallery->GetDBTools());
+    for (const std::string& payload : unreadable) console.Complain("cannot read the " + payload + " of the item");
+    return unreadable.empty() ? kDone : kFailed;
 }
 
 }  // namespace qfc::host

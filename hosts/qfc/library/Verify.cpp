@@ -49,6 +49,14 @@ std::optional<bool> IsItemStored(DBTools& tools, const GUID& guid) {
     return !query.eof();
 }
 
+std::optional<int> StoredPayloadSize(DBTools& tools, const GUID& guid, int kind) {
+    return Guarded([&]() -> std::optional<int> {
+        CppSQLite3Query query;
+        if (!tools.QueryCacheData(guid, kind, query)) return std::nullopt;
+        return query.eof() ? 0 : query.getIntField("PRE_COMPRESSED_SIZE", 0);
+    });
+}
+
 bool IsItemGone(DBTools& tools, const GUID& guid) { return IsItemStored(tools, guid) == false; }
 
 std::optional<std::set<GUID>> StoredLinks(DBTools& tools, const GUID& guid) {
