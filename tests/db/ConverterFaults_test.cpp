@@ -5,18 +5,9 @@
 #include "platform/text/CodePages.h"
 #include "tests/db/LibraryCheckTest.h"
 
-#include <new>
-#include <thread>
-
 namespace {
 
 using namespace qfc::test;
-
-// On a thread that has no converter yet.
-template <class Work>
-void OnNewThread(Work&& work) {
-    std::thread(std::forward<Work>(work)).join();
-}
 
 class NamesThatCannotBeConverted : public LibraryTest {
 protected:

@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 #include <memory>
-#include <thread>
 
 namespace {
 
@@ -175,14 +174,14 @@ TEST_F(CQItem_DbBuffers, CompressedRowsWithoutDecompressor_EndTheBufferAndItsSiz
 // A thread's first payload, while there is no memory for what unpacks it.
 TEST_F(CQItem_DbBuffers, CompressedRowsThatCannotBeUnpackedNow_AreReadTheNextTime) {
     const auto pItem = Restarted();
-    std::thread([&] {
+    OnNewThread([&] {
         {
             const ConverterFaults faults;
             EXPECT_EQ(pItem->LoadCacheDataFromDb(1), 0);
             EXPECT_EQ(faults.Refused(), 1);
         }
         EXPECT_EQ(pItem->LoadCacheDataFromDb(1), 1);
-    }).join();
+    });
     const auto loaded = pItem->PayloadInMemory(qfc::kBlackBox);
     EXPECT_EQ(loaded.size(), 3000u);
 }

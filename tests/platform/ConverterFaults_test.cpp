@@ -7,17 +7,11 @@
 #include <gtest/gtest.h>
 #include <new>
 #include <string>
-#include <thread>
 
 namespace {
 
 using qfc::test::ConverterFaults;
-
-// On a thread that has no converter yet.
-template <class Work>
-void OnNewThread(Work&& work) {
-    std::thread(std::forward<Work>(work)).join();
-}
+using qfc::test::OnNewThread;
 
 struct ConvertersThatFail : testing::Test {
     ConvertersThatFail() { EXPECT_TRUE(qfc::SetAnsiCodePage("CP1252")); }
