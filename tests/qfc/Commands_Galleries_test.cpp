@@ -162,6 +162,25 @@ TEST_F(CommandsGalleries, AGalleryWhoseFolderIsNoRowNumber_IsInNobodysWay) {
     }
 }
 
+// It is still there, only nobody names it.
+TEST_F(CommandsGalleries, AGalleryWhoseFolderNobodyNames_IsNotPassedOver) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    Done({"gallery", "create", "Own"});
+    RawDb(Database()).Exec("update GALLERY_TABLE set GALLERY_ID = -1 where GALLERY_FOLDER_ID = 1");
+    EXPECT_EQ(Refused({"find", "a"}), "qfc: cannot load the gallery 1\n");
+}
+
+TEST_F(CommandsGalleries, RmShowsOnATerminalHowFarItIs) {
+    Done({"mkdir", "A\\B"});
+    Done({"mkdir", "C"});
+    QfcProcess process(WithLibrary({"gallery", "rm", "Media"}), {.terminal = true, .outToTerminal = true});
+    const QfcResult result = process.Wait();
+    EXPECT_EQ(result.exit, 0);
+    for (const char* step : {"1/3 A\\B", "2/3 A", "3/3 C"}) {
+        EXPECT_NE(result.err.find(step), std::string::npos) << step;
+    }
+}
+
 // Every row of the id would go, and with them the only way to the folders of the others.
 TEST_F(CommandsGalleries, AGalleryThatIsStoredTwice_IsNotRemoved) {
     Done({"gallery", "create", "Own"});

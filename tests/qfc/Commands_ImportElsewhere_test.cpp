@@ -111,6 +111,51 @@ TEST_F(CommandsImportElsewhere, APlaceThatIsNotStoredIsToldAsFailed) {
     EXPECT_EQ(InF(), Names{"first.ppm"});
 }
 
+// Made for those below it alone, it would not be what it is there.
+TEST_F(CommandsImportElsewhere, WhatLiesBelowAFolderThatDoesNotCome_IsLeftOutAndTold) {
+    EXPECT_EQ(Other({"import", Image("b.ppm", 5), "--folder", "New\\Deep"}).exit, 0);
+    Exec(OtherDatabase(), "update FOLDER_TABLE set TYPE_EXTRA = 9 where FOLDER_NAME = 'New'");
+    Exec(Database(),
+         "create trigger keep before insert on FOLDER_TABLE when new.FOLDER_NAME = 'New' and new.TYPE_EXTRA = 9 "
+         "begin select raise(abort, 'kept'); end");
+    const Json report = Document({"import-library", OtherDatabase()}, 1);
+    EXPECT_EQ(report["failed"], (Json{"Media: New", "Media: New\\Deep", "Media: New\\Deep\\b.ppm"}));
+    EXPECT_EQ(report["foldersMade"], Json::array());
+    EXPECT_EQ(Cell("select count(*) from FOLDER_TABLE where FOLDER_NAME in ('New', 'Deep')"), "0");
+    Exec(Database(), "drop trigger keep");
+    Done({"import-library", OtherDatabase()});
+    EXPECT_EQ(Cell("select TYPE_EXTRA from FOLDER_TABLE where FOLDER_NAME = 'New'"), "9");
+}
+
+TEST_F(CommandsImportElsewhere, AnItemThatComesWithoutAPayload_IsTold) {
+    Exec(OtherDatabase(),
+         "update CACHE_DATA_TABLE set COMPRESSED_SIZE = 1, COMPRESSED_DATA = x'00' where CACHE_DATA_TYPE = 1 and "
+         "ITEM_ID = (select ITEM_ID "
+         "from ITEM_TABLE where ITEM_NAME = 'a.ppm')");
+    const QfcResult result = Qfc({"--json", "import-library", OtherDatabase()});
+    EXPECT_EQ(result.exit, 1);
+    EXPECT_EQ(result.err, "qfc: cannot tell that the black box of Media: F\\a.ppm came along\n");
+    const Json report = Json::parse(result.out);
+    EXPECT_EQ(report["added"], Json{"Media: F\\a.ppm"});
+    EXPECT_EQ(report["failed"], Json{"Media: F\\a.ppm, black box"});
+}
+
+TEST_F(CommandsImportElsewhere, WhatNobodySaw_IsNeitherAddedNorFailed) {
+    KeepLibrary();
+    int unseen = 0;
+    const auto look = [&](const QfcResult& result) {
+        const Json report = Json::parse(result.out, nullptr, false);
+        if (!report.contains("unseen") || report["unseen"].empty()) return;
+        ++unseen;
+        EXPECT_EQ(report["unseen"], Json{"Media: F\\a.ppm"});
+        EXPECT_EQ(report["added"], Json::array());
+        EXPECT_EQ(report["failed"], Json::array());
+        EXPECT_EQ(result.exit, 1);
+    };
+    WithEachFailingRead({"--json", "import-library", OtherDatabase()}, look);
+    EXPECT_GT(unseen, 0);
+}
+
 TEST_F(CommandsImportElsewhere, WhateverCannotBeRead_WhatCameOrMayHaveIsTold) {
     EXPECT_EQ(Other({"import", Image("b.ppm", 5), "--folder", "New\\Deep"}).exit, 0);
     KeepLibrary();

@@ -179,6 +179,22 @@ TEST_F(CommandsReadFaults, WhatCannotBeSeenMade_IsNotSaidToBeMissing) {
     });
 }
 
+TEST_F(CommandsReadFaults, AnOrderThatNobodySawIsNotSaidToBeTheOldOne) {
+    Done({"mkdir", "H"});
+    KeepLibrary();
+    const auto order = [&] { return std::pair(ItemsOf("F"), FoldersOf("\\")); };
+    for (const std::string what : {"F\\c.ppm", "H"}) {
+        SCOPED_TRACE(what);
+        const Args arguments{"reorder", what, "--to", "1"};
+        Done(arguments);
+        const auto wanted = order();
+        WithEachFailingRead(arguments, [&](const QfcResult& result) {
+            EXPECT_TRUE(result.exit != 0 || order() == wanted);
+            if (result.exit != 0 && order() == wanted) ExpectNamed(result, "cannot tell whether the ");
+        });
+    }
+}
+
 // The folder is made once, whatever could not be seen of it in between.
 TEST_F(CommandsReadFaults, AFolderThatCouldNotBeSeenMade_IsNotMadeTwice) {
     const std::string first = Image("x.ppm", 11), second = Image("y.ppm", 12);

@@ -29,9 +29,13 @@ TEST_P(CommandsRemovalSignals, AFolderTakesItsItemsAlong) {
 TEST_P(CommandsRemovalSignals, TheFoldersAboveItAreLeftAlone) {
     Done({"mkdir", "G\\H\\I"});
     Done({"mv", "F", "G\\H\\I"});
-    const QfcResult result = Interrupted({"rmdir", "G", "--recursive"});
+    const QfcResult result = Interrupted({"--json", "rmdir", "G", "--recursive"});
     EXPECT_EQ(result.exit, 1);
     EXPECT_EQ(result.err, "qfc: interrupted\nqfc: 1 of 4 folders and 3 of 3 items are not seen in G any more\n");
+    const Json report = Json::parse(result.out);
+    EXPECT_EQ(report["interrupted"], true);
+    EXPECT_EQ(report["failed"], Json::array());
+    EXPECT_EQ(report["removed"], nullptr);
     EXPECT_EQ(FoldersOf("G\\H"), Names{"I"});
     EXPECT_EQ(FoldersOf("G\\H\\I"), Names{});
     EXPECT_EQ(Sql("select count(*) from ITEM_TABLE"), "0");

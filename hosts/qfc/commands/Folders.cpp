@@ -58,6 +58,7 @@ int Run(const RemoveFolderOptions& options, const Console& console) {
                       {"itemsInFolder", done.itemsPlaced},
                       {"linksLeft", !done.links.stored.empty()},
                       {"linksUnseen", !done.links.unseen.empty()},
+                      {"halt", done.halt},
                       {"interrupted", done.IsInterrupted()}});
     return done.IsDone() ? kDone : kFailed;
 }

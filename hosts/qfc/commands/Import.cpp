@@ -87,19 +87,16 @@ private:
     void LeaveOutRemembered() {
         if (!m_isAutomatic) return;
         std::erase_if(m_plan.files, [&](const ImportPlan::File& file) {
-            if (!IsRemembered(file.path)) return false;
+            // The library says no as well when it cannot look; asked again, it may be able to.
+            if (!IsRemembered(file.path) && !IsRemembered(file.path)) return false;
             m_remembered.push_back(file.path);
             return true;
         });
         for (const std::string& path : m_remembered) Tell("imported before: " + path);
     }
 
-    // The library says no as well when it cannot look: it is asked twice, so that what kept it from looking may pass.
     bool IsRemembered(const std::string& path) const {
-        const auto ask = [&] {
-            return QFCLibraryManager::fnIsItemInAutoLoadedByPathTable(path.c_str(), m_gallery.GetDBId()) != 0;
-        };
-        return ask() || ask();
+        return QFCLibraryManager::fnIsItemInAutoLoadedByPathTable(path.c_str(), m_gallery.GetDBId()) != 0;
     }
 
     // Only what is stored: a file that was remembered too early would be lost.

@@ -79,6 +79,13 @@ private:
         CQFolder* target;
     };
 
+    struct Taken {
+        std::string name;
+        GUID guid;
+        CQItem* from;
+        CQItem* item;
+    };
+
     void TakeGalleryOf(const GalleryName& name) {
         CQGallery* gallery = m_other.Load(name.id);
         if (m_interrupt.IsRaised()) return;  // A large gallery takes its time.
@@ -106,6 +113,7 @@ private:
         const std::vector<CQFolder*> folders = WholeTree(from);
         NoteTooDeep(folders, to);
         std::map<const CQFolder*, std::vector<std::string>> paths;
+        std::set<const CQFolder*> leftOut;  // One that is made for those below it alone would not be what it is there.
         FolderMaker maker(to, FolderMaker::Names::kStored);
         Progress progress(stdout, folders.size() - 1, m_console.IsJson() || m_console.IsQuiet());
         for (CQFolder* folder : folders) {
@@ -114,10 +122,14 @@ private:
             path.push_back(ComponentOf(*folder));
             paths[folder] = path;
             progress.Step(path.back());
-            std::string why;
-            CQFolder* target = MakeFolder(maker, path, *folder, why);
+            std::string why = "the folder above it did not come";
+            const bool hasParent = !leftOut.contains(folder->GetParent());
+            CQFolder* target = hasParent ? MakeFolder(maker, path, *folder, why) : nullptr;
             progress.Clear();
-            if (target == nullptr) NoteFailed(NameIn(to, PathOf(*folder)), why);
+            if (target == nullptr) {
+                leftOut.insert(folder);
+                NoteFailed(NameIn(to, PathOf(*folder)), why);
+            }
             TakeItems(*folder, target, to);
         }
         for (const std::string& path : maker.Made()) m_foldersMade.push_back(NameIn(to, path));
@@ -130,6 +142,7 @@ private:
     // Null when it cannot be made; the other folders come all the same.
     static CQFolder* MakeFolder(FolderMaker& maker, const std::vector<std::string>& path, CQFolder& from,
                                 std::string& why) {
+        why.clear();
         try {
             if (!RestoreTrusty(from)) throw Failure("it cannot be read there");
             return maker.Make(path, {from.GetAdopt(), from.GetTrusty(), from.GetExtra(), from.GetFolderID()});
@@ -201,6 +214,7 @@ private:
             if (isStored == true) {
                 m_tags.Note(*taken.from, *taken.item, taken.name);
                 NoteAdded(taken.name, taken.guid);
+                NoteMissingPayloads(taken, *target.GetDBTools());
             } else if (isStored == false || (stored && !isPlaced)) {
                 NoteFailed(taken.name);
             } else {
@@ -211,6 +225,18 @@ private:
         if (MendItemOrder(target)) return;
         m_failed.push_back(NameIn(gallery, PathOf(target)));
         m_console.Complain("cannot put what was added last in " + m_failed.back());
+    }
+
+    // The library brings an item without a payload that it cannot read there.
+    void NoteMissingPayloads(const Taken& taken, DBTools& here) {
+        DBTools* there = taken.from->fnGetDbTools();
+        for (const auto& [kind, name] : kPayloadNames) {
+            const auto wanted = there != nullptr ? StoredPayloadSize(*there, taken.from->GetUniqueID(), kind) : 0;
+            const auto has = StoredPayloadSize(here, taken.guid, kind);
+            if (wanted == 0 || (wanted && has == wanted)) continue;
+            m_failed.push_back(taken.name + ", " + name);
+            m_console.Complain("cannot tell that the " + std::string(name) + " of " + taken.name + " came along");
+        }
     }
 
     // In the folder already, by its file or by its GUID.
@@ -310,13 +336,6 @@ private:
         m_unseen.push_back(name);
         m_console.Complain("cannot tell whether " + name + " came: the library cannot be looked at");
     }
-
-    struct Taken {
-        std::string name;
-        GUID guid;
-        CQItem* from;
-        CQItem* item;
-    };
 
     Galleries& m_galleries;
     OtherLibrary& m_other;

@@ -9,7 +9,6 @@
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
-#include <tuple>
 
 namespace qfc::host {
 namespace {
@@ -49,13 +48,11 @@ Json Details(CQGallery& gallery, CQItem& item, const Tags& tags) {
 
 // Those of which the library has more than could be loaded: damage, or a look that failed.
 std::vector<std::string> UnreadablePayloads(CQItem& item, DBTools& tools) {
-    const std::tuple<const char*, int, bool> payloads[] = {{"bitmap cache", 0, item.GetCache() != nullptr},
-                                                           {"black box", 1, item.GetBlackBox() != nullptr},
-                                                           {"film", 2, item.TryLoadFilm() != 0}};
+    const bool isLoaded[] = {item.GetCache() != nullptr, item.GetBlackBox() != nullptr, item.TryLoadFilm() != 0};
     std::vector<std::string> unreadable;
-    for (const auto& [name, kind, isLoaded] : payloads) {
-        if (!isLoaded && StoredPayloadSize(tools, std::as_const(item).GetUniqueID(), kind) != 0)
-            unreadable.emplace_back(name);
+    for (const auto& [kind, name] : kPayloadNames) {
+        if (isLoaded[kind] || StoredPayloadSize(tools, std::as_const(item).GetUniqueID(), kind) == 0) continue;
+        unreadable.emplace_back(name);
     }
     return unreadable;
 }

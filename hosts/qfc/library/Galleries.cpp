@@ -61,6 +61,9 @@ std::string LabelOf(const GalleryName& gallery) {
     return gallery.name.empty() ? std::to_string(gallery.id) : gallery.name;
 }
 
+// The number of the parent that the root folders of all galleries have.
+constexpr int kAboveGalleries = -1;
+
 std::vector<StoredGallery> StoredRows(DBTools* other = nullptr) {
     std::vector<StoredGallery> rows;
     if (!QFCLibraryManager::fnListGalleries(rows, other)) throw Failure("cannot list the galleries");
@@ -165,9 +168,16 @@ bool Galleries::IsWithoutFolder(int id) const {
     const std::vector<StoredGallery> rows = StoredRows();
     const auto row = std::ranges::find(rows, id, &StoredGallery::galleryId);
     if (row == rows.end()) return false;
-    if (row->rootFolder < 0) return true;  // Every gallery's folder stands below that number, none in it.
     const ReadSession reader(LibraryPath());
     if (!reader.IsOpen()) return false;
+    if (row->rootFolder < 0) {
+        // Its folder may be one of those that no gallery names.
+        const auto roots = StoredSubFolders(reader.Tools(), kAboveGalleries);
+        const auto isNamed = [&](int root) {
+            return std::ranges::find(rows, root, &StoredGallery::rootFolder) != rows.end();
+        };
+        return roots && std::ranges::all_of(*roots, isNamed);
+    }
     const auto folders = StoredSubFolders(reader.Tools(), row->rootFolder);
     const auto items = StoredItems(reader.Tools(), row->rootFolder);
     return IsFolderGone(reader.Tools(), row->rootFolder) && folders && folders->empty() && items && items->empty();

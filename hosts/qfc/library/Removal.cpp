@@ -60,7 +60,9 @@ Way TakeFromBelow(DBTools& tools, CQFolder& folder, const RemovalStep& step, con
         step(path);
         QFCLibraryManager::fnDeleteFolder(ToHandle(each));
         Remains remains;
-        remains.Note(path, IsFolderStored(tools, row));
+        auto isStored = IsFolderStored(tools, row);
+        if (!isStored) isStored = IsFolderStored(tools, row);  // What kept it from being seen may have passed.
+        remains.Note(path, isStored);
         if (!remains.IsEmpty()) way.halt = remains.Lines().front();
     }
     return way;

@@ -6,6 +6,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 class CQFolder;
@@ -28,8 +29,10 @@ std::optional<bool> HoldsItem(CQFolder& folder, const GUID& guid);
 
 // Whether the database has such an item. Nothing when it cannot be read.
 std::optional<bool> IsItemStored(DBTools& tools, const GUID& guid);
-// How many bytes the database says that the item's payload of the kind has, 0 without one: 0 bitmap cache, 1 black box,
-// 2 film. Nothing when it cannot be read.
+// The kinds of an item's payloads, for people.
+inline constexpr std::pair<int, const char*> kPayloadNames[] = {{0, "bitmap cache"}, {1, "black box"}, {2, "film"}};
+// How many bytes the database says that the item's payload of the kind has, 0 without one. Nothing when it cannot be
+// read.
 std::optional<int> StoredPayloadSize(DBTools& tools, const GUID& guid, int kind);
 // True when the database answers and says that there is no such item.
 bool IsItemGone(DBTools& tools, const GUID& guid);
