@@ -84,6 +84,7 @@ private:
         GUID guid;
         CQItem* from;
         CQItem* item;
+        bool isNew;  // To this library; else one that it has got another place.
     };
 
     void TakeGalleryOf(const GalleryName& name) {
@@ -193,12 +194,14 @@ private:
             if (!isElsewhere) NoteFailed(name, "nobody can tell whether the item is there already");
             return;
         }
+        CQItem* known = nullptr;
+        const bool isNew = gallery.IsItemInFolder(&gallery, &item, known, 1) == 0;
         target.AddItemFromImportLib(&item);
         CQItem* taken = nullptr;
         const bool found = target.IsItemInFolder(&target, &item, taken, 0) != 0 && taken != nullptr;
         const auto isHeld = found ? HoldsItem(target, taken->GetUniqueID()) : false;
         if (isHeld == false) NoteFailed(name);
-        if (isHeld != false) m_taken.push_back({name, taken->GetUniqueID(), &item, taken});
+        if (isHeld != false) m_taken.push_back({name, taken->GetUniqueID(), &item, taken, isNew});
         // Both copies would otherwise stay in memory until the end.
         if (found) ReleasePayloads(*taken);
         ReleasePayloads(item);
@@ -214,7 +217,7 @@ private:
             if (isStored == true) {
                 m_tags.Note(*taken.from, *taken.item, taken.name);
                 NoteAdded(taken.name, taken.guid);
-                NoteMissingPayloads(taken, *target.GetDBTools());
+                if (taken.isNew) NoteMissingPayloads(taken, *target.GetDBTools());
             } else if (isStored == false || (stored && !isPlaced)) {
                 NoteFailed(taken.name);
             } else {
@@ -234,8 +237,10 @@ private:
             const auto wanted = there != nullptr ? StoredPayloadSize(*there, taken.from->GetUniqueID(), kind) : 0;
             const auto has = StoredPayloadSize(here, taken.guid, kind);
             if (wanted == 0 || (wanted && has == wanted)) continue;
-            m_failed.push_back(taken.name + ", " + name);
-            m_console.Complain("cannot tell that the " + std::string(name) + " of " + taken.name + " came along");
+            const bool isKnown = wanted && has;
+            (isKnown ? m_failed : m_unseen).push_back(taken.name + ", " + name);
+            const std::string what = "the " + std::string(name) + " of " + taken.name;
+            m_console.Complain(isKnown ? "cannot bring in " + what : "cannot tell whether " + what + " came");
         }
     }
 
