@@ -76,8 +76,12 @@ TEST_F(CommandsFolders, RmdirRecursive_AFolderThatStaysKeepsThoseAboveIt) {
         .Exec(
             "create trigger keep before delete on FOLDER_TABLE when old.FOLDER_NAME = 'B' "
             "begin select raise(abort, 'kept'); end");
-    EXPECT_EQ(Qfc({"rmdir", "A", "--recursive"}).err,
-              "qfc: cannot remove A\\B\nqfc: 2 of 4 folders and 1 of 1 items are not seen in A any more\n");
+    const QfcResult result = Qfc({"--json", "rmdir", "A", "--recursive"});
+    EXPECT_EQ(result.exit, 1);
+    EXPECT_EQ(result.err, "qfc: cannot remove A\\B\nqfc: 2 of 4 folders and 1 of 1 items are not seen in A any more\n");
+    const Json report = Json::parse(result.out);
+    EXPECT_EQ(report["halt"], "cannot remove A\\B");
+    EXPECT_EQ(report["failed"], Json{"A\\B"});
     EXPECT_EQ(FoldersOf("\\"), Names{"A"});
     EXPECT_EQ(FoldersOf("A"), Names{"B"});
     EXPECT_EQ(FoldersOf("A\\B"), Names{});

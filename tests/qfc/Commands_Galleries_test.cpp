@@ -166,8 +166,12 @@ TEST_F(CommandsGalleries, AGalleryWhoseFolderIsNoRowNumber_IsInNobodysWay) {
 TEST_F(CommandsGalleries, AGalleryWhoseFolderNobodyNames_IsNotPassedOver) {
     Done({"import", Image("a.ppm"), "--folder", "A"});
     Done({"gallery", "create", "Own"});
-    RawDb(Database()).Exec("update GALLERY_TABLE set GALLERY_ID = -1 where GALLERY_FOLDER_ID = 1");
-    EXPECT_EQ(Refused({"find", "a"}), "qfc: cannot load the gallery 1\n");
+    for (const char* root : {"-1", "999"}) {
+        RawDb(Database())
+            .Exec(std::string("update GALLERY_TABLE set GALLERY_ID = ") + root + " where GALLERY_FOLDER_ID = 1");
+        EXPECT_EQ(Refused({"find", "a"}), "qfc: cannot load the gallery 1\n");
+        EXPECT_EQ(Refused({"gallery", "rm", "1"}), "qfc: cannot load the gallery 1\n");
+    }
 }
 
 TEST_F(CommandsGalleries, RmShowsOnATerminalHowFarItIs) {

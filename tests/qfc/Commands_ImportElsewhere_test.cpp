@@ -137,7 +137,25 @@ TEST_F(CommandsImportElsewhere, AnItemThatComesWithoutAPayload_IsTold) {
     EXPECT_EQ(result.err, "qfc: cannot bring in the black box of Media: F\\a.ppm\n");
     const Json report = Json::parse(result.out);
     EXPECT_EQ(report["added"], Json{"Media: F\\a.ppm"});
-    EXPECT_EQ(report["failed"], Json{"Media: F\\a.ppm, black box"});
+    EXPECT_EQ(report["failed"], Json{"the black box of Media: F\\a.ppm"});
+}
+
+// What is read there comes as what it is, or it is told.
+TEST_F(CommandsImportElsewhere, WhateverCannotBeReadThere_NothingComesAsAnotherThingThanItIs) {
+    EXPECT_EQ(Other({"mkdir", "a--b\\c"}).exit, 0);
+    EXPECT_EQ(Other({"mv", "F\\a.ppm", "a--b\\c"}).exit, 0);
+    Exec(OtherDatabase(), "update FOLDER_TABLE set TYPE_EXTRA = 9 where FOLDER_NAME = 'a--b'");
+    KeepLibrary();
+    const auto look = [&](const QfcResult& result) {
+        EXPECT_EQ(Cell("select count(*) from FOLDER_TABLE where FOLDER_NAME = 'a--b' and (TYPE_EXTRA <> 9 or "
+                       "TRUSTY_TYPE <> 0)"),
+                  "0");
+        const bool isWhole = Cell(
+                                 "select count(*) from CACHE_DATA_TABLE where ITEM_ID = (select ITEM_ID from "
+                                 "ITEM_TABLE where ITEM_NAME = 'a.ppm')") == "2";
+        EXPECT_TRUE(isWhole || result.exit != 0);
+    };
+    WithEachFailingReadOf("/library.db", {"import-library", OtherDatabase()}, look);
 }
 
 // What stands here has payloads of its own.

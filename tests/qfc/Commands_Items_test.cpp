@@ -112,6 +112,7 @@ TEST_F(CommandsItems, ShowOfAnItemWithAPayloadThatCannotBeRead_ShowsTheRestAndSa
         EXPECT_EQ(result.exit, 1);
         EXPECT_EQ(result.err, std::string("qfc: cannot read the ") + payloads[kind] + " of the item\n");
         EXPECT_NE(result.out.find("v.mp4"), std::string::npos);
+        EXPECT_EQ(Document({"show", "A\\v.mp4"}, 1)["unreadable"], Json{payloads[kind]});
         RawDb(Database()).Exec("update " + row + kept + where);
     }
     EXPECT_EQ(Qfc({"show", "A\\v.mp4"}).exit, 0);

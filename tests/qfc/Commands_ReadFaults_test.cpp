@@ -57,6 +57,7 @@ protected:
 TEST_F(CommandsReadFaults, AMovedItemIsNeverLost_AndStandsWhereItIsSaidToStand) {
     WithEachFailingRead({"mv", "F\\a.ppm", "G"}, [&](const QfcResult& result) {
         const std::string places = PlacesOf("a.ppm");
+        EXPECT_EQ(result.err.find("cannot put"), std::string::npos);  // It stands last all the time.
         if (result.exit == 0) {
             EXPECT_EQ(places, "'G'");
         }
@@ -275,6 +276,14 @@ TEST_F(CommandsReadFaults, WhatWasImportedByItselfAndRemovedDoesNotComeBack) {
     Done({"rm", "F\\x.ppm"});
     KeepLibrary();
     WithEachFailingReadFromTheStart(automatic, [&](const QfcResult&) { EXPECT_EQ(Stored("x.ppm"), "0"); });
+}
+
+TEST_F(CommandsReadFaults, WhatIsRememberedIsNotSaidToBeForgotten) {
+    WithEachFailingRead({"import", "--auto", Image("x.ppm", 11), "--folder", "F"}, [&](const QfcResult& result) {
+        if (Sql("select count(*) from ITEM_AUTO_LOADED_TABLE") == "1") {
+            EXPECT_EQ(result.err.find("cannot be remembered"), std::string::npos);
+        }
+    });
 }
 
 }  // namespace

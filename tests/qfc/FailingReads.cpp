@@ -1,5 +1,6 @@
 // Loaded into the program before all else: one read of a file fails, counted from the first write to it, or from the
-// start. The environment names the file, the number of the read, and a file that is made when it was that read's turn.
+// start. The environment names the end of the file's path, the number of the read, and a file that is made when it was
+// that read's turn.
 #include <atomic>
 #include <cerrno>
 #include <climits>
@@ -8,6 +9,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <string>
+#include <string_view>
 #include <unistd.h>
 
 namespace {
@@ -21,7 +23,9 @@ bool IsTheFile(int file) {
     char opened[PATH_MAX];
     const std::string link = "/proc/self/fd/" + std::to_string(file);
     const ssize_t length = readlink(link.c_str(), opened, sizeof opened);
-    return length > 0 && std::string(opened, static_cast<std::size_t>(length)) == path;
+    const std::string_view whole(opened, length > 0 ? static_cast<std::size_t>(length) : 0);
+    const std::string_view end(path);
+    return whole.size() >= end.size() && whole.substr(whole.size() - end.size()) == end;
 }
 
 bool IsItsTurn(int file) {

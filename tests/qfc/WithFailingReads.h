@@ -24,24 +24,27 @@ protected:
     // read fails.
     void WithEachFailingRead(const std::vector<std::string>& arguments,
                              const std::function<void(const QfcResult&)>& look, int step = 1, int exit = 0) const {
-        WithEachFailingRead(arguments, look, step, exit, false);
+        WithEachFailingRead({std::filesystem::canonical(this->Database()), 0, {}, false}, arguments, look, step, exit);
     }
     // The same from the start on: reads that a change is decided by.
     void WithEachFailingReadFromTheStart(const std::vector<std::string>& arguments,
                                          const std::function<void(const QfcResult&)>& look) const {
-        WithEachFailingRead(arguments, look, 1, 0, true);
+        WithEachFailingRead({std::filesystem::canonical(this->Database()), 0, {}, true}, arguments, look, 1, 0);
+    }
+    // The same of another file, named by the end of its path.
+    void WithEachFailingReadOf(const std::string& file, const std::vector<std::string>& arguments,
+                               const std::function<void(const QfcResult&)>& look) const {
+        WithEachFailingRead({file, 0, {}, true}, arguments, look, 1, 0);
     }
 
 private:
-    void WithEachFailingRead(const std::vector<std::string>& arguments,
-                             const std::function<void(const QfcResult&)>& look, int step, int exit,
-                             bool fromStart) const {
+    void WithEachFailingRead(const FailingRead& read, const std::vector<std::string>& arguments,
+                             const std::function<void(const QfcResult&)>& look, int step, int exit) const {
         int failed = 0;
         for (QfcWorld world;; failed += step) {
             std::filesystem::copy_file(Kept(), this->Database(), std::filesystem::copy_options::overwrite_existing);
             std::filesystem::remove(this->m_folder / "mark");
-            world.failingRead = {std::filesystem::canonical(this->Database()), failed + 1, this->m_folder / "mark",
-                                 fromStart};
+            world.failingRead = {read.file, failed + 1, this->m_folder / "mark", read.fromStart};
             const QfcResult result = this->Qfc(arguments, world);
             SCOPED_TRACE("read " + std::to_string(failed + 1) + ": " + result.out + result.err);
             const bool hasFailed = std::filesystem::exists(this->m_folder / "mark");

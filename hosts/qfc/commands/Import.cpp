@@ -87,7 +87,6 @@ private:
     void LeaveOutRemembered() {
         if (!m_isAutomatic) return;
         std::erase_if(m_plan.files, [&](const ImportPlan::File& file) {
-            // The library says no as well when it cannot look; asked again, it may be able to.
             if (!IsRemembered(file.path) && !IsRemembered(file.path)) return false;
             m_remembered.push_back(file.path);
             return true;
@@ -95,6 +94,7 @@ private:
         for (const std::string& path : m_remembered) Tell("imported before: " + path);
     }
 
+    // The library says no as well when it cannot look; asked again, it may be able to.
     bool IsRemembered(const std::string& path) const {
         return QFCLibraryManager::fnIsItemInAutoLoadedByPathTable(path.c_str(), m_gallery.GetDBId()) != 0;
     }
@@ -104,7 +104,7 @@ private:
         if (!m_isAutomatic) return;
         if (IsRemembered(path)) return;
         QFCLibraryManager::fnAddItemIntoAutoLodedByPathTable(path.c_str(), m_gallery.GetDBId());
-        if (IsRemembered(path)) return;
+        if (IsRemembered(path) || IsRemembered(path)) return;
         m_forgotten.push_back(path);
         m_progress.Clear();
         m_console.Complain(path + ": cannot be remembered in the library");

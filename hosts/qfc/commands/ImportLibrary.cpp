@@ -38,6 +38,7 @@ public:
                 if (!m_interrupt.IsRaised()) TakeGalleryOf(name);
             }
             TakeFromElsewhere();
+            LookForPayloads();
             TakeTags();
         } catch (const Failure& failure) {
             NoteFailed("the rest", failure.what());
@@ -85,6 +86,12 @@ private:
         CQItem* from;
         CQItem* item;
         bool isNew;  // To this library; else one that it has got another place.
+    };
+
+    struct New {
+        std::string name;
+        GUID there, here;
+        DBTools* tools;
     };
 
     void TakeGalleryOf(const GalleryName& name) {
@@ -189,13 +196,13 @@ private:
             m_tags.Note(item, *there, name);
             return;
         }
-        if (const auto isElsewhere = IsElsewhere(item, gallery); isElsewhere != false) {
+        CQItem* known = nullptr;
+        const bool isNew = gallery.IsItemInFolder(&gallery, &item, known, 1) == 0;
+        if (const auto isElsewhere = isNew ? IsStoredHere(item, gallery) : false; isElsewhere != false) {
             if (isElsewhere) m_waiting.push_back({name, &item, &target});
             if (!isElsewhere) NoteFailed(name, "nobody can tell whether the item is there already");
             return;
         }
-        CQItem* known = nullptr;
-        const bool isNew = gallery.IsItemInFolder(&gallery, &item, known, 1) == 0;
         target.AddItemFromImportLib(&item);
         CQItem* taken = nullptr;
         const bool found = target.IsItemInFolder(&target, &item, taken, 0) != 0 && taken != nullptr;
@@ -217,7 +224,8 @@ private:
             if (isStored == true) {
                 m_tags.Note(*taken.from, *taken.item, taken.name);
                 NoteAdded(taken.name, taken.guid);
-                if (taken.isNew) NoteMissingPayloads(taken, *target.GetDBTools());
+                if (taken.isNew)
+                    m_new.push_back({taken.name, taken.from->GetUniqueID(), taken.guid, target.GetDBTools()});
             } else if (isStored == false || (stored && !isPlaced)) {
                 NoteFailed(taken.name);
             } else {
@@ -231,16 +239,19 @@ private:
     }
 
     // The library brings an item without a payload that it cannot read there.
-    void NoteMissingPayloads(const Taken& taken, DBTools& here) {
-        DBTools* there = taken.from->fnGetDbTools();
+    void LookForPayloads() {
         for (const auto& [kind, name] : kPayloadNames) {
-            const auto wanted = there != nullptr ? StoredPayloadSize(*there, taken.from->GetUniqueID(), kind) : 0;
-            const auto has = StoredPayloadSize(here, taken.guid, kind);
-            if (wanted == 0 || (wanted && has == wanted)) continue;
-            const bool isKnown = wanted && has;
-            (isKnown ? m_failed : m_unseen).push_back(taken.name + ", " + name);
-            const std::string what = "the " + std::string(name) + " of " + taken.name;
-            m_console.Complain(isKnown ? "cannot bring in " + what : "cannot tell whether " + what + " came");
+            const auto there = m_new.empty() ? std::set<GUID>{} : ItemsWithPayload(m_other.Tools(), kind);
+            const auto here = m_new.empty() ? std::set<GUID>{} : ItemsWithPayload(*m_new.front().tools, kind);
+            if (!there || !here) {
+                NoteUnseen(std::string("every ") + name);
+                continue;
+            }
+            for (const New& item : m_new) {
+                if (!there->contains(item.there) || here->contains(item.here)) continue;
+                if (StoredPayloadSize(m_other.Tools(), item.there, kind) == 0) continue;
+                NoteFailed("the " + std::string(name) + " of " + item.name);
+            }
         }
     }
 
@@ -254,11 +265,9 @@ private:
         return found != items.end();
     }
 
-    // Stored in this library, but not as an item that this gallery would place in another folder as well: its row would
-    // be overwritten by the other library's. Nothing when nobody can tell.
-    static std::optional<bool> IsElsewhere(CQItem& item, CQGallery& gallery) {
-        CQItem* known = nullptr;
-        if (gallery.IsItemInFolder(&gallery, &item, known, 1)) return false;
+    // Its row would be overwritten by the other library's, unless the gallery places its own object in another folder
+    // as well. Nothing when nobody can tell.
+    static std::optional<bool> IsStoredHere(const CQItem& item, const CQGallery& gallery) {
         return IsItemStored(*gallery.GetDBTools(), item.GetUniqueID());
     }
 
@@ -349,6 +358,7 @@ private:
     const Console& m_console;
     std::vector<Taken> m_taken;  // Of the folder being filled.
     std::vector<Waiting> m_waiting;
+    std::vector<New> m_new;
     std::set<GUID> m_inPlace;  // Items that stand here in a place that the other library has them in.
     std::vector<Json> m_elsewhere;
     std::vector<std::string> m_foldersMade, m_added, m_already, m_failed;

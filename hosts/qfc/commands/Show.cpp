@@ -75,13 +75,14 @@ int Run(const ShowOptions& options, const Console& console) {
     Galleries galleries(session);
     const FoundItem found = FindItem(galleries, options.gallery, options.item);
     const Tags tags(session);
-    const Json json = Details(*found.gallery, *found.item, tags);
+    Json json = Details(*found.gallery, *found.item, tags);
+    const auto unreadable = UnreadablePayloads(*found.item, *found.gallery->GetDBTools());
     for (const auto& [key, value] : json.items()) {
         const std::string text = key == "tags" ? TagNames(tags.Of(*found.item)) : ValueText(value);
         console.Show(fmt::format("{:<18}  {}", key, text.empty() ? "-" : text));
     }
+    json["unreadable"] = unreadable;
     console.ShowJson(json);
-    const auto unreadable = UnreadablePayloads(*found.item, *found.gallery->GetDBTools());
     for (const std::string& payload : unreadable) console.Complain("cannot read the " + payload + " of the item");
     return unreadable.empty() ? kDone : kFailed;
 }

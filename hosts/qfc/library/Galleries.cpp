@@ -170,14 +170,13 @@ bool Galleries::IsWithoutFolder(int id) const {
     if (row == rows.end()) return false;
     const ReadSession reader(LibraryPath());
     if (!reader.IsOpen()) return false;
-    if (row->rootFolder < 0) {
-        // Its folder may be one of those that no gallery names.
-        const auto roots = StoredSubFolders(reader.Tools(), kAboveGalleries);
-        const auto isNamed = [&](int root) {
-            return std::ranges::find(rows, root, &StoredGallery::rootFolder) != rows.end();
-        };
-        return roots && std::ranges::all_of(*roots, isNamed);
-    }
+    // Its folder may be one of those that no gallery names.
+    const auto roots = StoredSubFolders(reader.Tools(), kAboveGalleries);
+    const auto isNamed = [&](int root) {
+        return std::ranges::find(rows, root, &StoredGallery::rootFolder) != rows.end();
+    };
+    if (!roots || !std::ranges::all_of(*roots, isNamed)) return false;
+    if (row->rootFolder < 0) return true;
     const auto folders = StoredSubFolders(reader.Tools(), row->rootFolder);
     const auto items = StoredItems(reader.Tools(), row->rootFolder);
     return IsFolderGone(reader.Tools(), row->rootFolder) && folders && folders->empty() && items && items->empty();

@@ -35,6 +35,7 @@ public:
     OtherLibrary(const OtherLibrary&) = delete;
     OtherLibrary& operator=(const OtherLibrary&) = delete;
 
+    DBTools& Tools() const { return m_reader->Tools(); }
     std::vector<GalleryName> Stored() const;
     // With their tags. Throws Failure when they cannot be read.
     std::vector<CTagCategory> Categories() const;

@@ -57,6 +57,14 @@ std::optional<int> StoredPayloadSize(DBTools& tools, const GUID& guid, int kind)
     });
 }
 
+std::optional<std::set<GUID>> ItemsWithPayload(DBTools& tools, int kind) {
+    std::vector<qfc::PayloadSize> rows;
+    if (!tools.QueryCacheSizes(kind, rows)) return std::nullopt;
+    std::set<GUID> items;
+    for (const qfc::PayloadSize& row : rows) items.insert(row.itemId);
+    return items;
+}
+
 bool IsItemGone(DBTools& tools, const GUID& guid) { return IsItemStored(tools, guid) == false; }
 
 std::optional<std::set<GUID>> StoredLinks(DBTools& tools, const GUID& guid) {

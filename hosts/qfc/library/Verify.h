@@ -34,6 +34,8 @@ inline constexpr std::pair<int, const char*> kPayloadNames[] = {{0, "bitmap cach
 // How many bytes the database says that the item's payload of the kind has, 0 without one. Nothing when it cannot be
 // read.
 std::optional<int> StoredPayloadSize(DBTools& tools, const GUID& guid, int kind);
+// The items of which the database has a payload of the kind, be it of size 0; nothing when it cannot be read.
+std::optional<std::set<GUID>> ItemsWithPayload(DBTools& tools, int kind);
 // True when the database answers and says that there is no such item.
 bool IsItemGone(DBTools& tools, const GUID& guid);
 // The tags that the database links to the item, both living or not; nothing when it cannot be read.
