@@ -146,6 +146,7 @@ TEST_F(CommandsImportElsewhere, WhateverCannotBeReadThere_NothingComesAsAnotherT
     EXPECT_EQ(Other({"mv", "F\\a.ppm", "a--b\\c"}).exit, 0);
     Exec(OtherDatabase(), "update FOLDER_TABLE set TYPE_EXTRA = 9 where FOLDER_NAME = 'a--b'");
     KeepLibrary();
+    int payloadsUnseen = 0;
     const auto look = [&](const QfcResult& result) {
         EXPECT_EQ(Cell("select count(*) from FOLDER_TABLE where FOLDER_NAME = 'a--b' and (TYPE_EXTRA <> 9 or "
                        "TRUSTY_TYPE <> 0)"),
@@ -154,8 +155,10 @@ TEST_F(CommandsImportElsewhere, WhateverCannotBeReadThere_NothingComesAsAnotherT
                                  "select count(*) from CACHE_DATA_TABLE where ITEM_ID = (select ITEM_ID from "
                                  "ITEM_TABLE where ITEM_NAME = 'a.ppm')") == "2";
         EXPECT_TRUE(isWhole || result.exit != 0);
+        payloadsUnseen += result.err.find("cannot tell whether every ") != std::string::npos ? 1 : 0;
     };
     WithEachFailingReadOf("/library.db", {"import-library", OtherDatabase()}, look);
+    EXPECT_GT(payloadsUnseen, 0);
 }
 
 // What stands here has payloads of its own.
@@ -184,9 +187,13 @@ TEST_F(CommandsImportElsewhere, WhatNobodySaw_IsNeitherAddedNorFailed) {
 
 TEST_F(CommandsImportElsewhere, WhateverCannotBeRead_WhatCameOrMayHaveIsTold) {
     EXPECT_EQ(Other({"import", Image("b.ppm", 5), "--folder", "New\\Deep"}).exit, 0);
+    EXPECT_EQ(Other({"tag", "create", "Sea"}).exit, 0);
+    EXPECT_EQ(Other({"tag", "add", "Sea", "F\\a.ppm"}).exit, 0);
     KeepLibrary();
     const auto look = [&](const QfcResult& result) {
         const std::string told = result.out + result.err;
+        const bool isLinked = Cell("select count(*) from TAG_ITEM_RELATION_TABLE") == "1";
+        EXPECT_TRUE(!isLinked || told.find("cannot bring in the tags of Media: F") == std::string::npos);
         EXPECT_NE(told.find(" added, "), std::string::npos);
         for (const std::string name : {"a.ppm", "b.ppm"}) {
             const bool isHere = Cell("select count(*) from ITEM_TABLE where ITEM_NAME = '" + name + "'") != "0";

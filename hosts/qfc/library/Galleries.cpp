@@ -170,16 +170,18 @@ bool Galleries::IsWithoutFolder(int id) const {
     if (row == rows.end()) return false;
     const ReadSession reader(LibraryPath());
     if (!reader.IsOpen()) return false;
-    // Its folder may be one of those that no gallery names.
-    const auto roots = StoredSubFolders(reader.Tools(), kAboveGalleries);
+    const auto isEmpty = [&](int folder) {
+        const auto folders = StoredSubFolders(reader.Tools(), folder);
+        const auto items = StoredItems(reader.Tools(), folder);
+        return folders && folders->empty() && items && items->empty();
+    };
     const auto isNamed = [&](int root) {
         return std::ranges::find(rows, root, &StoredGallery::rootFolder) != rows.end();
     };
-    if (!roots || !std::ranges::all_of(*roots, isNamed)) return false;
-    if (row->rootFolder < 0) return true;
-    const auto folders = StoredSubFolders(reader.Tools(), row->rootFolder);
-    const auto items = StoredItems(reader.Tools(), row->rootFolder);
-    return IsFolderGone(reader.Tools(), row->rootFolder) && folders && folders->empty() && items && items->empty();
+    // Its folder may be one of those that no gallery names.
+    const auto roots = StoredSubFolders(reader.Tools(), kAboveGalleries);
+    if (!roots || !std::ranges::all_of(*roots, [&](int root) { return isNamed(root) || isEmpty(root); })) return false;
+    return row->rootFolder < 0 || (IsFolderGone(reader.Tools(), row->rootFolder) && isEmpty(row->rootFolder));
 }
 
 CQGallery& Galleries::Counterpart(const GalleryName& other) {

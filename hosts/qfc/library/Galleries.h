@@ -48,7 +48,7 @@ public:
     // How many rows the library has of the id; of several the first alone is reached.
     std::size_t CountRows(int id) const;
     // The gallery's row names no folder, or one that the database does not have, with nothing below or in it; and there
-    // is none that could be its own since no gallery names it. Such a gallery cannot be loaded.
+    // is no filled one that could be its own since no gallery names it. Such a gallery cannot be loaded.
     bool IsWithoutFolder(int id) const;
 
     // The gallery of this library that answers to one of another: the same predefined one, else the one of that name.
