@@ -9,7 +9,6 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <string>
-#include <string_view>
 #include <unistd.h>
 
 namespace {
@@ -23,9 +22,9 @@ bool IsTheFile(int file) {
     char opened[PATH_MAX];
     const std::string link = "/proc/self/fd/" + std::to_string(file);
     const ssize_t length = readlink(link.c_str(), opened, sizeof opened);
-    const std::string_view whole(opened, length > 0 ? static_cast<std::size_t>(length) : 0);
-    const std::string_view end(path);
-    return whole.size() >= end.size() && whole.substr(whole.size() - end.size()) == end;
+    const std::string whole(opened, length > 0 ? static_cast<std::size_t>(length) : 0);
+    const std::string end(path);
+    return whole.size() >= end.size() && whole.compare(whole.size() - end.size(), end.size(), end) == 0;
 }
 
 bool IsItsTurn(int file) {
