@@ -27,6 +27,10 @@ protected:
     QfcResult Qfc(const Args& arguments, const QfcWorld& world = {}) const {
         return QfcProcess(WithLibrary(arguments), world).Wait();
     }
+    // As somebody who sits before a terminal sees it: what the program prints is in the errors.
+    QfcResult QfcOnATerminal(const Args& arguments) const {
+        return Qfc(arguments, {.terminal = true, .outToTerminal = true});
+    }
     // Ctrl-C and its like in the middle of a change: another writer holds the program up until the signal has come.
     QfcResult QfcInterrupted(const Args& arguments, int nSignal) const {
         RawDb writer(Database());
@@ -83,6 +87,15 @@ protected:
     std::string Media(const std::string& name) const { return m_media / name; }
 
     // --- Looking ---------------------------------------------------------------------------------------------------
+    // In that order.
+    static void ExpectSteps(const QfcResult& result, const Args& steps) {
+        EXPECT_EQ(result.exit, 0);
+        std::size_t at = 0;
+        for (const std::string& step : steps) {
+            at = std::min(result.err.find(step, at), result.err.size());
+            EXPECT_LT(at, result.err.size()) << step << " in " << result.err;
+        }
+    }
     std::string Database() const { return m_library + "/CinelumeDatabase.db"; }
     // Names of the items of a folder, in their order.
     std::vector<std::string> ItemsOf(const std::string& folder, const Args& more = {}) const {

@@ -90,12 +90,7 @@ TEST_F(CommandsFolders, RmdirRecursive_AFolderThatStaysKeepsThoseAboveIt) {
 
 TEST_F(CommandsFolders, RmdirRecursive_ShowsOnATerminalHowFarItIs) {
     Done({"mkdir", "A\\B\\C"});
-    QfcProcess process(WithLibrary({"rmdir", "A", "--recursive"}), {.terminal = true, .outToTerminal = true});
-    const QfcResult result = process.Wait();
-    EXPECT_EQ(result.exit, 0);
-    for (const char* step : {"1/3 A\\B\\C", "2/3 A\\B", "3/3 A"}) {
-        EXPECT_NE(result.err.find(step), std::string::npos) << step;
-    }
+    ExpectSteps(QfcOnATerminal({"rmdir", "A", "--recursive"}), {"1/3 A\\B\\C", "2/3 A\\B", "3/3 A"});
 }
 
 TEST_F(CommandsFolders, RmdirRefusesTheGallery) {

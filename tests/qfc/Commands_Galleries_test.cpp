@@ -179,12 +179,7 @@ TEST_F(CommandsGalleries, AGalleryWhoseFolderNobodyNames_IsNotPassedOver) {
 TEST_F(CommandsGalleries, RmShowsOnATerminalHowFarItIs) {
     Done({"mkdir", "A\\B"});
     Done({"mkdir", "C"});
-    QfcProcess process(WithLibrary({"gallery", "rm", "Media"}), {.terminal = true, .outToTerminal = true});
-    const QfcResult result = process.Wait();
-    EXPECT_EQ(result.exit, 0);
-    for (const char* step : {"1/3 A\\B", "2/3 A", "3/3 C"}) {
-        EXPECT_NE(result.err.find(step), std::string::npos) << step;
-    }
+    ExpectSteps(QfcOnATerminal({"gallery", "rm", "Media"}), {"1/3 A\\B", "2/3 A", "3/3 C"});
 }
 
 // Every row of the id would go, and with them the only way to the folders of the others.

@@ -140,6 +140,16 @@ TEST_F(CommandsImportElsewhere, AnItemThatComesWithoutAPayload_IsTold) {
     EXPECT_EQ(report["failed"], Json{"the black box of Media: F\\a.ppm"});
 }
 
+// Without the attribute bit no film is the item's, whatever the table holds.
+TEST_F(CommandsImportElsewhere, StrayBytesOfAFilmAreNotMissed) {
+    Exec(OtherDatabase(),
+         "insert into CACHE_DATA_TABLE (ITEM_ID, CACHE_DATA_TYPE, COMPRESSED_SIZE, PRE_COMPRESSED_SIZE, "
+         "COMPRESSED_DATA) select ITEM_ID, 2, 0, 4, x'01020304' from ITEM_TABLE where ITEM_NAME = 'a.ppm'");
+    EXPECT_EQ(Other({"show", "F\\a.ppm"}).exit, 0);
+    EXPECT_EQ(Done({"import-library", OtherDatabase()})["added"], Json{"Media: F\\a.ppm"});
+    EXPECT_EQ(Cell("select count(*) from CACHE_DATA_TABLE where CACHE_DATA_TYPE = 2"), "0");
+}
+
 // What is read there comes as what it is, or it is told.
 TEST_F(CommandsImportElsewhere, WhateverCannotBeReadThere_NothingComesAsAnotherThingThanItIs) {
     EXPECT_EQ(Other({"mkdir", "a--b\\c"}).exit, 0);

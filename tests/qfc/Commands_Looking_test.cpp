@@ -216,6 +216,27 @@ TEST_F(CommandsLooking, ThumbsTellsCompressedFromUncompressedBitmaps) {
     EXPECT_EQ(text.find(" bytes"), std::string::npos) << text;
 }
 
+TEST_F(CommandsLooking, ThumbsTellsWhatCannotBeReadFromWhatIsNoPicture) {
+    Done({"import", Image("a.ppm"), "--folder", "A"});
+    const auto give = [&](const std::string& bytes) {
+        RawDb(Database())
+            .Exec("update CACHE_DATA_TABLE set PRE_COMPRESSED_SIZE = 4, COMPRESSED_SIZE = 0, COMPRESSED_DATA = " +
+                  bytes + " where CACHE_DATA_TYPE = 0");
+    };
+    give("x'01020304'");
+    EXPECT_NE(Qfc({"thumbs"}).out.find("  no picture   "), std::string::npos);
+    EXPECT_TRUE(Done({"thumbs"})[0]["width"].is_null());
+    EXPECT_EQ(Done({"thumbs"})[0]["readable"], true);
+    give("x''");
+    const Json thumb = Document({"thumbs"}, 1)[0];
+    EXPECT_TRUE(thumb["height"].is_null());
+    EXPECT_EQ(thumb["readable"], false);
+    const QfcResult result = Qfc({"thumbs"});
+    EXPECT_NE(result.out.find("  unreadable   "), std::string::npos);
+    EXPECT_EQ(result.err, "qfc: cannot read the thumbnail of the item " + thumb["guid"].get<std::string>() + "\n");
+    EXPECT_EQ(result.exit, 1);
+}
+
 TEST_F(CommandsLooking, ThumbsOfAnEmptyLibrary_Fails) { Refused({"thumbs"}); }
 
 TEST_F(CommandsLooking, LsByDate_ShowsTheDatesThatItSortsBy) {

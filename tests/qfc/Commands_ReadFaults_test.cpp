@@ -287,6 +287,15 @@ TEST_F(CommandsReadFaults, WhatWasImportedByItselfAndRemovedDoesNotComeBack) {
     WithEachFailingReadFromTheStart(automatic, [&](const QfcResult&) { EXPECT_EQ(Stored("x.ppm"), "0"); });
 }
 
+TEST_F(CommandsReadFaults, ThumbsAreAllThere_OrItIsToldThatTheyAreNot) {
+    const std::string whole = Qfc({"thumbs"}).out;
+    EXPECT_EQ(std::count(whole.begin(), whole.end(), '\n'), 3);
+    WithEachFailingReadFromTheStart({"thumbs"}, [&](const QfcResult& result) {
+        EXPECT_TRUE(result.exit != 0 || result.out == whole);
+        EXPECT_TRUE(result.exit == 0 || !result.err.empty());
+    });
+}
+
 TEST_F(CommandsReadFaults, WhatIsRememberedIsNotSaidToBeForgotten) {
     WithEachFailingRead({"import", "--auto", Image("x.ppm", 11), "--folder", "F"}, [&](const QfcResult& result) {
         if (Sql("select count(*) from ITEM_AUTO_LOADED_TABLE") == "1") {

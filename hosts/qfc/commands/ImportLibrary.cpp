@@ -90,7 +90,8 @@ private:
 
     struct New {
         std::string name;
-        GUID there, here;
+        CQItem* from;
+        GUID guid;
         DBTools* tools;
     };
 
@@ -224,8 +225,7 @@ private:
             if (isStored == true) {
                 m_tags.Note(*taken.from, *taken.item, taken.name);
                 NoteAdded(taken.name, taken.guid);
-                if (taken.isNew)
-                    m_new.push_back({taken.name, taken.from->GetUniqueID(), taken.guid, target.GetDBTools()});
+                if (taken.isNew) m_new.push_back({taken.name, taken.from, taken.guid, target.GetDBTools()});
             } else if (isStored == false || (stored && !isPlaced)) {
                 NoteFailed(taken.name);
             } else {
@@ -240,19 +240,27 @@ private:
 
     // The library brings an item without a payload that it cannot read there.
     void LookForPayloads() {
+        if (m_new.empty()) return;
         for (const auto& [kind, name] : kPayloadNames) {
-            const auto there = m_new.empty() ? std::set<GUID>{} : ItemsWithPayload(m_other.Tools(), kind);
-            const auto here = m_new.empty() ? std::set<GUID>{} : ItemsWithPayload(*m_new.front().tools, kind);
+            const auto there = ItemsWithPayload(m_other.Tools(), kind);
+            const auto mayCome = [&](const New& item) { return !there || there->contains(item.from->GetUniqueID()); };
+            if (std::ranges::none_of(m_new, mayCome)) continue;
+            const auto here = ItemsWithPayload(*m_new.front().tools, kind);
             if (!there || !here) {
-                NoteUnseen(std::string("every ") + name);
+                NoteUnseen("every " + std::string(name));
                 continue;
             }
             for (const New& item : m_new) {
-                if (!there->contains(item.there) || here->contains(item.here)) continue;
-                if (StoredPayloadSize(m_other.Tools(), item.there, kind) == 0) continue;
-                NoteFailed("the " + std::string(name) + " of " + item.name);
+                if (mayCome(item) && !here->contains(item.guid)) NoteLacking(item, kind, name);
             }
         }
+    }
+
+    void NoteLacking(const New& item, int kind, const std::string& payload) {
+        const auto hadBytes = HasStoredPayload(m_other.Tools(), *item.from, kind);
+        const std::string what = "the " + payload + " of " + item.name;
+        if (hadBytes == true) NoteFailed(what);
+        if (!hadBytes) NoteUnseen(what);
     }
 
     // In the folder already, by its file or by its GUID.

@@ -51,8 +51,7 @@ std::vector<std::string> UnreadablePayloads(CQItem& item, DBTools& tools) {
     const bool isLoaded[] = {item.GetCache() != nullptr, item.GetBlackBox() != nullptr, item.TryLoadFilm() != 0};
     std::vector<std::string> unreadable;
     for (const auto& [kind, name] : kPayloadNames) {
-        if (isLoaded[kind] || StoredPayloadSize(tools, std::as_const(item).GetUniqueID(), kind) == 0) continue;
-        unreadable.emplace_back(name);
+        if (!isLoaded[kind] && HasStoredPayload(tools, item, kind) != false) unreadable.emplace_back(name);
     }
     return unreadable;
 }

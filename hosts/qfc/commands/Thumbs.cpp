@@ -1,8 +1,11 @@
 #include "api/QFCLib.h"
+#include "db/DbRecords.h"
 #include "hosts/qfc/cli/Exit.h"
 #include "hosts/qfc/commands/Commands.h"
+#include "hosts/qfc/library/ReadSession.h"
 #include "hosts/qfc/library/Session.h"
 #include "hosts/qfc/library/Text.h"
+#include "hosts/qfc/library/Verify.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -15,28 +18,68 @@ std::string StoredAs(const _DS_LibItemTunmbnailInfo_& thumbnail) {
     return thumbnail.nCompressedSize == 0 ? "uncompressed" : std::to_string(thumbnail.nCompressedSize) + " bytes";
 }
 
+// The library lists a bitmap without sizes when it cannot read it, and when it is no picture. False when it cannot be
+// read now either.
+bool LookAtBitmap(DBTools& tools, _DS_LibItemTunmbnailInfo_& thumbnail) {
+    if (thumbnail.sizeBitmapCache.cx != -1) return true;
+    CQItem item;
+    item.SetUniqueID(thumbnail.guidItem);
+    item.fnSetDbTools(&tools);
+    const bool isRead = item.LoadCacheDataFromDb(kBitmapCache) != 0;
+    thumbnail.sizeBitmapCache = item.GetBitmapCacheSize();
+    return isRead;
+}
+
+// The same of the path, and of the type with it.
+bool LookAtItem(DBTools& tools, _DS_LibItemTunmbnailInfo_& thumbnail) {
+    if (!thumbnail.strPath.IsEmpty()) return true;
+    const auto item = LoadFresh(tools, thumbnail.guidItem);
+    if (!item) return IsItemGone(tools, thumbnail.guidItem);
+    thumbnail.strPath = item->GetFileName();
+    thumbnail.dwItemType = item->GetItemType();
+    return true;
+}
+
+// The library's list ends without a word where it cannot go on.
+bool IsWhole(const ReadSession& reader, const std::vector<_DS_LibItemTunmbnailInfo_>& thumbnails) {
+    auto stored = ItemsWithPayload(reader.Tools(), kBitmapCache);
+    for (const auto& thumbnail : thumbnails) {
+        if (stored) stored->erase(thumbnail.guidItem);
+    }
+    return stored && stored->empty();
+}
+
 }  // namespace
 
 int Run(const ThumbsOptions&, const Console& console) {
     const Session session;
     std::vector<_DS_LibItemTunmbnailInfo_> thumbnails;
     if (!QFCLibraryManager::fnQueryLibItemThumbnailInfo(thumbnails)) throw Failure("cannot list the thumbnails");
+    const ReadSession reader(LibraryPath());
+    if (!reader.IsOpen()) throw Failure("cannot read " + LibraryPath());
     Json json = Json::array();
-    for (const auto& thumbnail : thumbnails) {
+    std::vector<std::string> unreadable;
+    for (auto& thumbnail : thumbnails) {
         const std::string guid = GuidToText(thumbnail.guidItem);
+        const bool isReadable = LookAtBitmap(reader.Tools(), thumbnail) && LookAtItem(reader.Tools(), thumbnail);
         const auto [width, height] = thumbnail.sizeBitmapCache;
         json.push_back({{"guid", guid},
                         {"type", thumbnail.dwItemType},
                         {"compressedBytes", thumbnail.nCompressedSize},
-                        {"width", width},
-                        {"height", height},
+                        {"width", width == -1 ? Json(nullptr) : Json(width)},
+                        {"height", width == -1 ? Json(nullptr) : Json(height)},
+                        {"readable", isReadable},
                         {"file", ToText(thumbnail.strPath)}});
-        console.Show(fmt::format("{}  {:>4} x {:<4}  {:>13}  {}", guid, width, height, StoredAs(thumbnail),
+        const std::string size = width == -1 ? "no picture" : fmt::format("{:>4} x {}", width, height);
+        console.Show(fmt::format("{}  {:<11}  {:>13}  {}", guid, isReadable ? size : "unreadable", StoredAs(thumbnail),
                                  ToText(thumbnail.strPath)));
+        if (!isReadable) unreadable.push_back(guid);
     }
     console.ShowJson(json);
+    for (const std::string& guid : unreadable) console.Complain("cannot read the thumbnail of the item " + guid);
+    if (!IsWhole(reader, thumbnails)) throw Failure("cannot list every thumbnail");
     if (json.empty()) throw Failure("no thumbnails");
-    return kDone;
+    return unreadable.empty() ? kDone : kFailed;
 }
 
 }  // namespace qfc::host

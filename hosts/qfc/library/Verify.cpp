@@ -2,6 +2,7 @@
 
 #include "api/QFCLib.h"
 #include "db/CppSQLite3.h"
+#include "db/DbRecords.h"
 #include "hosts/qfc/library/Tree.h"
 
 #include <algorithm>
@@ -49,11 +50,12 @@ std::optional<bool> IsItemStored(DBTools& tools, const GUID& guid) {
     return !query.eof();
 }
 
-std::optional<int> StoredPayloadSize(DBTools& tools, const GUID& guid, int kind) {
-    return Guarded([&]() -> std::optional<int> {
+std::optional<bool> HasStoredPayload(DBTools& tools, CQItem& item, int kind) {
+    if (kind == kFilm && (item.GetAttrib() & kAttribHasFilm) == 0) return false;
+    return Guarded([&]() -> std::optional<bool> {
         CppSQLite3Query query;
-        if (!tools.QueryCacheData(guid, kind, query)) return std::nullopt;
-        return query.eof() ? 0 : query.getIntField("PRE_COMPRESSED_SIZE", 0);
+        if (!tools.QueryCacheData(std::as_const(item).GetUniqueID(), kind, query)) return std::nullopt;
+        return !query.eof() && query.getIntField("PRE_COMPRESSED_SIZE", 0) != 0;
     });
 }
 

@@ -31,9 +31,9 @@ std::optional<bool> HoldsItem(CQFolder& folder, const GUID& guid);
 std::optional<bool> IsItemStored(DBTools& tools, const GUID& guid);
 // The kinds of an item's payloads, for people.
 inline constexpr std::pair<int, const char*> kPayloadNames[] = {{0, "bitmap cache"}, {1, "black box"}, {2, "film"}};
-// How many bytes the database says that the item's payload of the kind has, 0 without one. Nothing when it cannot be
-// read.
-std::optional<int> StoredPayloadSize(DBTools& tools, const GUID& guid, int kind);
+// Whether the database says that the item has bytes of the kind; a film is the item's only with its bit. Nothing when
+// it cannot be read.
+std::optional<bool> HasStoredPayload(DBTools& tools, CQItem& item, int kind);
 // The items of which the database has a payload of the kind, be it of size 0; nothing when it cannot be read.
 std::optional<std::set<GUID>> ItemsWithPayload(DBTools& tools, int kind);
 // True when the database answers and says that there is no such item.
