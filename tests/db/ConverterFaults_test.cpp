@@ -2,8 +2,11 @@
 // not called damaged.
 #include "tests/support/ConverterFaults.h"
 
+#include "db/LibrarySnapshot.h"
 #include "platform/text/CodePages.h"
 #include "tests/db/LibraryCheckTest.h"
+
+#include <set>
 
 namespace {
 
@@ -38,6 +41,74 @@ TEST_F(NamesThatCannotBeConverted, FoldersAndItemsStayAsTheyAre) {
     EXPECT_EQ(RawDb(m_path).Cell("select FOLDER_NAME from FOLDER_TABLE where ID = " + std::to_string(folder)),
               "'Paris \xC3\xA9'");
     EXPECT_EQ(RawDb(m_path).Cell("select ITEM_NAME from ITEM_TABLE"), "'Paris'");
+}
+
+// A path that cannot be converted names no file: another one would be opened, or made, in its place.
+class PathsThatCannotBeConverted : public NamesThatCannotBeConverted {
+protected:
+    void SetUp() override {
+        m_path = m_folder / "caf\xE9.db";
+        Open();
+        EXPECT_TRUE(AddGallery(1) >= 0);
+        m_tools.reset();
+    }
+    std::set<std::string> Files() const {
+        const auto names = m_folder.Entries();
+        return {names.begin(), names.end()};
+    }
+    const std::string m_other = m_folder / "autre\xE9.db";
+};
+
+TEST_F(PathsThatCannotBeConverted, NoLibraryIsOpenedOrMade) {
+    const auto open = [](const std::string& path) {
+        bool ok = true;
+        const DBTools tools(CString(path.c_str()), ok);
+        return ok;
+    };
+    const auto before = Files();
+    OnNewThread([&] {
+        {
+            const ConverterFaults faults;
+            EXPECT_FALSE(open(m_path));
+            EXPECT_FALSE(open(m_other));
+            EXPECT_GT(faults.Refused(), 0);
+        }
+        EXPECT_EQ(Files(), before);
+        EXPECT_TRUE(open(m_path));
+    });
+}
+
+TEST_F(PathsThatCannotBeConverted, NothingIsExported) {
+    Open();
+    const auto before = Files();
+    OnNewThread([&] {
+        {
+            const ConverterFaults faults;
+            EXPECT_FALSE(m_tools->ExportDatabase(CString(m_other.c_str())));
+            EXPECT_GT(faults.Refused(), 0);
+        }
+        EXPECT_EQ(Files(), before);
+        EXPECT_TRUE(m_tools->ExportDatabase(CString(m_other.c_str())));
+    });
+    EXPECT_EQ(RawDb(m_folder / "autre\xC3\xA9.db").Cell("select GALLERY_ID from GALLERY_TABLE"), "1");
+}
+
+TEST_F(PathsThatCannotBeConverted, NothingIsCheckedOrCopied) {
+    const auto before = Files();
+    OnNewThread([&] {
+        std::vector<qfc::LibraryFinding> findings;
+        {
+            const ConverterFaults faults;
+            EXPECT_EQ(fnCheckLibrary(m_path.c_str(), findings), 0);
+            EXPECT_EQ(fnSnapshotLibrary(m_path.c_str(), m_other.c_str()), 0);
+            EXPECT_GT(faults.Refused(), 0);
+        }
+        EXPECT_TRUE(findings.empty());
+        EXPECT_EQ(Files(), before);
+        EXPECT_EQ(fnCheckLibrary(m_path.c_str(), findings), 1);
+        EXPECT_EQ(fnSnapshotLibrary(m_path.c_str(), m_other.c_str()), 1);
+    });
+    EXPECT_EQ(RawDb(m_folder / "autre\xC3\xA9.db").Cell("select GALLERY_ID from GALLERY_TABLE"), "1");
 }
 
 using PayloadsThatCannotBeUnpacked = LibraryCheckTest;

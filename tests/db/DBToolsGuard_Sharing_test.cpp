@@ -7,6 +7,7 @@
 #include <functional>
 #include <sqlite3.h>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -113,17 +114,22 @@ TEST_F(DBToolsGuard, QueryWithARowThatCannotBeReadIsFalse) {
 TEST_F(DBToolsGuard, EveryQuerySlotComesBackDetached) {
     ASSERT_TRUE(AddItem(1, AddFolder("a", AddGallery(1)), 0, Repeated(10, 1)));
     const GUID item = MakeGuid(1);
-    CppSQLite3Query query;
-    EXPECT_TRUE(m_tools->QueryFolder(1, query));
-    EXPECT_TRUE(m_tools->QueryChildFolders(1, query));
-    EXPECT_TRUE(m_tools->QueryFolderItems(2, query));
-    EXPECT_TRUE(m_tools->QueryItem(item, query));
-    EXPECT_TRUE(m_tools->QueryItemTags(item, query));
-    EXPECT_TRUE(m_tools->QueryItemByName("clip", query));
-    EXPECT_TRUE(m_tools->QueryCacheData(item, 1, query));
-    EXPECT_TRUE(m_tools->QueryCacheDataByType(1, query));
-    EXPECT_EQ(sqlite3_next_stmt(m_connection, nullptr), nullptr);
-    EXPECT_FALSE(query.eof());
+    ASSERT_TRUE(m_tools->InsertTag2Item(item, MakeGuid(90)));
+    const std::pair<const char*, std::function<bool(CppSQLite3Query&)>> slots[] = {
+        {"QueryFolder", [&](auto& query) { return m_tools->QueryFolder(1, query); }},
+        {"QueryChildFolders", [&](auto& query) { return m_tools->QueryChildFolders(1, query); }},
+        {"QueryFolderItems", [&](auto& query) { return m_tools->QueryFolderItems(2, query); }},
+        {"QueryItem", [&](auto& query) { return m_tools->QueryItem(item, query); }},
+        {"QueryItemTags", [&](auto& query) { return m_tools->QueryItemTags(item, query); }},
+        {"QueryItemByName", [&](auto& query) { return m_tools->QueryItemByName("clip", query); }},
+        {"QueryCacheData", [&](auto& query) { return m_tools->QueryCacheData(item, 1, query); }},
+        {"QueryCacheDataByType", [&](auto& query) { return m_tools->QueryCacheDataByType(1, query); }}};
+    for (const auto& [name, ask] : slots) {
+        CppSQLite3Query query;
+        EXPECT_TRUE(ask(query)) << name;
+        EXPECT_FALSE(query.eof()) << name;
+        EXPECT_EQ(sqlite3_next_stmt(m_connection, nullptr), nullptr) << name;
+    }
 }
 
 // --- Without a connection ---

@@ -114,6 +114,20 @@ TEST_P(CQFolder_DbLoad, SubFolders_StandByIndexAndByRowAmongEqualOnes) {
     EXPECT_EQ(deep->GetParent()->GetDBId(), 3);
 }
 
+TEST_P(CQFolder_DbLoad, ManySubFoldersOfFewIndexes_StandByRowAmongEqualOnes) {
+    Texts expected[3];
+    for (int i = 0; i < 60; ++i) {
+        const std::string name = std::to_string((i * 37 + 11) % 60);
+        const int index = i * 7 % 3;
+        AddFolderRow(i + 2, kRoot, name.c_str(), index);
+        expected[index].push_back(name);
+    }
+    Texts all;
+    for (const Texts& names : expected) all.insert(all.end(), names.begin(), names.end());
+    ASSERT_EQ(Load(), 1);
+    EXPECT_EQ(Names(gallery.GetFolderList()), all);
+}
+
 TEST_P(CQFolder_DbLoad, SubFolders_GetStorageNumbersInTheOrderTheyAreAdded) {
     AddFolderRow(2, kRoot, "a", 9);
     AddFolderRow(3, kRoot, "b", 1);

@@ -143,6 +143,22 @@ TEST_F(ImportFromLibrary, Payloads_AreFetchedInTheOrderBlackBoxBitmapFilm) {
     EXPECT_EQ(asked.kinds, (std::vector<int>{1, 0, 2}));
 }
 
+TEST_F(ImportFromLibrary, PayloadsInMemory_AreNotFetchedOverByStoredOnes) {
+    LibraryFile other("other.db");
+    const std::unique_ptr<CQItem> stored(NewFilledItem(1));
+    stored->fnSetDbTools(other.Tools());
+    ASSERT_EQ(stored->UpdateItemDB(), 1);
+    bool ok = false;
+    AskedTools asked(other.Path().c_str(), ok);
+    foreign.fnSetDbTools(&asked);
+    ASSERT_EQ(foreign.fnLoadItemFromDb(), 1);
+    GiveBlackBox(foreign, Pattern(4321));
+    EXPECT_EQ(a.AddItemFromImportLib(&foreign), 1);
+    EXPECT_EQ(asked.kinds, (std::vector<int>{0, 2}));
+    ASSERT_EQ(g_requests.size(), 1u);
+    EXPECT_EQ(g_requests[0].blackBox, 4321u);
+}
+
 TEST_F(ImportFromLibrary, AllPayloads_AreFetchedInOrderAndLandInTheTargetsRows) {
     SqlTrace trace;
     LibraryFile other("other.db");

@@ -100,6 +100,7 @@ protected:
         source->m_dwNextFolderNumber = 6;
         source->m_dwStorageNumber = 7;
         AddSub(*source, "child");
+        AddNew(*source, 1, "", 2);  // Of a type that the adopt mask has.
     }
 
     // Addresses that are only compared.

@@ -3,6 +3,7 @@
 #include "db/DBTools.h"
 #include "platform/os/FolderLock.h"
 #include "platform/text/CodePages.h"
+#include "tests/support/ConverterFaults.h"
 #include "tests/support/LibraryFixture.h"
 #include "tests/support/RawDb.h"
 #include "tests/support/SqlTrace.h"
@@ -273,6 +274,29 @@ TEST_F(LibraryOpening, DataFolderOfTooManyBytesInUtf8_FailsTheStartAndFixesNothi
         EXPECT_TRUE(QFCLibraryManager::GetDatabasePath().IsEmpty());
         ASSERT_TRUE(qfc::SetDataFolder((Scratch() / std::string(84, '\xA1')).c_str()));
         EXPECT_EQ(Start(), 1);
+        EXPECT_EQ(Stop(), 1);
+    });
+}
+
+// Whether the folder is settled by then or not.
+TEST_F(LibraryOpening, DataFolderThatCannotBeConvertedForALackOfMemory_FailsTheStartAndMakesNothing) {
+    if (!qfc::SetDataFolder(DataFolder().c_str())) GTEST_SKIP() << "the path is fixed once a process";
+    ExpectInAChild([] {
+        ASSERT_TRUE(qfc::SetAnsiCodePage("CP1252"));
+        ASSERT_TRUE(qfc::SetDataFolder((Scratch() / "caf\xE9").c_str()));
+        const auto library = Scratch() / "caf\xC3\xA9/CinelumeDatabase.db";
+        for (const bool isPathKnown : {false, true}) {
+            qfc::test::OnNewThread([&] {
+                const qfc::test::ConverterFaults faults;
+                EXPECT_THROW(Start(), std::bad_alloc);
+                EXPECT_THROW(QFCLibraryManager::fnClearDBContent(), std::bad_alloc);
+                EXPECT_GT(faults.Refused(), 0);
+            });
+            EXPECT_FALSE(fs::exists(library));
+            EXPECT_FALSE(isPathKnown && QFCLibraryManager::GetDatabasePath().IsEmpty());
+        }
+        EXPECT_EQ(Start(), 1);
+        EXPECT_TRUE(fs::exists(library));
         EXPECT_EQ(Stop(), 1);
     });
 }

@@ -120,6 +120,14 @@ TEST(OperationQueues, OperationsQueuedAfterARefill_WaitForTheNext) {
     EXPECT_EQ(dispatch.TakeAll(), "D2 O1 O2");
 }
 
+TEST(OperationQueues, ARefillOfDeferredOnesTakesAtMostThree) {
+    Dispatch dispatch;
+    dispatch.Push('D', 7);
+    EXPECT_EQ(dispatch.Take(), "D1");
+    dispatch.Push('O');
+    EXPECT_EQ(dispatch.TakeAll(), "D2 D3 O1 D4 D5 D6 D7");
+}
+
 TEST(OperationQueues, ARefillTakesAtMostFifteen) {
     Dispatch dispatch;
     dispatch.Push('O', 14);
