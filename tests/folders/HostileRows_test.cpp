@@ -1,4 +1,5 @@
 #include "folders/FolderConstants.h"
+#include "folders/FolderDisplay.h"
 #include "tests/folders/LoadFixture.h"
 
 #include <gtest/gtest.h>
@@ -66,6 +67,29 @@ TEST_P(HostileRows, GuidsOfAWrongLengthOrType_AreSkipped) {
     CQFolder* folder = gallery.GetFolderByName("A");
     EXPECT_EQ(folder->GetItemsCount(), 1);
     EXPECT_TRUE(folder->HasItem(GuidOf(7), 0));
+}
+
+// Encoded names that lie about their lengths: what they show is found again, and every look ends.
+TEST_P(HostileRows, NamesThatLieAboutTheirLengths_AreShownAndFound) {
+    const Texts names = {"||-4||x",
+                         "||0||",
+                         "||99||short",
+                         "||2147483647||a||-2147483648||b",
+                         "||99999999999999999999||x",
+                         "||3||abc||-1||d",
+                         "--||5||",
+                         std::string(1 << 20, '|')};
+    for (std::size_t i = 0; i < names.size(); ++i) AddFolderRow(static_cast<int>(i) + 2, kRoot, names[i]);
+    ASSERT_EQ(Load(), 1);
+    EXPECT_TRUE(Names(gallery.GetFolderList()) == names);
+    for (CQFolder* folder : *gallery.GetFolderList()) {
+        const CString shown = FolderDisplayName(folder, nullptr);
+        SCOPED_TRACE(std::string(shown.View().substr(0, 80)));
+        EXPECT_TRUE(FolderDisplayPath(folder, nullptr) == shown);
+        CQFolder* found = gallery.GetSubFolderByDisplayPath(shown, nullptr);
+        ASSERT_NE(found, nullptr);
+        EXPECT_TRUE(FolderDisplayName(found, nullptr) == shown);
+    }
 }
 
 TEST_P(HostileRows, RowsBelowTheDepthBound_AreLeftOutOfTheTree) {

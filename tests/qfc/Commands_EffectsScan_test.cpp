@@ -1,7 +1,9 @@
 // Scanning folders of effect files into the library.
 #include "EffectsTest.h"
 
+#include <chrono>
 #include <csignal>
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <thread>
 
@@ -88,6 +90,10 @@ TEST_F(EffectsScan, AFailedFileIsARowWithoutFiltersAndIsTriedAgainOnlyWhenAskedO
     EXPECT_EQ(Values(Scan({"--retry"})["failed"], "file"), Names{file});
     Junk("bad.so", "another content");
     EXPECT_EQ(Values(Scan()["failed"], "file"), Names{file});
+    Junk("bad.so", "equal in length");
+    std::filesystem::last_write_time(file, std::filesystem::last_write_time(file) + std::chrono::hours(1));
+    EXPECT_EQ(Values(Scan()["failed"], "file"), Names{file});
+    EXPECT_EQ(Values(Scan()["failedBefore"], "file"), Names{file});
     Plugin("bad.so", "transition Better\n");
     EXPECT_EQ(Values(Scan()["added"], "name"), Names{"Better"});
     EXPECT_EQ(Cell("select count(*) from FLT_FILE_TABLE"), "0");

@@ -160,6 +160,21 @@ TEST_F(CommandsFolderNames, ANameWhoseTranslationIsTaken_IsRefused_AndADirectory
     EXPECT_EQ(ItemsOf("Fotografien"), Names{});
 }
 
+TEST_F(CommandsFolderNames, StoredNamesThatLieAboutTheirLengths_CanBeLookedAt) {
+    Done({"import", Image("a.ppm"), "--folder", "F"});
+    for (const char* name : {"||-4||x", "||2147483647||a||-2147483648||b", "||0||", "--||5||"}) {
+        SCOPED_TRACE(name);
+        Exec(std::string("update FOLDER_TABLE set FOLDER_NAME = '") + name + "' where PARENT_ID <> -1");
+        Done({"tree"});
+        const Json listed = Done({"ls", "\\"})["folders"];
+        ASSERT_EQ(listed.size(), 1u);
+        const std::string row = "#" + std::to_string(listed[0]["row"].get<int>());
+        EXPECT_EQ(ItemsOf(row), Names{"a.ppm"});
+        EXPECT_EQ(Done({"find", "a.ppm"}).size(), 1u);
+        Done({"check"});
+    }
+}
+
 TEST_F(CommandsFolderNames, ItemsThatWouldBeShownAlike_AreRefused) {
     Done({"import", Video("v.mp4"), Image("b.ppm"), "--folder", "F"});
     Done({"import", Video("w.mp4"), "--folder", "G"});

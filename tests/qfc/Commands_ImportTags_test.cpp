@@ -75,6 +75,13 @@ TEST_F(CommandsImportTags, AutoRemembersByGallery) {
     EXPECT_TRUE(Done({"import", "--auto", sound})["added"].empty());
 }
 
+TEST_F(CommandsImportTags, AutoRemembersForAllFoldersOfAGallery) {
+    const std::string image = Image("a.ppm");
+    Done({"import", "--auto", image, "--folder", "A\\B"});
+    Done({"rm", "A\\B\\a.ppm"});
+    EXPECT_TRUE(Done({"import", "--auto", image, "--folder", "C"})["added"].empty());
+}
+
 TEST_F(CommandsImportTags, AutoRemembersWhatStandsThereAlready) {
     const std::string image = Image("a.ppm");
     Done({"import", image});

@@ -1,7 +1,9 @@
 #include "TagCommandsTest.h"
 
 #include <algorithm>
+#include <ctime>
 #include <set>
+#include <stdlib.h>
 
 namespace qfc::test {
 namespace {
@@ -314,6 +316,9 @@ TEST_F(CommandsTags, CategoryDeleteTakesItsTagsAndTheirLinks) {
 // --- defaults ------------------------------------------------------------------------------------------------------
 
 TEST_F(CommandsTags, DefaultsTwiceAreTheSameRows) {
+    // In a zone where it is about noon: the default tag of a date is another one on the next day.
+    const std::string zone = "NOON" + std::to_string(std::time(nullptr) / 3600 % 24 - 12);
+    setenv("TZ", zone.c_str(), 1);
     WriteHost("Default_Libtag.ini",
               "[TW_DEFAULT_TAGS_MEDIA_CATEGORY]\r\nPlaces=String@Beach;String@Sea\r\nDate=Date@\r\n"
               "[TW_DEFAULT_TAGS_SOUNDS_CATEGORY]\r\nMood=String@Calm\r\n");

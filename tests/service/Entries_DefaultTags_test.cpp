@@ -1,5 +1,6 @@
 #include "tests/service/EntriesTagsTest.h"
 
+#include <ctime>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
@@ -28,6 +29,23 @@ TEST_F(EntriesDefaultTags, AreStoredBesideTheOthers_AndAreAllTheStoreHolds) {
     EXPECT_EQ(CountRows("LIB_TAG_CATEGORY_TABLE"), 5);
     EXPECT_EQ(CountRows("LIB_TAG_TABLE"), 7);
     EXPECT_EQ(CountRows("LIB_TAG_CATEGORY_TABLE where CATEGORY_NAME = 'Face' and CATEGORY_TYPE = 3"), 1);
+}
+
+TEST_F(EntriesDefaultTags, ADateIsTheDayOnWhichTheyAreMade) {
+    WriteDefaults("[TW_DEFAULT_TAGS_MEDIA_CATEGORY]\nShot=Date@x\n");
+    const auto today = [] {
+        const std::time_t now = std::time(nullptr);
+        std::tm day{};
+        localtime_r(&now, &day);
+        char text[32];
+        std::strftime(text, sizeof text, "%Y-%m-%d~%Y-%m-%d", &day);
+        return "'" + std::string(text) + "'";
+    };
+    const std::string before = today();
+    ASSERT_EQ(Manager::fnCreateDefaultTag(), 1);
+    const std::string stored =
+        RawDb(DatabaseFile()).Cell("select TAG_NAME from LIB_TAG_TABLE where TAG_NAME like '%~%'");
+    EXPECT_TRUE(stored == before || stored == today()) << stored;
 }
 
 TEST_F(EntriesDefaultTags, MadeTwice_AddNoRows) {
