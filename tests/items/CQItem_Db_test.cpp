@@ -47,6 +47,15 @@ TEST_F(CQItem_Db, TemplatePath_IsNotReadBack) {
     EXPECT_EQ(m_item.GetTemplatePath(), "kept");
 }
 
+// Kept: what was not read back is written all the same.
+TEST_F(CQItem_Db, TemplatePath_IsWrittenEmptyByAnUpdateOfALoadedItem) {
+    InsertItem("ITEM_NAME, TEMPLATE_PATH", "'kept', 'stored'");
+    ASSERT_EQ(m_item.fnLoadItemFromDb(), 1);
+    ASSERT_EQ(m_item.UpdateItemDB(), 1);
+    EXPECT_EQ(m_library.Raw().Cell("select TEMPLATE_PATH from ITEM_TABLE"), "''");
+    EXPECT_EQ(m_library.Raw().Cell("select ITEM_NAME from ITEM_TABLE"), "'kept'");
+}
+
 TEST_F(CQItem_Db, NullColumns_LeaveTheFieldsButTheTimestampIsZero) {
     InsertItem("BBID", "NULL");
     const std::unique_ptr<CQItem> pItem(NewFilledItem(1));

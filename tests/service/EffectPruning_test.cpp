@@ -83,6 +83,55 @@ TEST_F(EffectPruning, APredefinedFolderStays_ButGoesWithAnEmptyOrdinaryOneAboveI
     }
 }
 
+TEST_F(EffectPruning, AFolderAndThoseAboveIt_GoWithTheirLastItem) {
+    AddItem("kept");
+    for (const bool bTransitions : {false, true}) {
+        SCOPED_TRACE(kEitherKind[bTransitions]);
+        MakeFolder("", "A");
+        MakeFolder("A", "B");
+        if (bTransitions) {
+            const GUID guid = AddTransition("Fade", "A\\B");
+            EXPECT_EQ(QFCLibraryManager::fnDeleteTransition({MakeTransitionRecord("Fade.so", guid)}, m_hMedia), 1);
+        } else {
+            const GUID guid = AddFilter("Glow", "A\\B");
+            EXPECT_EQ(QFCLibraryManager::fnDeleteFilter({MakeFilterFile("Glow.so", {guid})}, m_hMedia), 1);
+        }
+        EXPECT_EQ(Tree(), "Clips()");
+        EXPECT_EQ(CountRows("FOLDER_TABLE"), 2);
+        EXPECT_EQ(CountRows("ITEM_TABLE"), 1);
+    }
+}
+
+// Counts how often it is asked for its items.
+class AskedFolder : public CQFolder {
+public:
+    AskedFolder() : CQFolder("Asked", 0, 0, 0) {}
+    ItemArray* GetItemArray() override {
+        ++nAsked;
+        return CQFolder::GetItemArray();
+    }
+
+    int nAsked = 0;
+};
+
+// Kept: what is left is the same, the way there is not. Whatever else a deletion looks at, it does for both kinds.
+TEST_F(EffectPruning, FiltersLookAtTheFirstFolderAgainAfterEachDeletion_TransitionsOnlyOnce) {
+    EXPECT_EQ(Prune(false), 1);  // Takes what the fixture made.
+    auto* const pFirst = new AskedFolder;
+    ASSERT_EQ(qfc::AsGallery(m_hMedia)->AddFolder(pFirst, 0, 1), 1);
+    pFirst->AddItem(NewItem("kept"), 1);
+    int asked[2] = {};
+    for (const bool bTransitions : {false, true}) {
+        MakeFolder("", "Empty");
+        MakeFolder("", "EmptyToo");
+        pFirst->nAsked = 0;
+        EXPECT_EQ(Prune(bTransitions), 1);
+        asked[bTransitions] = pFirst->nAsked;
+        EXPECT_EQ(Tree(), "Asked()");
+    }
+    EXPECT_EQ(asked[0], asked[1] + 2);
+}
+
 // By its row number, -1, the deletion would take the first folder without a row.
 TEST_F(EffectPruning, AFolderWithoutARowStays) {
     CQGallery& gallery = *qfc::AsGallery(m_hMedia);

@@ -4,6 +4,8 @@
 #include "tests/support/GateOperation.h"
 #include "tests/support/ServicePeer.h"
 
+#include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -39,6 +41,75 @@ TEST_F(EntriesEffects, UpdateTransition_WaitsStoresItemAndRecordAndRaisesACallba
     EXPECT_EQ(TransitionRecords()[0].guidItem, guid);
     Settle();
     EXPECT_EQ(m_seen.size(), 1u);
+}
+
+// An item with all that an update can store; other numbers, other payloads.
+void FillItem(CQItem& item, int nNumber) {
+    GiveBlackBox(item, static_cast<unsigned>(100 * nNumber));
+    GiveBitmapCache(item, 8 * nNumber, 9);
+    GiveFilm(item, static_cast<unsigned>(nNumber), 500);
+    item.GetCurThumbFrameNum() = static_cast<DWORD>(nNumber);
+}
+
+// What is stored of the only item.
+std::string StoredItem(const std::string& databaseFile) {
+    return RawDb(databaseFile)
+        .Cell(
+            "select ITEM_NAME || ' ' || CUR_THUMB_FRAME_NUM || ' ' || FILM_SIZE || ': ' || (select"
+            " group_concat(CACHE_DATA_TYPE || '=' || PRE_COMPRESSED_SIZE, ' ') from"
+            " (select * from CACHE_DATA_TABLE order by CACHE_DATA_TYPE)) from ITEM_TABLE");
+}
+
+TEST_F(EntriesEffects, Updates_StoreEveryFieldAndPayloadOfTheItem) {
+    for (const bool bTransition : {false, true}) {
+        SCOPED_TRACE(bTransition ? "transition" : "filter");
+        const GUID guid = bTransition ? AddTransition("Fade") : AddFilter("Glow");
+        CQItem* const pItem = m_pClips->GetItemByGUID(guid);
+        FillItem(*pItem, 1);
+        ASSERT_EQ(pItem->UpdateItemDB(), 1);
+        CQItem change("Changed");
+        FillItem(change, 2);
+        const int nUpdated =
+            bTransition ? Manager::fnUpdateTransitionAsync(m_hMedia, &change, guid, MakeTransitionRecord("Fade.so"))
+                        : Manager::fnUpdateFilterOptionAsync(m_hMedia, &change, guid,
+                                                             MakeFilterFile("Glow.so", {GUID_NULL}), 0);
+        EXPECT_EQ(nUpdated, 1);
+        EXPECT_EQ(StoredItem(DatabaseFile()), "'Changed 2 1000: 0=472 1=200 2=1000'");
+        Restart();
+        CQItem* const pStored = m_pClips->GetItemByGUID(guid);
+        ASSERT_NE(pStored, nullptr);
+        EXPECT_TRUE(qfc::test::HoldsPattern(pStored->GetBlackBox(), 200));
+        EXPECT_EQ(pStored->GetBitmapCacheSize().cx, 16);
+        EXPECT_TRUE(qfc::test::HoldsPattern(pStored->GetFilmFrame(0), 1000));
+        Manager::fnDeleteItem(qfc::ToHandle(m_pClips), {guid}, 0);
+    }
+}
+
+TEST_F(EntriesEffects, UpdateFilterOption_ASingleEntryWithoutItemIsTheUpdatedOnes) {
+    const GUID guid = AddFilter("Glow");
+    CQItem change("Shine");
+    const DS_Filter_File_Record file = MakeFilterFile("Glow.so", {kOther, GUID_NULL});
+    EXPECT_EQ(Manager::fnUpdateFilterOptionAsync(m_hMedia, &change, guid, file, 0), 1);
+    EXPECT_EQ(file.filters[1].guidItem, GUID_NULL);  // Its own copy was changed, not the caller's record.
+    const auto files = FilterFiles();
+    ASSERT_EQ(files.size(), 1u);
+    std::set<std::string> items;
+    for (const auto& filter : files[0].filters) items.insert(qfc::GuidToText(filter.guidItem));
+    EXPECT_EQ(items, (std::set<std::string>{qfc::GuidToText(guid), qfc::GuidToText(kOther)}));
+    EXPECT_EQ(CountRows("ITEM_TABLE where ITEM_NAME = 'Shine'"), 1);
+}
+
+TEST_F(EntriesEffects, UpdateTransition_ARecordThatNamesAnItemKeepsIt) {
+    const GUID guid = AddTransition("Fade");
+    CQItem change("Melt");
+    EXPECT_EQ(Manager::fnUpdateTransitionAsync(m_hMedia, &change, guid, MakeTransitionRecord("melt.so", kOther)), 1);
+    std::map<std::string, std::string> items;
+    for (const auto& record : TransitionRecords()) {
+        items[std::string(record.strFileName.View())] = qfc::GuidToText(record.guidItem);
+    }
+    EXPECT_EQ(items, (std::map<std::string, std::string>{{"Fade.so", qfc::GuidToText(guid)},
+                                                         {"melt.so", qfc::GuidToText(kOther)}}));
+    EXPECT_EQ(CountRows("ITEM_TABLE where ITEM_NAME = 'Melt'"), 1);  // The operation's item.
 }
 
 TEST_F(EntriesEffects, UpdatesOfANullItem_FailAtOnceAndQueueNothing) {
