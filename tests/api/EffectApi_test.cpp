@@ -2,7 +2,9 @@
 #include "tests/support/RawDb.h"
 
 #include <filesystem>
+#include <string>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -112,6 +114,70 @@ TEST_F(EffectApi, WhileStopped_EverythingIsFalseAndLeavesListsAlone) {
     EXPECT_EQ(files.size(), 2u);
     EXPECT_EQ(transitions.size(), 2u);
 }
+
+// --- A database that refuses -----------------------------------------------------------------------------------------
+
+class EffectApiRefused : public EffectApi, public testing::WithParamInterface<const char*> {
+protected:
+    void SetUp() override {
+        EffectApi::SetUp();
+        AddFilter("Glow");
+        AddFilter("Blur");
+        AddTransition("Fade");
+        m_before = DumpOf(DatabaseFile());
+    }
+    void Refuse(const char* pszWhat) {
+        RawDb(DatabaseFile())
+            .Exec(std::string("create trigger REFUSE before ") + pszWhat + " on " + GetParam() +
+                  " begin select raise(fail, 'refused'); end");
+    }
+    // Takes the refusal back.
+    void ExpectUnchanged() {
+        RawDb(DatabaseFile()).Exec("drop trigger REFUSE");
+        EXPECT_EQ(DumpOf(DatabaseFile()), m_before);
+    }
+
+    std::string m_before;
+};
+
+std::string TableOf(const testing::TestParamInfo<const char*>& info) { return info.param; }
+
+class EffectApiRefusedClearing : public EffectApiRefused {};
+
+INSTANTIATE_TEST_SUITE_P(Tables, EffectApiRefusedClearing,
+                         testing::Values("ITEM_TABLE", "TRANSITION_TABLE", "FLT_TABLE", "FLT_FILE_TABLE"), TableOf);
+
+TEST_P(EffectApiRefusedClearing, ClearTransitionAndFilter_IsFalseAndKeepsEveryRow) {
+    Refuse("delete");
+    EXPECT_FALSE(ClearTransitionAndFilter());
+    ExpectUnchanged();
+    EXPECT_TRUE(ClearTransitionAndFilter());
+}
+
+class EffectApiRefusedRecord : public EffectApiRefused {};
+
+INSTANTIATE_TEST_SUITE_P(Tables, EffectApiRefusedRecord, testing::Values("FLT_TABLE", "FLT_FILE_TABLE"), TableOf);
+
+TEST_P(EffectApiRefusedRecord, DeleteFilter_IsFalseAndKeepsTheRowsOfEveryFile) {
+    Refuse("delete");
+    std::vector<DS_Filter_File_Record> one{MakeFilterFile("Glow.so", {})};
+    std::vector<DS_Filter_File_Record> both{MakeFilterFile("Glow.so", {}), MakeFilterFile("Blur.so", {})};
+    EXPECT_FALSE(DeleteFilter(one));
+    EXPECT_FALSE(DeleteFilter(both));
+    EXPECT_EQ(both.size(), 2u);
+    ExpectUnchanged();
+    EXPECT_TRUE(DeleteFilter(both));
+}
+
+TEST_P(EffectApiRefusedRecord, SaveFilterRecord_IsFalseAndStoresNoRowOfIt) {
+    Refuse("insert");
+    EXPECT_FALSE(SaveFilterRecord(MakeFilterFile("new.so", {kGuid})));
+    EXPECT_FALSE(SaveFilterRecord(MakeFilterFile("Glow.so", {kGuid})));  // One that is there already.
+    ExpectUnchanged();
+    EXPECT_TRUE(SaveFilterRecord(MakeFilterFile("new.so", {kGuid})));
+}
+
+// --- Threads ---------------------------------------------------------------------------------------------------------
 
 TEST_F(EffectApi, FromInsideACallback_TheyWork) {
     bool bRead = false;

@@ -5,8 +5,12 @@
 #include "tests/service/EntriesEffectsTest.h"
 #include "tests/support/GateOperation.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -183,6 +187,57 @@ TEST_F(EntriesEffects, AddTransition_SortsAFolderThatIsInAnotherOrderWhole) {
     for (const char* name : {"c", "a", "d", "b"}) AddItem(name);
     AddTransition("aa");
     EXPECT_EQ(NamesIn(*m_pClips), "a aa b c d ");
+}
+
+// Items as names and GUIDs: sorts look at the names, and the GUIDs tell which of equal names is where.
+using Named = std::vector<std::pair<std::string, std::string>>;
+
+Named NamedItemsIn(CQFolder& folder) {
+    Named items;
+    for (const CQItem* const pItem : *folder.GetItemArray()) {
+        items.emplace_back(pItem->GetItemName(), qfc::GuidToText(pItem->GetUniqueID()));
+    }
+    return items;
+}
+
+// The sort as it is told: for each position every later item that compares smaller is swapped in.
+void SortLiterally(Named& items) {
+    for (std::size_t position = 0; position < items.size(); ++position) {
+        for (std::size_t later = position + 1; later < items.size(); ++later) {
+            if (items[later].first < items[position].first) std::swap(items[later], items[position]);
+        }
+    }
+}
+
+void SortStably(Named& items) {
+    std::stable_sort(items.begin(), items.end(),
+                     [](const auto& left, const auto& right) { return left.first < right.first; });
+}
+
+TEST_F(EntriesEffects, AddTransition_ItemsOfEqualNames_ComeIntoTheOrderOfTheLiteralSort) {
+    Named literal;
+    Named stable;
+    for (int number = 0; number < 40; ++number) {
+        const std::string name = "n" + std::to_string(number * 7 % 11 % 5);
+        const std::string guid = qfc::GuidToText(AddTransition(name.c_str()));
+        literal.emplace_back(name, guid);
+        stable.emplace_back(name, guid);
+        SortLiterally(literal);
+        SortStably(stable);
+        ASSERT_EQ(NamedItemsIn(*m_pClips), literal) << "item " << number;
+    }
+    EXPECT_NE(literal, stable);
+}
+
+TEST_F(EntriesEffects, AddTransition_ToAFolderInAnotherOrderWithEqualNames_SortsItLiterally) {
+    for (const char* name : {"c", "c", "b", "c", "a", "b", "a", "b", "c", "a"}) AddItem(name);
+    Named literal = NamedItemsIn(*m_pClips);
+    literal.emplace_back("b", qfc::GuidToText(AddTransition("b")));
+    Named stable = literal;
+    SortLiterally(literal);
+    SortStably(stable);
+    EXPECT_EQ(NamedItemsIn(*m_pClips), literal);
+    EXPECT_NE(literal, stable);
 }
 
 // What the folder knows of its items outlives the sorting: no add looks at all items before it for its GUID.

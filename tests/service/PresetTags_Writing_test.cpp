@@ -4,6 +4,7 @@
 #include "service/operations/PresetTags.h"
 #include "tests/service/PresetTagsTest.h"
 #include "tests/support/FaultVfs.h"
+#include "tests/support/GateOperation.h"
 #include "tests/support/RawDb.h"
 #include "tests/support/SqlTrace.h"
 
@@ -16,6 +17,7 @@
 namespace {
 
 using Manager = QFCLibraryManager;
+using qfc::test::Gate;
 using qfc::test::PresetTags;
 using qfc::test::RawDb;
 
@@ -199,11 +201,14 @@ protected:
         PresetTags::TearDown();
     }
 
+    // Adds an item while the n-th call of the disk fails, for n = 1, 2, ... until none is left that could.
+    void FailEveryCall(bool bSticky, qfc::test::FaultVfs::Counted counted);
+
     qfc::test::FaultVfs m_disk;
     std::unique_ptr<DBTools> m_tools;
 };
 
-TEST_F(PresetTagsOnABadDisk, ItemAndDatabaseAgree_WhereverTheAddFails) {
+void PresetTagsOnABadDisk::FailEveryCall(bool bSticky, qfc::test::FaultVfs::Counted counted) {
     Preset(Section("Fragile", "fragile.wav", "String@Beach;String@Sunset"));
     int nWithoutTags = 0;
     int nRefused = 0;
@@ -213,7 +218,8 @@ TEST_F(PresetTagsOnABadDisk, ItemAndDatabaseAgree_WhereverTheAddFails) {
         auto item = std::make_unique<CQItem>("Fragile");
         item->SetFileName("fragile.wav");
         CQItem* const pItem = item.get();
-        m_disk.FailAt(n, false);
+        ForgetPages();
+        m_disk.FailAt(n, bSticky, counted);
         EXPECT_EQ(LibraryOperation_AddItem(m_hMedia, {"Clips"}, pItem).execute(), 1);
         bFailed = m_disk.HasFailed();
         m_disk.Heal();
@@ -229,6 +235,18 @@ TEST_F(PresetTagsOnABadDisk, ItemAndDatabaseAgree_WhereverTheAddFails) {
     }
     EXPECT_GT(nRefused, 2);
     EXPECT_GT(nWithoutTags, 2);
+}
+
+TEST_F(PresetTagsOnABadDisk, ItemAndDatabaseAgree_WhereverTheAddFails) {
+    FailEveryCall(false, qfc::test::FaultVfs::Counted::kChanges);
+}
+
+TEST_F(PresetTagsOnABadDisk, ItemAndDatabaseAgree_WhereverReadingFailsToo) {
+    FailEveryCall(false, qfc::test::FaultVfs::Counted::kEverything);
+}
+
+TEST_F(PresetTagsOnABadDisk, ItemAndDatabaseAgree_WhereverReadingFailsForGood) {
+    FailEveryCall(true, qfc::test::FaultVfs::Counted::kEverything);
 }
 
 // --- While adds are under way ---------------------------------------------------------------------------------------
@@ -256,12 +274,15 @@ TEST_F(PresetTags, TheHostMayReadTheStoreWhileItemsAreAdded) {
         if (pItem != nullptr && pItem->IsTagExist(TagGuid(3)) != 0) ++nTagged;
         return ++nAdded;
     });
+    Gate gate;
     for (int nItem = 0; nItem < kItems; ++nItem) {
         ASSERT_EQ(Manager::fnAddItemAsync(m_hMedia, {"Clips"}, new CQItem("Busy"), nItem % 3 == 0), 1);
     }
+    EXPECT_EQ(nAdded, 0);
     do {
         std::list<CLibTag> tags;
         EXPECT_EQ(Store().GetAllTagList(tags), 3);
+        gate.Open();  // Before the first look ends: all adds are still to come then.
         EXPECT_EQ(Store().GetCurGalleryAllTag(kMedia, tags), 3);
         EXPECT_EQ(Store().GetCurGalleryAllTag(99, tags), 0);
         CLibTag tag;

@@ -97,7 +97,7 @@ protected:
     int Run() { return GetParam().run(Database(), &m_first, &m_second); }
 
     // Lets the n-th call of the disk fail for n = 1, 2, ... until none is left that could.
-    void FailEveryCall(bool sticky) {
+    void FailEveryCall(bool sticky, FaultVfs::Counted counted = FaultVfs::Counted::kChanges) {
         const State before = Seen();
         ASSERT_EQ(Run(), 1);
         const State behind = Seen();
@@ -107,7 +107,8 @@ protected:
         ASSERT_EQ(Seen(), before);
         for (int n = 1, failed = 1; failed != 0; ++n) {
             SCOPED_TRACE("call " + std::to_string(n));
-            m_disk.FailAt(n, sticky);
+            ForgetPages();
+            m_disk.FailAt(n, sticky, counted);
             const int result = Run();
             failed = m_disk.HasFailed() ? 1 : 0;
             m_disk.Heal();
@@ -127,6 +128,14 @@ TEST_P(TagsOperationFaults, FailingOnceAtAnyCall_DatabaseStoreAndItemsAreAllOldO
 
 TEST_P(TagsOperationFaults, FailingFromAnyCallOn_DatabaseStoreAndItemsAreAllOldOrAllNew) { FailEveryCall(true); }
 
+TEST_P(TagsOperationFaults, FailingOnceAtAnyCallThatReadsToo_DatabaseStoreAndItemsAreAllOldOrAllNew) {
+    FailEveryCall(false, FaultVfs::Counted::kEverything);
+}
+
+TEST_P(TagsOperationFaults, FailingFromAnyCallThatReadsTooOn_DatabaseStoreAndItemsAreAllOldOrAllNew) {
+    FailEveryCall(true, FaultVfs::Counted::kEverything);
+}
+
 TEST_P(TagsOperationFaults, IsOneTransaction) {
     m_tools.reset();
     const qfc::test::SqlTrace trace;
@@ -135,6 +144,31 @@ TEST_P(TagsOperationFaults, IsOneTransaction) {
     ASSERT_EQ(Run(), 1);
     EXPECT_EQ(trace.CountStartingWith("BEGIN"), nBefore + 1);
     m_tools.reset();
+}
+
+// Loading changes the store alone.
+TEST_F(TagsOperations, Load_FailingAtAnyCallThatReads_TheStoreIsAllOldOrAllNew) {
+    EmptyStore();
+    Store().AddTag({Category(40, "Held", {{7, "Mine"}}, 15)});
+    const State before = Seen();
+    ASSERT_EQ(CLibTagsOperation_Load(Database()).execute(), 1);
+    const State behind = Seen();
+    ASSERT_NE(behind.memory, before.memory);
+    for (const bool sticky : {false, true}) {
+        bool bFailed = true;
+        for (int n = 1; bFailed; ++n) {
+            SCOPED_TRACE((sticky ? "from call " : "call ") + std::to_string(n));
+            EmptyStore();
+            Store().AddTag({Category(40, "Held", {{7, "Mine"}}, 15)});
+            ForgetPages();
+            m_disk.FailAt(n, sticky, FaultVfs::Counted::kEverything);
+            const int result = CLibTagsOperation_Load(Database()).execute();
+            bFailed = m_disk.HasFailed();
+            m_disk.Heal();
+            ASSERT_EQ(Seen(), result != 0 ? behind : before);
+            ASSERT_TRUE(bFailed || (result == 1 && n > 4)) << "hardly any call was seen";
+        }
+    }
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tests/support/LibraryFixture.h"
+#include "tests/support/RawDb.h"
 #include "tests/support/TagStorePeer.h"
 
 #include <cstdio>
@@ -91,6 +92,13 @@ protected:
     static bool IsLinked(const CQItem& item, int nTag) {
         return CountRows("TAG_ITEM_RELATION_TABLE where ITEM_GUID = " + Literal(item.GetUniqueID()) +
                          " and TAGS_GUID = " + Literal(TagGuid(nTag))) == 1;
+    }
+
+    // Another connection writes a number that means nothing here: all others read the file anew, so that their reads
+    // can fail.
+    static void ForgetPages() {
+        RawDb db(DatabaseFile());
+        db.Exec("pragma user_version = " + std::to_string(std::stoi(db.Cell("pragma user_version")) + 1));
     }
 
     // A file in the folder of the host's data.
