@@ -49,15 +49,18 @@ TEST_F(EffectPruning, NestedEmptyFoldersAllGo) {
 // The folder goes by its row number. By its folder id, which is 0 as its neighbours', none would be found and the last
 // one taken.
 TEST_F(EffectPruning, AnEmptyFolderBeforeAFullOne_GoesAndTheFullOneStays) {
+    std::string full;
     for (const bool bTransitions : {false, true}) {
         SCOPED_TRACE(kEitherKind[bTransitions]);
-        MakeFolder("", "Empty");
-        MakeFolder("", "Full");
-        CQItem* const pItem = AddItem("kept", {"Full"});
+        const std::string name = bTransitions ? "Full of transitions" : "Full of filters";
+        ASSERT_NE(MakeFolder("", "Empty"), nullptr);
+        ASSERT_NE(MakeFolder("", name.c_str()), nullptr);
+        CQItem* const pItem = AddItem("kept", {name.c_str()});
         EXPECT_EQ(Prune(bTransitions), 1);
-        EXPECT_EQ(Tree(), "Full()");
-        EXPECT_EQ(Folder("Full")->HasItem(pItem->GetUniqueID(), 0), 1);
-        EXPECT_EQ(CountRows("FOLDER_TABLE"), 2);
+        full += name + "()";
+        EXPECT_EQ(Tree(), full);
+        EXPECT_EQ(Folder(name.c_str())->HasItem(pItem->GetUniqueID(), 0), 1);
+        EXPECT_EQ(CountRows("FOLDER_TABLE"), bTransitions ? 3 : 2);
     }
 }
 

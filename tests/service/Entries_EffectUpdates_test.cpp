@@ -5,8 +5,11 @@
 #include "tests/support/ServicePeer.h"
 
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -167,19 +170,26 @@ TEST_F(EntriesEffects, UpdateOperations_WithoutDatabaseItemOrGallery_Fail) {
 // With gallery 0 and an item of its own it changes nothing and answers 0 behind all ordinary asynchronous work.
 TEST_F(EntriesEffects, UpdateTransition_WithoutGallery_IsABarrier) {
     std::vector<GUID> guids;
-    {
-        Gate gate;
-        for (int number = 0; number < 30; ++number) {
-            CQItem* const pItem = NewItem(("f" + std::to_string(number)).c_str(), kFilterType);
-            guids.push_back(pItem->GetUniqueID());
-            ASSERT_EQ(Manager::fnAddItemAsync_Filter(MakeFilterFile("f.so", {guids.back()}), 0, m_hMedia, {"Clips"},
-                                                     pItem, 0),
-                      1);
-        }
+    std::optional<Gate> gate(std::in_place);
+    for (int number = 0; number < 30; ++number) {
+        CQItem* const pItem = NewItem(("f" + std::to_string(number)).c_str(), kFilterType);
+        guids.push_back(pItem->GetUniqueID());
+        ASSERT_EQ(
+            Manager::fnAddItemAsync_Filter(MakeFilterFile("f.so", {guids.back()}), 0, m_hMedia, {"Clips"}, pItem, 0),
+            1);
     }
-    CQItem dummy("dummy");
-    EXPECT_EQ(Manager::fnUpdateTransitionAsync(0, &dummy, GUID_NULL, {}), 0);
-    for (const GUID& guid : guids) EXPECT_EQ(m_pClips->HasItem(guid, 0), 1);
+    const std::size_t nAdds = ServicePeer::AsyncWaiting();
+    std::vector<int> held;
+    std::thread waiting([&] {
+        CQItem dummy("dummy");
+        EXPECT_EQ(Manager::fnUpdateTransitionAsync(0, &dummy, GUID_NULL, {}), 0);
+        for (const GUID& guid : guids) held.push_back(m_pClips->HasItem(guid, 0));
+    });
+    // The worker begins with none of it before all of it waits.
+    while (ServicePeer::AsyncWaiting() == nAdds) std::this_thread::yield();
+    gate.reset();
+    waiting.join();
+    EXPECT_EQ(held, std::vector<int>(30, 1));
     EXPECT_EQ(CountRows("TRANSITION_TABLE"), 0);
     EXPECT_EQ(CountRows("ITEM_TABLE"), 30);
 }
