@@ -1,11 +1,9 @@
 // Filters and transitions through the exported interface, as a host uses them: added from files, listed without opening
 // one, changed, moved and removed.
 #include "tests/support/EffectFixture.h"
-#include "tests/support/TextComparisons.h"
 
 #include <algorithm>
 #include <csignal>
-#include <cstdint>
 #include <memory>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -111,25 +109,6 @@ TEST_F(EffectStory, AddingManyTransitions_KeepsTheFolderSorted) {
     EXPECT_EQ(ItemsSeen(), ItemsOfRecords());
     EXPECT_EQ(Manager::fnDeleteTransition(TransitionRecords(), m_hMedia), 1);
     EXPECT_EQ(CountRows("ITEM_TABLE"), 0);
-}
-
-TEST_F(EffectStory, AddingToAFullFolder_ComparesEachNameAFewTimesAlone) {
-    constexpr int kBefore = 300;
-    constexpr int kAdded = 10;
-    const auto add = [&](int number) {
-        const std::string name = "t" + std::to_string(number * 7919 % 101);  // With ties.
-        ASSERT_EQ(Manager::fnAddItemAsync_Transition(MakeTransitionRecord("many.so"), m_hMedia, {"Clips"},
-                                                     NewItem(name.c_str(), kTransitionType), 0),
-                  1);
-    };
-    for (int number = 0; number < kBefore; ++number) add(number);
-    AwaitAll();
-    const TextComparisons comparisons;
-    for (int number = kBefore; number < kBefore + kAdded; ++number) add(number);
-    AwaitAll();
-    ASSERT_EQ(m_pClips->GetItemsCount(), kBefore + kAdded);
-    EXPECT_GT(comparisons.Seen(), std::uint64_t{kAdded} * kBefore) << "the sort is not seen";
-    EXPECT_LT(comparisons.Seen(), std::uint64_t{kAdded} * kBefore * 10);  // More than 150 if each met each.
 }
 
 // What a killed host leaves can be mended: what was told stored is there, and looking shows what lacks its other half.
