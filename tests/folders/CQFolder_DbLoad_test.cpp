@@ -115,17 +115,11 @@ TEST_P(CQFolder_DbLoad, SubFolders_StandByIndexAndByRowAmongEqualOnes) {
 }
 
 TEST_P(CQFolder_DbLoad, ManySubFoldersOfFewIndexes_StandByRowAmongEqualOnes) {
-    Texts expected[3];
-    for (int i = 0; i < 60; ++i) {
-        const std::string name = std::to_string((i * 37 + 11) % 60);
-        const int index = i * 7 % 3;
-        AddFolderRow(i + 2, kRoot, name.c_str(), index);
-        expected[index].push_back(name);
-    }
-    Texts all;
-    for (const Texts& names : expected) all.insert(all.end(), names.begin(), names.end());
+    const TiedFolders tied = ManyTiedFolders();
+    int row = kRoot;
+    for (const auto& [name, index] : tied.folders) AddFolderRow(++row, kRoot, name, index);
     ASSERT_EQ(Load(), 1);
-    EXPECT_EQ(Names(gallery.GetFolderList()), all);
+    EXPECT_EQ(Names(gallery.GetFolderList()), tied.sorted);
 }
 
 TEST_P(CQFolder_DbLoad, SubFolders_GetStorageNumbersInTheOrderTheyAreAdded) {

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 // Folders whose inside can be set, a gallery file that writes down what is asked of it, and random trees.
@@ -54,6 +55,23 @@ inline CQItem* AddNew(CQFolder& folder, unsigned nNumber, const char* pszName = 
     CQItem* item = NewItem(nNumber, pszName, dwType);
     folder.AddItem(item, 1);
     return item;
+}
+
+// Siblings of few indexes under names in no order, so many that sorting which is not stable shows.
+struct TiedFolders {
+    std::vector<std::pair<std::string, int>> folders;  // Name and index.
+    std::vector<std::string> sorted;                   // The names by index, equal ones as they are.
+};
+
+inline TiedFolders ManyTiedFolders() {
+    TiedFolders tied;
+    for (int i = 0; i < 60; ++i) tied.folders.emplace_back(std::to_string((i * 37 + 11) % 60), i * 7 % 3);
+    for (int index = 0; index < 3; ++index) {
+        for (const auto& [name, itsIndex] : tied.folders) {
+            if (itsIndex == index) tied.sorted.push_back(name);
+        }
+    }
+    return tied;
 }
 
 inline std::vector<std::string> Names(CQFolder::FolderList* list) {

@@ -69,6 +69,36 @@ TEST_F(EffectsMending, WhatIsNoPluginsFaultTakesNothingAndFailsTheScan) {
     EXPECT_THAT(scanned["unknown"], IsEmpty());
 }
 
+TEST_F(EffectsMending, AFailedFileWhoseRowIsRefused_IsToldAndTriedAgain) {
+    Plugin("glow.so", "filter Glow\n");
+    Scan();
+    const std::string bad = Junk("bad.so");
+    RawDb(Database())
+        .Exec("create trigger keep before insert on FLT_FILE_TABLE begin select raise(abort, 'kept'); end");
+    const Json scanned = Scan({}, 1);
+    EXPECT_EQ(scanned["notStored"], Json{bad});
+    EXPECT_EQ(Values(scanned["failed"], "file"), Names{bad});
+    RawDb(Database()).Exec("drop trigger keep");
+    EXPECT_EQ(Values(Scan()["failed"], "file"), Names{bad});
+    EXPECT_EQ(Values(Scan()["failedBefore"], "file"), Names{bad});
+}
+
+TEST_F(EffectsMending, ARowOfAFileThatMoved_IsToldWhenItStays_AndGoesWithTheNextScan) {
+    const std::string file = Plugin("a/glow.so", "filter Glow\n");
+    Scan();
+    std::filesystem::remove(file);
+    const std::string moved = Plugin("b/glow.so", "filter Glow\n");
+    RawDb(Database())
+        .Exec("create trigger keep before delete on FLT_FILE_TABLE when old.FILE_NAME = '" + file +
+              "' begin select raise(abort, 'kept'); end");
+    EXPECT_THAT(Scan({}, 1)["notRemoved"], ElementsAre("the row of a file that moved to " + moved));
+    EXPECT_EQ(Effect("Light\\Glow")["file"], moved);
+    RawDb(Database()).Exec("drop trigger keep");
+    Scan();
+    EXPECT_EQ(Rows("select FILE_NAME from FLT_FILE_TABLE"), (std::vector<RawDb::Row>{{"'" + moved + "'"}}));
+    ExpectWhole();
+}
+
 TEST_F(EffectsMending, ABrokenFileDoesNotHideTheGoodOneOfItsName) {
     m_plugins.MakeFolder("a");
     const std::string broken = Junk("a/glow.so");

@@ -59,6 +59,23 @@ TEST_F(EffectsRemoval, AClearingThatTheStoreRefusesLeavesEveryPlaceItsItem) {
     ExpectSound();
 }
 
+// Of a file that no row names, say.
+TEST_F(EffectsRemoval, AClearingThatLeavesRecordsWhichNoFileHas_SaysSo) {
+    RawDb(Database())
+        .Exec(
+            "insert into FLT_TABLE (FILE_NAME, ITEM_ID) values ('stray.so', zeroblob(16));"
+            "create trigger keep before delete on FLT_TABLE when old.FILE_NAME = 'stray.so'"
+            " begin select raise(abort, 'kept'); end");
+    const QfcResult result = Qfc({"effects", "clear", "--yes"});
+    EXPECT_EQ(result.exit, 1);
+    EXPECT_EQ(result.err, "qfc: cannot remove the rest of the records\n");
+    EXPECT_THAT(result.out, HasSubstr("removed Wipes\\Wipe\n"));
+    EXPECT_EQ(Cell("select count(*) from ITEM_TABLE"), "0");
+    RawDb(Database()).Exec("drop trigger keep");
+    EXPECT_EQ(Qfc({"effects", "clear", "--yes"}).err, "");
+    EXPECT_EQ(Cell("select count(*) from FLT_TABLE"), "0");
+}
+
 TEST_F(EffectsRemoval, OfRecordsThatStayIsSaidSo) {
     KeepRecords();
     const QfcResult result = Qfc({"effects", "remove", m_glow});

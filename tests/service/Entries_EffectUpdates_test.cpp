@@ -4,6 +4,7 @@
 #include "tests/support/GateOperation.h"
 #include "tests/support/ServicePeer.h"
 
+#include <atomic>
 #include <map>
 #include <optional>
 #include <set>
@@ -54,15 +55,6 @@ void FillItem(CQItem& item, int nNumber) {
     item.GetCurThumbFrameNum() = static_cast<DWORD>(nNumber);
 }
 
-// What is stored of the only item.
-std::string StoredItem(const std::string& databaseFile) {
-    return RawDb(databaseFile)
-        .Cell(
-            "select ITEM_NAME || ' ' || CUR_THUMB_FRAME_NUM || ' ' || FILM_SIZE || ': ' || (select"
-            " group_concat(CACHE_DATA_TYPE || '=' || PRE_COMPRESSED_SIZE, ' ') from"
-            " (select * from CACHE_DATA_TABLE order by CACHE_DATA_TYPE)) from ITEM_TABLE");
-}
-
 TEST_F(EntriesEffects, Updates_StoreEveryFieldAndPayloadOfTheItem) {
     for (const bool bTransition : {false, true}) {
         SCOPED_TRACE(bTransition ? "transition" : "filter");
@@ -77,7 +69,7 @@ TEST_F(EntriesEffects, Updates_StoreEveryFieldAndPayloadOfTheItem) {
                         : Manager::fnUpdateFilterOptionAsync(m_hMedia, &change, guid,
                                                              MakeFilterFile("Glow.so", {GUID_NULL}), 0);
         EXPECT_EQ(nUpdated, 1);
-        EXPECT_EQ(StoredItem(DatabaseFile()), "'Changed 2 1000: 0=472 1=200 2=1000'");
+        EXPECT_EQ(StoredItem(), "'Changed 2 1000 500: 0=472 1=200 2=1000'");
         Restart();
         CQItem* const pStored = m_pClips->GetItemByGUID(guid);
         ASSERT_NE(pStored, nullptr);
@@ -180,13 +172,16 @@ TEST_F(EntriesEffects, UpdateTransition_WithoutGallery_IsABarrier) {
     }
     const std::size_t nAdds = ServicePeer::AsyncWaiting();
     std::vector<int> held;
+    std::atomic<bool> bAnswered = false;
     std::thread waiting([&] {
         CQItem dummy("dummy");
         EXPECT_EQ(Manager::fnUpdateTransitionAsync(0, &dummy, GUID_NULL, {}), 0);
+        bAnswered = true;
         for (const GUID& guid : guids) held.push_back(m_pClips->HasItem(guid, 0));
     });
     // The worker begins with none of it before all of it waits.
-    while (ServicePeer::AsyncWaiting() == nAdds) std::this_thread::yield();
+    while (ServicePeer::AsyncWaiting() + ServicePeer::CountSync() == nAdds && !bAnswered) std::this_thread::yield();
+    EXPECT_EQ(ServicePeer::AsyncWaiting(), nAdds + 1);
     gate.reset();
     waiting.join();
     EXPECT_EQ(held, std::vector<int>(30, 1));

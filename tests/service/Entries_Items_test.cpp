@@ -249,15 +249,6 @@ TEST_F(EntriesItems, UpdateItem_StoresTheFieldsOfTheMask) {
     EXPECT_EQ(pItem->GetDescription(), "in the evening");
 }
 
-// What is stored of the only item, as name, thumbnail frame, sizes of film and frame, and kinds of payloads.
-std::string StoredItem(const std::string& databaseFile) {
-    return RawDb(databaseFile)
-        .Cell(
-            "select ITEM_NAME || ' ' || CUR_THUMB_FRAME_NUM || ' ' || FILM_SIZE || ' ' || FRAME_SIZE || ':' ||"
-            " (select coalesce(group_concat(' ' || CACHE_DATA_TYPE || '=' || PRE_COMPRESSED_SIZE, ''), '') from"
-            " (select * from CACHE_DATA_TABLE order by CACHE_DATA_TYPE)) from ITEM_TABLE");
-}
-
 TEST_F(EntriesItems, UpdateItem_StoresTheGroupsOfEveryMaskAndNoOthers) {
     CQItem change("Sunset");
     change.GetCurThumbFrameNum() = 3;
@@ -276,7 +267,7 @@ TEST_F(EntriesItems, UpdateItem_StoresTheGroupsOfEveryMaskAndNoOthers) {
             if ((dwMask & 8) != 0) expected += " 0=472";
             if ((dwMask & 2) != 0) expected += " 1=100";
             if ((dwMask & 16) != 0) expected += " 2=1000";
-            EXPECT_EQ(StoredItem(DatabaseFile()), "'" + expected + "'") << "mask " << dwMask;
+            EXPECT_EQ(StoredItem(), "'" + expected + "'") << "mask " << dwMask;
             Manager::fnDeleteItem(ToHandle(m_pClips), {guid}, 0);
         }
     }
@@ -293,7 +284,7 @@ TEST_F(EntriesItems, UpdateItem_OfTheFieldsAlone_KeepsThePayloadsInMemoryAndStor
     qfc::test::GiveBlackBox(change, 50);
     change.ChangeFilm(nullptr, 0, 500);  // No film and no bitmap.
     EXPECT_EQ(Manager::fnUpdateItem(m_hMedia, &change, pItem->GetUniqueID(), 1), 1);
-    EXPECT_EQ(StoredItem(DatabaseFile()), "'Sunset 0 5000 500: 0=472 1=3000 2=5000'");
+    EXPECT_EQ(StoredItem(), "'Sunset 0 5000 500: 0=472 1=3000 2=5000'");
     EXPECT_EQ(pItem->PayloadInMemory(qfc::kBlackBox).size(), 3000u);
     EXPECT_EQ(pItem->PayloadInMemory(qfc::kBitmapCache).size(), 472u);
     EXPECT_EQ(pItem->PayloadInMemory(qfc::kFilm).size(), 5000u);

@@ -11,6 +11,7 @@
 #include "tests/support/TempFolder.h"
 
 #include <atomic>
+#include <cerrno>
 #include <fstream>
 #include <optional>
 #include <sqlite3.h>
@@ -32,22 +33,51 @@ protected:
 
 // --- Several processes that find no library ---
 
+// Counts the connections that are opened in this process.
+class ConnectionWatch {
+public:
+    ConnectionWatch() {
+        s_opened = 0;
+        sqlite3_auto_extension(reinterpret_cast<void (*)()>(&Note));
+    }
+    ~ConnectionWatch() { sqlite3_cancel_auto_extension(reinterpret_cast<void (*)()>(&Note)); }
+    ConnectionWatch(const ConnectionWatch&) = delete;
+    ConnectionWatch& operator=(const ConnectionWatch&) = delete;
+    static int Opened() { return s_opened; }
+
+private:
+    static int Note(sqlite3*, char**, const void*) {
+        ++s_opened;
+        return SQLITE_OK;
+    }
+    static inline std::atomic<int> s_opened;
+};
+
 // The other one holds the folder while it makes the library, and its journal lies beside a file that was missing just
 // before.
 TEST_F(LibraryOpening, WhileAnotherMakesTheLibrary_ItsJournalIsLeftAlone) {
     MakeTemplate();
     qfc::FolderLock other(DataFolder());
     ASSERT_TRUE(other.TryLock());
-    int started = 0;
+    const ConnectionWatch connections;
+    std::optional<RawDb> maker;
+    qfc::test::SystemCalls calls;
+    calls.flock = [&](int file, int operation) {
+        const int result = qfc::test::SystemCalls::RealFlock(file, operation);
+        if (result == 0 || maker) return result;
+        EXPECT_FALSE(fs::exists(DatabaseFile()));  // One that did not wait would have seeded.
+        maker.emplace(DatabaseFile());
+        maker->Exec("PRAGMA busy_timeout = 60000; BEGIN IMMEDIATE; CREATE TABLE MINE(N)");
+        return qfc::test::SystemCalls::Refuse(EWOULDBLOCK);
+    };
+    std::atomic<int> started = -1;
     std::thread host([&] { started = Start(); });
-    // One that did not wait would seed meanwhile.
-    for (int look = 0; look < 5000 && !fs::exists(DatabaseFile()); ++look) std::this_thread::yield();
-    EXPECT_FALSE(fs::exists(DatabaseFile()));
-    {
-        RawDb maker(DatabaseFile());
-        maker.Exec("BEGIN IMMEDIATE; CREATE TABLE MINE(N)");
-        EXPECT_TRUE(fs::exists(Journal()));
-        EXPECT_NO_THROW(maker.Exec("COMMIT"));
+    // When it opens a connection beside the maker's, it is done with the files.
+    while (ConnectionWatch::Opened() < 2 && started == -1) std::this_thread::yield();
+    EXPECT_TRUE(maker && fs::exists(Journal()));
+    EXPECT_FALSE(fs::exists(Journal().string() + ".lost"));
+    if (maker) {
+        EXPECT_NO_THROW(maker->Exec("COMMIT"));
     }
     host.join();
     EXPECT_EQ(started, 1);
@@ -286,6 +316,7 @@ TEST_F(LibraryOpening, DataFolderThatCannotBeConvertedForALackOfMemory_FailsTheS
         ASSERT_TRUE(qfc::SetDataFolder((Scratch() / "caf\xE9").c_str()));
         const auto library = Scratch() / "caf\xC3\xA9/CinelumeDatabase.db";
         for (const bool isPathKnown : {false, true}) {
+            EXPECT_FALSE(isPathKnown && QFCLibraryManager::GetDatabasePath().IsEmpty());
             qfc::test::OnNewThread([&] {
                 const qfc::test::ConverterFaults faults;
                 EXPECT_THROW(Start(), std::bad_alloc);
@@ -293,7 +324,6 @@ TEST_F(LibraryOpening, DataFolderThatCannotBeConvertedForALackOfMemory_FailsTheS
                 EXPECT_GT(faults.Refused(), 0);
             });
             EXPECT_FALSE(fs::exists(library));
-            EXPECT_FALSE(isPathKnown && QFCLibraryManager::GetDatabasePath().IsEmpty());
         }
         EXPECT_EQ(Start(), 1);
         EXPECT_TRUE(fs::exists(library));

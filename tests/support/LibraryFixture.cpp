@@ -33,6 +33,14 @@ fs::path StoppedServiceFixture::DatabaseFile() { return DataFolder() / "Cinelume
 fs::path StoppedServiceFixture::TemplateFile() { return HostFolder() / "Orvel.dat" / "CinelumeDatabase.db"; }
 fs::path StoppedServiceFixture::Scratch() { return Root() / "scratch"; }
 
+std::string StoppedServiceFixture::StoredItem() {
+    return RawDb(DatabaseFile())
+        .Cell(
+            "select ITEM_NAME || ' ' || CUR_THUMB_FRAME_NUM || ' ' || FILM_SIZE || ' ' || FRAME_SIZE || ':' ||"
+            " (select coalesce(group_concat(' ' || CACHE_DATA_TYPE || '=' || PRE_COMPRESSED_SIZE, ''), '') from"
+            " (select * from CACHE_DATA_TABLE order by CACHE_DATA_TYPE)) from ITEM_TABLE");
+}
+
 int StoppedServiceFixture::CountRows(const std::string& tableAndCondition) {
     return std::stoi(RawDb(DatabaseFile()).Cell("select count(*) from " + tableAndCondition));
 }

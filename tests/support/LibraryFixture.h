@@ -26,6 +26,8 @@ protected:
     static std::filesystem::path Scratch();
     // Rows of the library file, read past the library: "ITEM_TABLE where ...".
     static int CountRows(const std::string& tableAndCondition);
+    // What is stored of the only item: name, thumbnail frame, sizes of film and frame, sizes by kinds of payload.
+    static std::string StoredItem();
 
     static int Start() { return QFCLibraryManager::fnStartService(); }
     static int Stop() { return QFCLibraryManager::fnStopService(); }

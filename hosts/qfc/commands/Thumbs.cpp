@@ -7,8 +7,13 @@
 #include "hosts/qfc/library/Text.h"
 #include "hosts/qfc/library/Verify.h"
 
+#include <algorithm>
 #include <fmt/format.h>
+#include <iterator>
 #include <nlohmann/json.hpp>
+#include <optional>
+#include <set>
+#include <utility>
 
 namespace qfc::host {
 namespace {
@@ -17,6 +22,8 @@ namespace {
 std::string StoredAs(const _DS_LibItemTunmbnailInfo_& thumbnail) {
     return thumbnail.nCompressedSize == 0 ? "uncompressed" : std::to_string(thumbnail.nCompressedSize) + " bytes";
 }
+
+using Thumbnails = std::vector<_DS_LibItemTunmbnailInfo_>;
 
 // The library lists a bitmap without sizes when it cannot read it, and when it is no picture. False when it cannot be
 // read now either.
@@ -40,28 +47,40 @@ bool LookAtItem(DBTools& tools, _DS_LibItemTunmbnailInfo_& thumbnail) {
     return true;
 }
 
-// The library's list ends without a word where it cannot go on.
-bool IsWhole(const ReadSession& reader, const std::vector<_DS_LibItemTunmbnailInfo_>& thumbnails) {
-    auto stored = ItemsWithPayload(reader.Tools(), kBitmapCache);
-    for (const auto& thumbnail : thumbnails) {
-        if (stored) stored->erase(thumbnail.guidItem);
-    }
-    return stored && stored->empty();
+// Another program may take it away at any moment.
+bool IsGone(DBTools& tools, const GUID& guid) {
+    const auto stored = ItemsWithPayload(tools, kBitmapCache);
+    return stored && !stored->contains(guid);
+}
+
+// The library's list ends without a word where it cannot go on: nothing when it lacks something that was there before
+// and is there now.
+std::optional<Thumbnails> List(const ReadSession& reader) {
+    const auto before = ItemsWithPayload(reader.Tools(), kBitmapCache);
+    Thumbnails thumbnails;
+    if (!QFCLibraryManager::fnQueryLibItemThumbnailInfo(thumbnails)) return std::nullopt;
+    const auto after = ItemsWithPayload(reader.Tools(), kBitmapCache);
+    if (!before || !after) return std::nullopt;
+    std::set<GUID> missing;
+    std::set_intersection(before->begin(), before->end(), after->begin(), after->end(),
+                          std::inserter(missing, missing.end()));
+    for (const auto& thumbnail : thumbnails) missing.erase(thumbnail.guidItem);
+    return missing.empty() ? std::optional(std::move(thumbnails)) : std::nullopt;
 }
 
 }  // namespace
 
 int Run(const ThumbsOptions&, const Console& console) {
     const Session session;
-    std::vector<_DS_LibItemTunmbnailInfo_> thumbnails;
-    if (!QFCLibraryManager::fnQueryLibItemThumbnailInfo(thumbnails)) throw Failure("cannot list the thumbnails");
     const ReadSession reader(LibraryPath());
-    if (!reader.IsOpen()) throw Failure("cannot read " + LibraryPath());
+    auto thumbnails = reader.IsOpen() ? List(reader) : std::nullopt;
+    if (!thumbnails) throw Failure("cannot list the thumbnails");
     Json json = Json::array();
     std::vector<std::string> unreadable;
-    for (auto& thumbnail : thumbnails) {
+    for (auto& thumbnail : *thumbnails) {
         const std::string guid = GuidToText(thumbnail.guidItem);
         const bool isReadable = LookAtBitmap(reader.Tools(), thumbnail) && LookAtItem(reader.Tools(), thumbnail);
+        if (!isReadable && IsGone(reader.Tools(), thumbnail.guidItem)) continue;
         const auto [width, height] = thumbnail.sizeBitmapCache;
         json.push_back({{"guid", guid},
                         {"type", thumbnail.dwItemType},
@@ -77,7 +96,6 @@ int Run(const ThumbsOptions&, const Console& console) {
     }
     console.ShowJson(json);
     for (const std::string& guid : unreadable) console.Complain("cannot read the thumbnail of the item " + guid);
-    if (!IsWhole(reader, thumbnails)) throw Failure("cannot list every thumbnail");
     if (json.empty()) throw Failure("no thumbnails");
     return unreadable.empty() ? kDone : kFailed;
 }
