@@ -100,7 +100,7 @@ protected:
         source->m_dwNextFolderNumber = 6;
         source->m_dwStorageNumber = 7;
         AddSub(*source, "child");
-        AddNew(*source, 1, "", 2);  // Of a type that the adopt mask has.
+        source->AddItem(item.get(), 1);
     }
 
     // Addresses that are only compared.
@@ -131,6 +131,8 @@ protected:
         EXPECT_EQ(copy.GetItemArray(), nullptr);
     }
 
+    // Of a type that the adopt mask has. Folders of a database that is not the current one leave their items alone.
+    const std::unique_ptr<CQItem> item{NewItem(1, "", 2)};
     CQFolder parent;
     OpenFolder* source = new OpenFolder("Source", 1, 2, 3);
 };

@@ -237,6 +237,50 @@ TEST_F(CommandsLooking, ThumbsTellsWhatCannotBeReadFromWhatIsNoPicture) {
     EXPECT_EQ(result.exit, 1);
 }
 
+// Another program changes the library before each of the looks in turn.
+class CommandsLookingMeanwhile : public CommandsLooking {
+protected:
+    void SetUp() override {
+        CommandsLooking::SetUp();
+        Done({"import", Image("a.ppm", 1), Image("b.ppm", 2), "--folder", "F"});
+        Keep("before.db");
+    }
+    void Keep(const char* name) const {
+        fs::copy_file(Database(), m_folder / name, fs::copy_options::overwrite_existing);
+    }
+    // Tells what `thumbs` shows each time.
+    void EachLook(const std::function<void(const QfcResult&)>& tell) const {
+        Keep("after.db");
+        int looks = 0;
+        for (QfcWorld world;; ++looks) {
+            fs::copy_file(m_folder / "before.db", Database(), fs::copy_options::overwrite_existing);
+            fs::remove(m_folder / "mark");
+            world.meanwhile = {fs::canonical(Database()), looks + 1, m_folder / "mark",
+                               "cp '" + m_folder / "after.db" + "' '" + Database() + "'"};
+            const QfcResult result = Qfc({"thumbs"}, world);
+            SCOPED_TRACE("look " + std::to_string(looks + 1) + ": " + result.out + result.err);
+            EXPECT_EQ(result.exit, 0);
+            tell(result);
+            if (!fs::exists(m_folder / "mark")) break;
+        }
+        EXPECT_GT(looks, 10);
+    }
+};
+
+TEST_F(CommandsLookingMeanwhile, ThumbsLeavesOutWhatIsRemoved) {
+    const std::string before = Qfc({"thumbs"}).out;
+    Done({"rm", "F\\b.ppm"});
+    const std::string after = Qfc({"thumbs"}).out;
+    EachLook([&](const QfcResult& result) { EXPECT_TRUE(result.out == before || result.out == after); });
+}
+
+TEST_F(CommandsLookingMeanwhile, ThumbsMissesNothingWhenSomethingIsAdded) {
+    const std::string before = Qfc({"thumbs"}).out;
+    Done({"import", Image("c.ppm", 3), "--folder", "F"});
+    const std::string after = Qfc({"thumbs"}).out;
+    EachLook([&](const QfcResult& result) { EXPECT_TRUE(result.out == before || result.out == after); });
+}
+
 TEST_F(CommandsLooking, ThumbsOfAnEmptyLibrary_Fails) { Refused({"thumbs"}); }
 
 TEST_F(CommandsLooking, LsByDate_ShowsTheDatesThatItSortsBy) {

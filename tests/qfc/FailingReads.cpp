@@ -1,9 +1,10 @@
 // Loaded into the program before all else: one read of a file fails, counted from the first write to it, or from the
-// start. The environment names the end of the file's path, the number of the read, and a file that is made when it was
-// that read's turn.
+// start; or something else happens before one look of SQLite at it. The environment names the end of the file's path,
+// the number of the read or of the look, what happens, and a file that is made when it was the turn.
 #include <atomic>
 #include <cerrno>
 #include <climits>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <dlfcn.h>
@@ -15,6 +16,7 @@ namespace {
 
 std::atomic<bool> g_isWritten{false};
 std::atomic<long> g_reads{0};
+std::atomic<long> g_looks{0};
 
 bool IsTheFile(int file) {
     const char* const path = std::getenv("QFC_FAILING_READS_OF");
@@ -27,13 +29,22 @@ bool IsTheFile(int file) {
     return whole.size() >= end.size() && whole.compare(whole.size() - end.size(), end.size(), end) == 0;
 }
 
-bool IsItsTurn(int file) {
-    const bool isCounted = g_isWritten || std::getenv("QFC_FAILING_READS_FROM_START") != nullptr;
-    if (!isCounted || !IsTheFile(file)) return false;
-    const char* const number = std::getenv("QFC_FAILING_READ");
-    if (number == nullptr || ++g_reads != std::atol(number)) return false;
+bool IsNumber(const char* variable, std::atomic<long>& count) {
+    const char* const number = std::getenv(variable);
+    if (number == nullptr || ++count != std::atol(number)) return false;
     if (const char* const mark = std::getenv("QFC_FAILING_READ_MARK")) close(open(mark, O_CREAT | O_WRONLY, 0600));
     return true;
+}
+
+bool IsItsTurn(int file) {
+    const bool isCounted = g_isWritten || std::getenv("QFC_FAILING_READS_FROM_START") != nullptr;
+    return isCounted && IsTheFile(file) && IsNumber("QFC_FAILING_READ", g_reads);
+}
+
+// SQLite begins to read where this byte lies.
+bool IsLook(int file, int command, const struct flock* lock) {
+    constexpr off_t kPendingByte = 0x40000000;
+    return command == F_SETLK && lock->l_type == F_RDLCK && lock->l_start == kPendingByte && IsTheFile(file);
 }
 
 template <class Function>
@@ -58,6 +69,18 @@ ssize_t WriteAndNote(Write next, int file, const void* bytes, std::size_t count,
 }  // namespace
 
 extern "C" {
+
+int fcntl64(int file, int command, ...) {
+    static const auto next = Next<int (*)(int, int, void*)>("fcntl64");
+    va_list arguments;
+    va_start(arguments, command);
+    void* const argument = va_arg(arguments, void*);
+    va_end(arguments);
+    if (IsLook(file, command, static_cast<const struct flock*>(argument)) && IsNumber("QFC_LOOK", g_looks)) {
+        if (std::system(std::getenv("QFC_MEANWHILE")) != 0) std::abort();
+    }
+    return next(file, command, argument);
+}
 
 ssize_t pread(int file, void* bytes, std::size_t count, off_t offset) {
     static const auto next = Next<Read>("pread");

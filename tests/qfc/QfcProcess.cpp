@@ -26,8 +26,18 @@ void MakeReadFail(const FailingRead& read) {
     setenv("QFC_FAILING_READ", std::to_string(read.number).c_str(), 1);
     setenv("QFC_FAILING_READ_MARK", read.mark.c_str(), 1);
     if (read.fromStart) setenv("QFC_FAILING_READS_FROM_START", "1", 1);
+}
+
+void LetHappen(const Meanwhile& meanwhile) {
+    setenv("QFC_FAILING_READS_OF", meanwhile.file.c_str(), 1);
+    setenv("QFC_LOOK", std::to_string(meanwhile.look).c_str(), 1);
+    setenv("QFC_FAILING_READ_MARK", meanwhile.mark.c_str(), 1);
+    setenv("QFC_MEANWHILE", ("unset LD_PRELOAD; " + meanwhile.command).c_str(), 1);
+}
+
+void Preload() {
     setenv("LD_PRELOAD", QFC_FAILING_READS, 1);
-    // The sanitizer wants to be the first of all libraries; what stands before it replaces four calls only.
+    // The sanitizer wants to be the first of all libraries; what stands before it replaces a few calls only.
     const char* const options = std::getenv("ASAN_OPTIONS");
     setenv("ASAN_OPTIONS", ((options ? std::string(options) + ":" : "") + "verify_asan_link_order=0").c_str(), 1);
 }
@@ -36,6 +46,8 @@ void MakeReadFail(const FailingRead& read) {
 void EnterWorld(const QfcWorld& world) {
 #ifdef QFC_FAILING_READS
     if (world.failingRead) MakeReadFail(*world.failingRead);
+    if (world.meanwhile) LetHappen(*world.meanwhile);
+    if (world.failingRead || world.meanwhile) Preload();
 #endif
 
     // Libraries of these tests begin empty, not as a copy of the shipped one.

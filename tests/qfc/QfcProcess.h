@@ -23,12 +23,22 @@ struct FailingRead {
     bool fromStart = false;
 };
 
+// What happens before the program looks at a library for the n-th time: a command of the shell, when SQLite holds no
+// lock of its file.
+struct Meanwhile {
+    std::string file;
+    int look = 1;
+    std::string mark;  // As above.
+    std::string command;
+};
+
 // Under which conditions the program runs.
 struct QfcWorld {
     bool unprivileged = false;                       // as a user who owns nothing
     std::optional<long> largestFile = std::nullopt;  // bytes: writing beyond fails, as on a full disk
     bool narrowPipe = false;                         // its output waits for the reader after a page
     std::optional<FailingRead> failingRead = std::nullopt;
+    std::optional<Meanwhile> meanwhile = std::nullopt;
     bool terminal = false;       // its error stream is one
     bool outToTerminal = false;  // and so is its standard output, which comes with the errors
 };

@@ -61,11 +61,13 @@ TEST_F(LibraryOpening, WhileAnotherMakesTheLibrary_ItsJournalIsLeftAlone) {
     ASSERT_TRUE(other.TryLock());
     const ConnectionWatch connections;
     std::optional<RawDb> maker;
+    int refused = 0;
     qfc::test::SystemCalls calls;
     calls.flock = [&](int file, int operation) {
         const int result = qfc::test::SystemCalls::RealFlock(file, operation);
         if (result == 0 || maker) return result;
         EXPECT_FALSE(fs::exists(DatabaseFile()));  // One that did not wait would have seeded.
+        if (++refused < 3) return qfc::test::SystemCalls::Refuse(EWOULDBLOCK);
         maker.emplace(DatabaseFile());
         maker->Exec("PRAGMA busy_timeout = 60000; BEGIN IMMEDIATE; CREATE TABLE MINE(N)");
         return qfc::test::SystemCalls::Refuse(EWOULDBLOCK);

@@ -47,12 +47,6 @@ bool LookAtItem(DBTools& tools, _DS_LibItemTunmbnailInfo_& thumbnail) {
     return true;
 }
 
-// Another program may take it away at any moment.
-bool IsGone(DBTools& tools, const GUID& guid) {
-    const auto stored = ItemsWithPayload(tools, kBitmapCache);
-    return stored && !stored->contains(guid);
-}
-
 // The library's list ends without a word where it cannot go on: nothing when it lacks something that was there before
 // and is there now.
 std::optional<Thumbnails> List(const ReadSession& reader) {
@@ -80,7 +74,9 @@ int Run(const ThumbsOptions&, const Console& console) {
     for (auto& thumbnail : *thumbnails) {
         const std::string guid = GuidToText(thumbnail.guidItem);
         const bool isReadable = LookAtBitmap(reader.Tools(), thumbnail) && LookAtItem(reader.Tools(), thumbnail);
-        if (!isReadable && IsGone(reader.Tools(), thumbnail.guidItem)) continue;
+        // Another program may take it away at any moment.
+        const bool mayBeGone = !isReadable || thumbnail.strPath.IsEmpty();
+        if (mayBeGone && IsPayloadGone(reader.Tools(), thumbnail.guidItem, kBitmapCache)) continue;
         const auto [width, height] = thumbnail.sizeBitmapCache;
         json.push_back({{"guid", guid},
                         {"type", thumbnail.dwItemType},
