@@ -1,5 +1,9 @@
 #include "CommandsTest.h"
 
+#include <algorithm>
+#include <fstream>
+#include <functional>
+
 namespace qfc::test {
 namespace {
 
@@ -235,6 +239,30 @@ TEST_F(CommandsLooking, ThumbsTellsWhatCannotBeReadFromWhatIsNoPicture) {
     EXPECT_NE(result.out.find("  unreadable   "), std::string::npos);
     EXPECT_EQ(result.err, "qfc: cannot read the thumbnail of the item " + thumb["guid"].get<std::string>() + "\n");
     EXPECT_EQ(result.exit, 1);
+}
+
+TEST_F(CommandsLooking, ThumbsShowsABitmapWithoutItsItem) {
+    Done({"import", Image("a.ppm", 1), Image("b.ppm", 2), "--folder", "A"});
+    RawDb(Database()).Exec("delete from ITEM_TABLE where ITEM_NAME = 'a.ppm'");
+    EXPECT_EQ(Done({"thumbs"}).size(), 2u);
+}
+
+// A look by key finds nothing, or another row, where the walk through the index meets every one.
+TEST_F(CommandsLooking, ThumbsLeavesOutNothingThatADamagedIndexHides) {
+    Done({"import", Image("a.ppm", 1), Image("b.ppm", 2), Image("c.ppm", 3), "--folder", "A"});
+    const auto number = [&](const std::string& sql) { return std::stoul(RawDb(Database()).Cell(sql)); };
+    const std::size_t leaf = number(
+                                 "select rootpage from sqlite_master where type = 'index' and tbl_name = "
+                                 "'CACHE_DATA_TABLE'") -
+                             1;
+    std::string file = ReadFile(Database());
+    char* const page = file.data() + leaf * number("pragma page_size");
+    // A leaf of an index. The places of its entries, two bytes each, begin at 8: the first and the last of six.
+    ASSERT_EQ(page[0], 10);
+    std::swap_ranges(page + 8, page + 10, page + 18);
+    std::ofstream(Database(), std::ios::binary) << file;
+    const Json thumbs = Document({"thumbs"}, 1);
+    EXPECT_EQ(thumbs.size(), 3u);
 }
 
 // Another program changes the library before each of the looks in turn.

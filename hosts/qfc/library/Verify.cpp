@@ -59,11 +59,6 @@ std::optional<bool> HasStoredPayload(DBTools& tools, CQItem& item, int kind) {
     });
 }
 
-bool IsPayloadGone(DBTools& tools, const GUID& guid, int kind) {
-    CppSQLite3Query query;
-    return tools.QueryCacheData(guid, kind, query) && query.eof();
-}
-
 std::optional<std::set<GUID>> ItemsWithPayload(DBTools& tools, int kind) {
     std::vector<qfc::PayloadSize> rows;
     if (!tools.QueryCacheSizes(kind, rows)) return std::nullopt;

@@ -34,8 +34,6 @@ inline constexpr std::pair<int, const char*> kPayloadNames[] = {{0, "bitmap cach
 // Whether the database says that the item has bytes of the kind; a film is the item's only with its bit. Nothing when
 // it cannot be read.
 std::optional<bool> HasStoredPayload(DBTools& tools, CQItem& item, int kind);
-// True when the database answers and says that it has no row of the kind for the item.
-bool IsPayloadGone(DBTools& tools, const GUID& guid, int kind);
 // The items of which the database has a payload of the kind, be it of size 0; nothing when it cannot be read.
 std::optional<std::set<GUID>> ItemsWithPayload(DBTools& tools, int kind);
 // True when the database answers and says that there is no such item.
