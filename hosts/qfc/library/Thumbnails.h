@@ -7,7 +7,7 @@
 namespace qfc::host {
 
 struct StoredThumbnail {
-    _DS_LibItemTunmbnailInfo_ info;  // Width and height -1: no picture.
+    _DS_LibItemTunmbnailInfo_ info;  // Width and height -1: no picture, or not readable.
     bool isReadable = true;          // False: what is stored of the bitmap, or of the item, could not be read.
 };
 
