@@ -54,6 +54,13 @@ protected:
     }
     ~ImportFromLibrary() override { SetImportPort(nullptr); }
 
+    // The item with all payloads, stored there alone.
+    static void StoreFilled(LibraryFile& other) {
+        const std::unique_ptr<CQItem> stored(NewFilledItem(1));
+        stored->fnSetDbTools(other.Tools());
+        ASSERT_EQ(stored->UpdateItemDB(), 1);
+    }
+
     CQItem foreign;
 };
 
@@ -132,9 +139,7 @@ TEST_F(ImportFromLibrary, PayloadsLeftInTheItemsOwnLibrary_AreFetchedFirst) {
 
 TEST_F(ImportFromLibrary, Payloads_AreFetchedInTheOrderBlackBoxBitmapFilm) {
     LibraryFile other("other.db");
-    const std::unique_ptr<CQItem> stored(NewFilledItem(1));
-    stored->fnSetDbTools(other.Tools());
-    ASSERT_EQ(stored->UpdateItemDB(), 1);
+    StoreFilled(other);
     bool ok = false;
     AskedTools asked(other.Path().c_str(), ok);
     foreign.fnSetDbTools(&asked);
@@ -145,9 +150,7 @@ TEST_F(ImportFromLibrary, Payloads_AreFetchedInTheOrderBlackBoxBitmapFilm) {
 
 TEST_F(ImportFromLibrary, PayloadsInMemory_AreNotFetchedOverByStoredOnes) {
     LibraryFile other("other.db");
-    const std::unique_ptr<CQItem> stored(NewFilledItem(1));
-    stored->fnSetDbTools(other.Tools());
-    ASSERT_EQ(stored->UpdateItemDB(), 1);
+    StoreFilled(other);
     bool ok = false;
     AskedTools asked(other.Path().c_str(), ok);
     foreign.fnSetDbTools(&asked);
@@ -162,9 +165,7 @@ TEST_F(ImportFromLibrary, PayloadsInMemory_AreNotFetchedOverByStoredOnes) {
 TEST_F(ImportFromLibrary, AllPayloads_AreFetchedInOrderAndLandInTheTargetsRows) {
     SqlTrace trace;
     LibraryFile other("other.db");
-    const std::unique_ptr<CQItem> stored(NewFilledItem(1));
-    stored->fnSetDbTools(other.Tools());
-    ASSERT_EQ(stored->UpdateItemDB(), 1);
+    StoreFilled(other);
     foreign.fnSetDbTools(other.Tools());
     ASSERT_EQ(foreign.fnLoadItemFromDb(), 1);
     SetImportPort(ReallyAdd);
