@@ -170,6 +170,12 @@ QfcResult QfcProcess::Wait() {
     return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), m_read, ReadFromStart(m_err)};
 }
 
+bool CanMakeTerminal() {
+    const int ours = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (ours >= 0) close(ours);
+    return ours >= 0;
+}
+
 bool CanRunUnprivileged() {
     const pid_t child = fork();
     if (child == 0) {

@@ -80,5 +80,7 @@ private:
 
 // Whether a user who owns nothing can start the program at all.
 bool CanRunUnprivileged();
+// Whether the system gives out terminals: a bare one may have no /dev/pts.
+bool CanMakeTerminal();
 
 }  // namespace qfc::test
